@@ -1,0 +1,41 @@
+# The compiler options and headers that every target of the project shares.
+option(VISTREL_COVERAGE "Count executed lines and branches" OFF)
+set(VISTREL_SANITIZE "" CACHE STRING "Sanitizers for the native build, as -fsanitize= takes them")
+set(VISTREL_DEPS ${CMAKE_SOURCE_DIR}/.deps CACHE PATH "Where the set-up keeps what it fetched")
+
+add_library(vistrel_options INTERFACE)
+target_include_directories(vistrel_options INTERFACE ${CMAKE_SOURCE_DIR})
+target_include_directories(
+  vistrel_options SYSTEM INTERFACE ${VISTREL_DEPS}/include /usr/include/utf8cpp)
+target_compile_options(
+  vistrel_options INTERFACE -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wno-sign-conversion
+                            -Wnon-virtual-dtor -Wold-style-cast -Wformat=2 -Wno-format-zero-length
+                            # A path of the build machine must not reach the exe.
+                            -ffile-prefix-map=${CMAKE_SOURCE_DIR}=.)
+
+if(WIN32)
+  target_compile_definitions(
+    vistrel_options
+    INTERFACE UNICODE
+              _UNICODE
+              NOMINMAX
+              WIN32_LEAN_AND_MEAN
+              _WIN32_WINNT=0x0A00
+              NTDDI_VERSION=0x0A000006
+              # printf by IEEE rules from mingw's own library; msvcrt's differs in rounding.
+              __USE_MINGW_ANSI_STDIO=1
+              # The C interface of ONNX Runtime spells the calling convention with one underscore.
+              _stdcall=__stdcall)
+  # The headers of Direct3D and DXGI declare functions whose conversion to FARPROC is how Windows does it.
+  target_compile_options(vistrel_options INTERFACE -Wno-cast-function-type)
+endif()
+
+if(VISTREL_COVERAGE)
+  target_compile_options(vistrel_options INTERFACE --coverage -fprofile-abs-path)
+  target_link_options(vistrel_options INTERFACE --coverage)
+endif()
+if(VISTREL_SANITIZE)
+  target_compile_options(vistrel_options INTERFACE -fsanitize=${VISTREL_SANITIZE} -fno-sanitize-recover=all
+                                                   -fno-omit-frame-pointer)
+  target_link_options(vistrel_options INTERFACE -fsanitize=${VISTREL_SANITIZE})
+endif()

@@ -1,0 +1,16 @@
+// The identifier by which one graphics adapter is known to every graphics interface of a Windows session.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+/// A locally unique identifier, in the two halves that Windows keeps it in.
+struct AdapterLuid {
+    std::uint32_t low = 0;
+    std::int32_t high = 0;
+
+    friend bool operator==(const AdapterLuid&, const AdapterLuid&) = default;
+};
+
+/// "%08X:%08X", high half first, each half as its unsigned bit pattern.
+std::string FormatLuid(const AdapterLuid& luid);

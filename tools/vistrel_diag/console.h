@@ -1,0 +1,17 @@
+// What the person at the console sees and answers, and the report never holds.
+#pragma once
+
+#include "platform/format.h"
+
+/// Printf-style to standard output; nothing is kept and no line end is added.
+void ConsolePrint(const char* format, ...) VISTREL_PRINTF(1, 2);
+
+/// Puts everything printed so far in front of the person.
+void FlushConsole();
+
+/// Asks `question` and waits for a line. False only for an answer that begins with 's' or 'S'; the end of the
+/// input continues. Only the first 63 characters of an answer are kept; the rest of its line is thrown away.
+bool AskContinue(const char* question);
+
+/// Waits for one character, or for the end of the input.
+void WaitForEnter();

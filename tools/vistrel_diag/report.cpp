@@ -1,0 +1,82 @@
+#include "tools/vistrel_diag/report.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+#include "tools/vistrel_diag/console.h"
+
+namespace Report {
+namespace {
+
+constexpr std::size_t kHeaderRuleColumns = 62;  // Shared by the title and the rule behind it.
+
+std::string& KeptText() {
+    static std::string text;
+    return text;
+}
+
+/// `text` with every line break, bare or after a carriage return, written as `line_break`.
+std::string WithLineBreaks(std::string_view text, std::string_view line_break) {
+    std::string result;
+    result.reserve(text.size());
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] == '\r' && i + 1 < text.size() && text[i + 1] == '\n') {
+            continue;
+        }
+        if (text[i] == '\n') {
+            result += line_break;
+        } else {
+            result += text[i];
+        }
+    }
+    return result;
+}
+
+}  // namespace
+
+void Line(const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    const std::string line = FormatBoundedV(kLongestLine, format, arguments);
+    va_end(arguments);
+
+    ConsolePrint("%s\n", WithLineBreaks(line, "\n").c_str());
+    FlushConsole();
+    KeptText() += WithLineBreaks(line, "\r\n") + "\r\n";
+}
+
+void Section(std::string_view title) {
+    const std::size_t rule = title.size() < kHeaderRuleColumns ? kHeaderRuleColumns - title.size() : 0;
+    Line("%s", "");
+    Line("== %s %s", std::string(title).c_str(), std::string(rule, '=').c_str());
+}
+
+const std::string& Text() {
+    return KeptText();
+}
+
+WrittenFile WriteFile(std::string_view tool_folder) {
+    const std::string path =
+        tool_folder.empty() ? std::string(kFileName) : std::string(tool_folder) + "\\" + kFileName;
+    // Opened by its wide form, which bears every folder name; binary, because the line ends are in the text.
+    std::ofstream file(std::filesystem::path(std::u8string(path.begin(), path.end())),
+                       std::ios::binary | std::ios::trunc);
+    if (!file) {
+        ConsolePrint("\n!! Could not write the report file. Copy the text above instead.\n");
+        return {false, path};
+    }
+    file.write(KeptText().data(), static_cast<std::streamsize>(KeptText().size()));
+    ConsolePrint(
+        "\n=====================================================\n"
+        " Done. Report written to:\n"
+        "   %s\n"
+        "\n"
+        " Please send that one file.\n"
+        "=====================================================\n",
+        path.c_str());
+    return {true, path};
+}
+
+}  // namespace Report

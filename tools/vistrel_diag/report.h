@@ -1,0 +1,38 @@
+// The report sink: every line goes to the console at once and is kept for the report file.
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+#include "platform/format.h"
+
+namespace Report {
+
+/// The longest line, in bytes; what goes beyond is cut without notice.
+inline constexpr std::size_t kLongestLine = 4095;
+
+inline constexpr const char* kFileName = "vistrel_diag_report.txt";
+
+/// One report line, printf-style, given without its line end. Line breaks inside it stay line breaks: a line
+/// feed on the console, CR LF in the file.
+void Line(const char* format, ...) VISTREL_PRINTF(1, 2);
+
+/// An empty line and a header of 66 columns. `title` is shorter than 62 characters.
+void Section(std::string_view title);
+
+/// Everything kept so far, with the line ends of the file (CR LF).
+const std::string& Text();
+
+/// What became of the report file.
+struct WrittenFile {
+    bool opened = false;
+    std::string path;  ///< UTF-8; where the file was to be written, also when it could not be opened
+};
+
+/// Writes everything kept so far to kFileName in `tool_folder` (UTF-8; the current directory when empty),
+/// replacing an older file, and tells the person at the console where it is or that it could not be opened.
+/// Errors while writing are not looked at.
+WrittenFile WriteFile(std::string_view tool_folder);
+
+}  // namespace Report
