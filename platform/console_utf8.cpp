@@ -1,0 +1,44 @@
+#include "platform/console_utf8.h"
+
+#include <windows.h>
+
+#include <atomic>
+
+namespace {
+
+/// The code page to put back; 0 while there is none. Windows calls the handler below on a thread of its own.
+std::atomic<UINT> code_page_found = 0;
+
+void PutCodePageBack() {
+    if (const UINT code_page = code_page_found.exchange(0); code_page != 0) {
+        SetConsoleOutputCP(code_page);
+    }
+}
+
+BOOL WINAPI OnConsoleEvent(DWORD /*event*/) {
+    PutCodePageBack();
+    return FALSE;  // The event then ends the program as it would have without this handler.
+}
+
+bool StandardOutputIsConsole() {
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) != 0;
+}
+
+}  // namespace
+
+ConsoleUtf8Output::ConsoleUtf8Output() {
+    if (!StandardOutputIsConsole()) {
+        return;
+    }
+    code_page_found = GetConsoleOutputCP();
+    SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
+    SetConsoleOutputCP(CP_UTF8);
+}
+
+ConsoleUtf8Output::~ConsoleUtf8Output() {
+    if (code_page_found != 0) {
+        SetConsoleCtrlHandler(OnConsoleEvent, FALSE);
+        PutCodePageBack();
+    }
+}
