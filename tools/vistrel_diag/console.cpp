@@ -1,19 +1,29 @@
 #include "tools/vistrel_diag/console.h"
 
-#include <array>
 #include <cstdarg>
+#include <cstddef>
 #include <cstdio>
-#include <cstring>
+#include <optional>
 #include <string>
 
 namespace {
 
-/// Reads on to the end of the current input line, so that what is left of it cannot answer a later prompt.
-void DiscardRestOfLine() {
-    int character = 0;
-    do {
-        character = std::getc(stdin);
-    } while (character != EOF && character != '\n');
+constexpr std::size_t kLongestAnswer = 63;
+
+/// One line of the input without its end, cut after kLongestAnswer characters: what goes beyond is taken from
+/// the input as well, so that it cannot answer a later prompt. Empty at the end of the input.
+std::optional<std::string> ReadAnswer() {
+    std::string answer;
+    int character = std::getc(stdin);
+    if (character == EOF) {
+        return std::nullopt;
+    }
+    for (; character != EOF && character != '\n'; character = std::getc(stdin)) {
+        if (answer.size() < kLongestAnswer) {
+            answer += static_cast<char>(character);
+        }
+    }
+    return answer;
 }
 
 }  // namespace
@@ -33,14 +43,8 @@ void FlushConsole() {
 bool AskContinue(const char* question) {
     ConsolePrint("\n%s\n  [Enter] continue     [s] then Enter to skip\n> ", question);
     FlushConsole();
-    std::array<char, 64> answer = {};
-    if (std::fgets(answer.data(), static_cast<int>(answer.size()), stdin) == nullptr) {
-        return true;
-    }
-    if (std::strlen(answer.data()) == answer.size() - 1 && answer[answer.size() - 2] != '\n') {
-        DiscardRestOfLine();
-    }
-    return answer[0] != 's' && answer[0] != 'S';
+    const std::string answer = ReadAnswer().value_or("");
+    return !answer.starts_with('s') && !answer.starts_with('S');
 }
 
 void WaitForEnter() {

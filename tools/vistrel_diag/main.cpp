@@ -1,7 +1,23 @@
-#include "tools/vistrel_diag/console.h"
-#include "tools/vistrel_diag/report.h"
+#include <string>
+#include <vector>
 
-int main() {
-    Report::Section("MACHINE");
+#include "platform/console_utf8.h"
+#include "platform/utf8.h"
+#include "tools/vistrel_diag/command_line.h"
+#include "tools/vistrel_diag/guided_run.h"
+
+/// Always ends with 0: what fails is in the report.
+int wmain(int argument_count, wchar_t** argument_values) {
+    std::vector<std::string> arguments;
+    for (int i = 1; i < argument_count; ++i) {
+        arguments.push_back(Utf8FromWide(argument_values[i]));
+    }
+    const ConsoleUtf8Output utf8_output;
+    const CommandLine command_line = ParseCommandLine(arguments);
+    if (command_line.help) {
+        PrintUsage();
+    } else {
+        CarryOutRun(command_line.options);
+    }
     return 0;
 }

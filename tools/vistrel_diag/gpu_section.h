@@ -1,0 +1,56 @@
+// The GPUs of the machine: the report's section about them, and the list that the rest of the run works with.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/luid.h"
+#include "platform/video_memory.h"
+
+struct IDXGIAdapter1;
+
+/// One graphics adapter.
+struct GpuInfo {
+    std::uint32_t index = 0;  ///< in DXGI's enumeration; the number after "GPU" in the report
+    std::string name;         ///< UTF-8
+    AdapterLuid luid;
+    std::uint64_t dedicated_video_memory = 0;  ///< bytes
+    std::uint64_t shared_system_memory = 0;    ///< bytes
+    std::uint32_t vendor_id = 0;               ///< PCI
+    bool software = false;
+    std::vector<std::string> displays;  ///< device names of the outputs it drives, in output order
+    std::shared_ptr<IDXGIAdapter1> adapter;
+};
+
+/// The adapters in enumeration order. Empty before ReportGpuSection, and when DXGI could not be reached.
+const std::vector<GpuInfo>& GpuList();
+
+/// Fills the list; for the section and for tests.
+void SetGpuList(std::vector<GpuInfo> gpus);
+
+/// An adapter with its memory at one moment; without it where Windows does not tell.
+struct ProbedGpu {
+    GpuInfo gpu;
+    std::optional<VideoMemoryUse> memory;
+};
+
+struct GpuInventory {
+    bool factory_created = false;
+    std::vector<ProbedGpu> gpus;  ///< only adapters that could be described
+};
+
+GpuInventory ProbeGpus();
+void PrintGpuSection(const GpuInventory& inventory);
+
+/// Reports the adapters and fills GpuList. Called once, before anything that reads the list.
+void ReportGpuSection();
+
+/// The listed adapters with their memory as it is now.
+std::vector<ProbedGpu> ProbeVram();
+void PrintVramLines(const char* label, const std::vector<ProbedGpu>& gpus);
+
+/// Reports the memory of the hardware GPUs at the moment that `label` names (UTF-8).
+void ReportVramLines(const char* label);

@@ -1,0 +1,82 @@
+#include "tools/vistrel_diag/guided_run.h"
+
+#include <windows.h>
+
+#include <optional>
+#include <string>
+
+#include "platform/luid.h"
+#include "platform/module_folder.h"
+#include "tools/vistrel_diag/benchmark_device.h"
+#include "tools/vistrel_diag/console.h"
+#include "tools/vistrel_diag/gpu_section.h"
+#include "tools/vistrel_diag/machine_section.h"
+#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/run_texts.h"
+#include "tools/vistrel_diag/verdict.h"
+
+namespace {
+
+/// Greets the person and opens the report.
+void Begin(const RunOptions& options, const std::string& tool_folder) {
+    PrintBanner();
+    if (!options.quick) {
+        AskContinue("Ready to start part 1?");  // Only a chance to get ready: there is nothing to skip yet.
+    }
+    PrintOpeningLines(tool_folder);
+}
+
+/// The machine, the product's settings and the headset. Returns the adapter that the OpenXR runtime requires,
+/// if it names one.
+std::optional<AdapterLuid> ReportPartOne() {
+    Report::Section("PART 1 - BASELINE, NOTHING ELSE RUNNING");
+    ReportMachineSection();
+    ReportGpuSection();
+    return std::nullopt;
+}
+
+/// The measurements that need the benchmark device.
+void MeasurePartOne(const BenchmarkDevice& benchmark, VerdictInput& verdict) {
+    (void)benchmark;
+    (void)verdict;
+}
+
+void ReportPartTwo(VerdictInput& verdict) {
+    verdict.part_two_run = true;
+    Report::Section("PART 2 - HEADSET ON, GAME RUNNING");
+    Report::Line("%s", "");
+    ReportVramLines("while the game is running");
+}
+
+void OfferPartTwo(VerdictInput& verdict) {
+    PrintPartTwoInstructions();
+    if (!AskContinue("Headset on and game running?")) {
+        ReportPartTwoSkipped();
+        return;
+    }
+    CountDownToPartTwo([] { Sleep(1000); });
+    ReportPartTwo(verdict);
+}
+
+}  // namespace
+
+void CarryOutRun(const RunOptions& options) {
+    const std::string tool_folder = ExecutableFolder();
+    Begin(options, tool_folder);
+
+    VerdictInput verdict;
+    verdict.refresh_hz = options.refresh_hz;
+    const std::optional<AdapterLuid> required_adapter = ReportPartOne();
+    const BenchmarkDevice benchmark = ReportBenchmarkSetup(required_adapter);
+    if (benchmark.device) {
+        MeasurePartOne(benchmark, verdict);
+    }
+    if (!options.quick) {
+        OfferPartTwo(verdict);
+    }
+    ReportVerdict(verdict);
+    Report::WriteFile(tool_folder);
+
+    ConsolePrint("\nPress Enter to close.\n");
+    WaitForEnter();
+}

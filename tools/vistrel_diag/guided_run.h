@@ -1,0 +1,8 @@
+// The run from the banner to "Press Enter to close.": every section once, in one fixed order.
+#pragma once
+
+#include "tools/vistrel_diag/command_line.h"
+
+/// Carries out the whole run on the calling thread and writes the report file. Nothing that fails ends it
+/// early.
+void CarryOutRun(const RunOptions& options);
