@@ -1,0 +1,31 @@
+#include "render/warp_shader_files.h"
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+std::vector<std::string> WarpShaderCandidates(std::string_view executable_folder) {
+    const std::string shader = "vistrel\\shaders\\stereo_warp.hlsl";
+    const std::string folder(executable_folder);
+    std::vector<std::string> candidates;
+    if (!folder.empty()) {
+        candidates.push_back(folder + "\\" + shader);
+        candidates.push_back(folder + "\\..\\..\\..\\" + shader);  // From an output folder of the build tree.
+    }
+    candidates.push_back(shader);
+    return candidates;
+}
+
+bool ReadWholeFile(const std::string& path, std::string& text) {
+    text.clear();
+    // Opened by its wide form, which bears every folder name.
+    std::ifstream file(std::filesystem::path(std::u8string(path.begin(), path.end())), std::ios::binary);
+    if (!file) {
+        return false;
+    }
+    // Inserting the buffer takes a failing read, which the buffer throws, for the end of the file.
+    std::ostringstream contents;
+    contents << file.rdbuf();
+    text = contents.str();
+    return !text.empty();
+}

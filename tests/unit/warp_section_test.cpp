@@ -1,0 +1,67 @@
+#include "tools/vistrel_diag/warp_section.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/unit/report_capture.h"
+
+namespace {
+
+/// The sizes in one line each.
+std::string Listed(std::int32_t desktop_width, std::int32_t desktop_height) {
+    std::string text;
+    for (const WarpSize& size : WarpSizes(desktop_width, desktop_height)) {
+        text += FormatText("%dx%d %s\n", size.width, size.height, size.label.c_str());
+    }
+    return text;
+}
+
+TEST(WarpSizes, PutsTheDesktopFirst) {
+    EXPECT_EQ(Listed(3440, 1440),
+              "3440x1440 your desktop (what runs today)\n2560x1440 1440p\n1920x1080 1080p\n");
+}
+
+TEST(WarpSizes, NamesADesktopOfAFixedSizeOnce) {
+    EXPECT_EQ(Listed(2560, 1440), "2560x1440 your desktop (what runs today)\n1920x1080 1080p\n");
+    EXPECT_EQ(Listed(1920, 1080), "1920x1080 your desktop (what runs today)\n2560x1440 1440p\n");
+}
+
+TEST(WarpSizes, ComparesBothSides) {
+    EXPECT_EQ(Listed(2560, 1080),
+              "2560x1080 your desktop (what runs today)\n2560x1440 1440p\n1920x1080 1080p\n");
+}
+
+TEST(WarpSizes, LeavesOutAnUnknownDesktop) {
+    EXPECT_EQ(Listed(0, 0), "2560x1440 1440p\n1920x1080 1080p\n");
+    EXPECT_EQ(Listed(1280, 0), "2560x1440 1440p\n1920x1080 1080p\n");
+    EXPECT_EQ(Listed(0, 720), "2560x1440 1440p\n1920x1080 1080p\n");
+}
+
+TEST(WarpSection, PrintsTheTable) {
+    const ReportCapture report;
+    PrintWarpTableHeader();
+    PrintWarpRow({3440, 1440, "your desktop (what runs today)"}, {3440, 1440, 4.125, 93.5, true});
+    PrintWarpRow({2560, 1440, "1440p"}, {2560, 1440, 123.456, 0.0, true});
+    EXPECT_EQ(report.Text(), R"(SIZE                                            GPU ms      VRAM MB
+3440x1440  your desktop (what runs today)         4.12           94
+2560x1440  1440p                                123.46            0
+)");
+}
+
+TEST(WarpSection, PrintsNoRowForAFailedSize) {
+    const ReportCapture report;
+    PrintWarpRow({2560, 1440, "1440p"}, {2560, 1440, 0.0, 56.0, false});
+    EXPECT_EQ(report.Text(), "");
+}
+
+TEST(WarpSection, QuotesTheCompiler) {
+    const ReportCapture report;
+    PrintWarpShaderFailure("C:\\V\\s.hlsl(3,5-9): error X3004: undeclared identifier 'foo'\n100%s");
+    EXPECT_EQ(
+        report.Text(),
+        R"(!! stereo_warp.hlsl could not be compiled: C:\V\s.hlsl(3,5-9): error X3004: undeclared identifier 'foo'
+100%s
+!! Put this exe in the Vistrel install folder, next to the vistrel\ directory.
+)");
+}
+
+}  // namespace
