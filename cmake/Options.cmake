@@ -11,7 +11,7 @@ target_compile_options(
   vistrel_options INTERFACE -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wno-sign-conversion
                             -Wnon-virtual-dtor -Wold-style-cast -Wformat=2 -Wno-format-zero-length
                             # A path of the build machine must not reach the exe.
-                            -ffile-prefix-map=${CMAKE_SOURCE_DIR}=.)
+                            -ffile-prefix-map=${VISTREL_DEPS}=.deps -ffile-prefix-map=${CMAKE_SOURCE_DIR}=.)
 
 if(WIN32)
   target_compile_definitions(

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string>
 
-#if defined(__MINGW32__)
+#if defined(__MINGW32__) && !defined(__clang__)
 #define VISTREL_PRINTF(format_index, first_argument) \
     __attribute__((format(gnu_printf, format_index, first_argument)))
 #else
