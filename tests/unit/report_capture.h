@@ -11,7 +11,7 @@ class ReportCapture {
     ReportCapture() : start_(Report::Text().size()) {}
 
     /// The kept text since construction with its line ends as the file has them.
-    std::string FileText() const { return Report::Text().substr(start_); }
+    std::string FileText() const { return Report::Text().Copy().substr(start_); }
 
     /// The same with plain line feeds, for comparing with a raw string.
     std::string Text() const {

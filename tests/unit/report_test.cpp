@@ -2,14 +2,136 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
 #include "tests/unit/report_capture.h"
 
 namespace {
 
-TEST(Report, SectionHeaderIsSixtySixColumnsWide) {
+/// What `action` prints to standard output, with plain line feeds.
+template <typename Action>
+std::string ConsoleTextOf(Action action) {
+    testing::internal::CaptureStdout();
+    action();
+    std::string text = testing::internal::GetCapturedStdout();
+    for (std::size_t i = text.find("\r\n"); i != std::string::npos; i = text.find("\r\n", i)) {
+        text.erase(i, 1);
+    }
+    return text;
+}
+
+TEST(ReportLine, EndsInOneLineFeedOnTheConsoleAndInCrLfInTheFile) {
+    const ReportCapture report;
+    EXPECT_EQ(ConsoleTextOf([] { Report::Line("%s=%d", "answer", 42); }), "answer=42\n");
+    EXPECT_EQ(report.FileText(), "answer=42\r\n");
+}
+
+TEST(ReportLine, WithAnEmptyFormatMakesABlankLine) {
+    const ReportCapture report;
+    EXPECT_EQ(ConsoleTextOf([] { Report::Line(""); }), "\n");
+    EXPECT_EQ(report.FileText(), "\r\n");
+}
+
+TEST(ReportLine, IsCutAt4095Characters) {
+    const ReportCapture report;
+    const std::string longest(4095, 'x');
+    EXPECT_EQ(ConsoleTextOf([] { Report::Line("%s", std::string(5000, 'x').c_str()); }), longest + "\n");
+    EXPECT_EQ(report.FileText(), longest + "\r\n");
+}
+
+TEST(ReportLine, OfExactly4095CharactersIsWhole) {
+    const ReportCapture report;
+    Report::Line("%s", std::string(4095, 'y').c_str());
+    EXPECT_EQ(report.FileText(), std::string(4095, 'y') + "\r\n");
+}
+
+TEST(ReportLine, TakesNoFormatFromItsArguments) {
+    const ReportCapture report;
+    Report::Line("%s", "100%s of %n and %d");
+    EXPECT_EQ(report.FileText(), "100%s of %n and %d\r\n");
+}
+
+TEST(ReportLine, TurnsEveryLineBreakInsideIntoCrLf) {
+    const ReportCapture report;
+    EXPECT_EQ(ConsoleTextOf([] { Report::Line("%s", "one\ntwo\r\nthree\rfour"); }),
+              "one\ntwo\nthree\rfour\n");
+    EXPECT_EQ(report.FileText(), "one\r\ntwo\r\nthree\rfour\r\n");
+}
+
+TEST(ReportSection, HeaderIsSixtySixColumnsWide) {
     const ReportCapture report;
     Report::Section(std::string(40, 'T'));
     EXPECT_EQ(report.FileText(), "\r\n== " + std::string(40, 'T') + " " + std::string(22, '=') + "\r\n");
+}
+
+TEST(ReportSection, IsRememberedByItsTitle) {
+    Report::Section("GPUs");
+    EXPECT_STREQ(Report::CurrentSection(), "GPUs");
+    Report::Section("DISPLAYS  (this is what the warp resolution comes from)");
+    EXPECT_STREQ(Report::CurrentSection(), "DISPLAYS  (this is what the warp resolution comes from)");
+}
+
+class ReportFile : public testing::Test {
+  protected:
+    void SetUp() override {
+        const auto* test = testing::UnitTest::GetInstance()->current_test_info();
+        before_ = std::filesystem::current_path();
+        folder_ = before_ / (std::string("report_file_test_") + test->name());
+        std::filesystem::remove_all(folder_);
+        std::filesystem::create_directories(folder_);
+        std::filesystem::current_path(folder_);
+    }
+    void TearDown() override {
+        std::filesystem::current_path(before_);
+        std::filesystem::remove_all(folder_);
+    }
+    static std::string Contents(const std::filesystem::path& path) {
+        std::ifstream file(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    }
+
+    std::filesystem::path before_;
+    std::filesystem::path folder_;
+};
+
+TEST_F(ReportFile, OfAnUnknownToolFolderLandsInTheCurrentDirectory) {
+    Report::Line("kept");
+    Report::WrittenFile written;
+    const std::string console = ConsoleTextOf([&] { written = Report::WriteFile(""); });
+    EXPECT_TRUE(written.opened);
+    EXPECT_EQ(written.path, "vistrel_diag_report.txt");
+    EXPECT_EQ(Contents(folder_ / "vistrel_diag_report.txt"), Report::Text().Copy());
+    EXPECT_EQ(console,
+              "\n=====================================================\n"
+              " Done. Report written to:\n"
+              "   vistrel_diag_report.txt\n"
+              "\n"
+              " Please send that one file.\n"
+              "=====================================================\n");
+}
+
+TEST_F(ReportFile, ReplacesAnOlderOne) {
+    std::ofstream(folder_ / "vistrel_diag_report.txt") << std::string(1 << 20, 'o');
+    Report::Line("new");
+    EXPECT_TRUE(Report::WriteFile("").opened);
+    EXPECT_EQ(Contents(folder_ / "vistrel_diag_report.txt"), Report::Text().Copy());
+}
+
+TEST_F(ReportFile, StandsInTheToolFolderBehindOneBackslash) {
+    const Report::WrittenFile written = Report::WriteFile("no such folder");
+    EXPECT_EQ(written.path, "no such folder\\vistrel_diag_report.txt");
+}
+
+TEST_F(ReportFile, ThatCannotBeOpenedIsSaidOnTheConsole) {
+    std::filesystem::create_directory(
+        "vistrel_diag_report.txt");  // A folder of that name cannot be written to.
+    Report::WrittenFile written;
+    EXPECT_EQ(ConsoleTextOf([&] { written = Report::WriteFile(""); }),
+              "\n!! Could not write the report file. Copy the text above instead.\n");
+    EXPECT_FALSE(written.opened);
+    EXPECT_EQ(written.path, "vistrel_diag_report.txt");
 }
 
 }  // namespace

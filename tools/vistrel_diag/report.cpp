@@ -1,7 +1,8 @@
 #include "tools/vistrel_diag/report.h"
 
+#include <array>
+#include <atomic>
 #include <cstdarg>
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 
@@ -12,9 +13,33 @@ namespace {
 
 constexpr std::size_t kHeaderRuleColumns = 62;  // Shared by the title and the rule behind it.
 
-std::string& KeptText() {
-    static std::string text;
+constexpr std::size_t kTitleBytes = 64;
+
+KeptText& Kept() {
+    static KeptText text;
     return text;
+}
+
+/// The current section's title, for readers on other threads: written beside the published one, then
+/// published.
+class PublishedTitle {
+  public:
+    void Set(std::string_view title) {
+        auto& next = titles_[published_.load() == titles_[0].data() ? 1 : 0];
+        next.fill('\0');
+        title.copy(next.data(), next.size() - 1);
+        published_.store(next.data());
+    }
+    const char* Get() const { return published_.load(); }
+
+  private:
+    std::array<std::array<char, kTitleBytes>, 2> titles_ = {};
+    std::atomic<const char*> published_ = titles_[0].data();
+};
+
+PublishedTitle& SectionTitle() {
+    static PublishedTitle title;
+    return title;
 }
 
 /// `text` with every line break, bare or after a carriage return, written as `line_break`.
@@ -44,17 +69,22 @@ void Line(const char* format, ...) {
 
     ConsolePrint("%s\n", WithLineBreaks(line, "\n").c_str());
     FlushConsole();
-    KeptText() += WithLineBreaks(line, "\r\n") + "\r\n";
+    Kept().Append(WithLineBreaks(line, "\r\n") + "\r\n");
 }
 
 void Section(std::string_view title) {
     const std::size_t rule = title.size() < kHeaderRuleColumns ? kHeaderRuleColumns - title.size() : 0;
+    SectionTitle().Set(title);
     Line("%s", "");
     Line("== %s %s", std::string(title).c_str(), std::string(rule, '=').c_str());
 }
 
-const std::string& Text() {
-    return KeptText();
+const KeptText& Text() {
+    return Kept();
+}
+
+const char* CurrentSection() {
+    return SectionTitle().Get();
 }
 
 WrittenFile WriteFile(std::string_view tool_folder) {
@@ -67,7 +97,8 @@ WrittenFile WriteFile(std::string_view tool_folder) {
         ConsolePrint("\n!! Could not write the report file. Copy the text above instead.\n");
         return {false, path};
     }
-    file.write(KeptText().data(), static_cast<std::streamsize>(KeptText().size()));
+    const std::string text = Kept().Copy();
+    file.write(text.data(), static_cast<std::streamsize>(text.size()));
     ConsolePrint(
         "\n=====================================================\n"
         " Done. Report written to:\n"

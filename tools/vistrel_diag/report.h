@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "platform/format.h"
+#include "tools/vistrel_diag/kept_text.h"
 
 namespace Report {
 
@@ -21,8 +22,12 @@ void Line(const char* format, ...) VISTREL_PRINTF(1, 2);
 /// An empty line and a header of 66 columns. `title` is shorter than 62 characters.
 void Section(std::string_view title);
 
-/// Everything kept so far, with the line ends of the file (CR LF).
-const std::string& Text();
+/// Everything kept so far, with the line ends of the file (CR LF). Another thread may read it while lines are
+/// added.
+const KeptText& Text();
+
+/// The title of the section that was begun last; empty before the first. Never null, valid for the whole run.
+const char* CurrentSection();
 
 /// What became of the report file.
 struct WrittenFile {
