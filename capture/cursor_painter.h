@@ -1,0 +1,8 @@
+// The mouse pointer, which desktop duplication leaves out of its images.
+#pragma once
+
+#include <d3d11.h>
+
+/// Draws the pointer, if it is shown now, on `texture`, whose top-left corner is at (`left`, `top`) of the
+/// desktop. Does nothing on a texture that GDI cannot draw on.
+void DrawCursorOn(ID3D11Texture2D* texture, int left, int top);

@@ -1,0 +1,28 @@
+#include "capture/frame_picture.h"
+
+#include "capture/frame_description.h"
+
+bool FramePicture::Fit(ID3D11Device* device, const D3D11_TEXTURE2D_DESC& acquired) {
+    const D3D11_TEXTURE2D_DESC wanted = FrameTextureDescription(acquired);
+    if (texture_) {
+        D3D11_TEXTURE2D_DESC present = {};
+        texture_->GetDesc(&present);
+        // Bytes of one format copied into a texture of another would be garbage, so the format counts too.
+        if (present.Width == wanted.Width && present.Height == wanted.Height &&
+            present.Format == wanted.Format) {
+            return true;
+        }
+        Release();
+    }
+    if (FAILED(device->CreateTexture2D(&wanted, nullptr, &texture_)) ||
+        FAILED(device->CreateShaderResourceView(texture_.Get(), nullptr, &view_))) {
+        Release();
+        return false;
+    }
+    return true;
+}
+
+void FramePicture::Release() {
+    view_.Reset();
+    texture_.Reset();
+}

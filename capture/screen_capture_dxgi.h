@@ -1,0 +1,87 @@
+// Captures one monitor with desktop duplication.
+#pragma once
+
+#include <d3d11.h>
+#include <dxgi1_2.h>
+#include <wrl/client.h>
+
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <string_view>
+
+#include "capture/capture_pacing.h"
+#include "capture/display_device.h"
+#include "capture/frame_picture.h"
+#include "capture/output_enumeration.h"
+
+/// Hands each new image of a monitor to the caller as a texture on the caller's own device, also when another
+/// GPU drives the monitor. Duplication that is lost (a mode change, a UAC prompt, the lock screen) is
+/// recreated in GetFrame; the caller notices nothing but a picture that stands still.
+///
+/// Every operation may be called from any thread. The immediate context of the caller's device is used inside
+/// Initialize, GetFrame and Shutdown; keeping other users of it away meanwhile is up to the caller. Messages
+/// go to the standard error stream.
+class ScreenCaptureDxgi {
+  public:
+    ScreenCaptureDxgi() = default;
+    ~ScreenCaptureDxgi();
+    ScreenCaptureDxgi(const ScreenCaptureDxgi&) = delete;
+    ScreenCaptureDxgi& operator=(const ScreenCaptureDxgi&) = delete;
+
+    /// Starts to capture the monitor with the device name `source_name` (UTF-8, such as \\.\DISPLAY2), or,
+    /// when that is empty, the first one of the GPU of `device`, else the first one of any GPU. False when it
+    /// cannot; LastError() tells why then.
+    bool Initialize(ID3D11Device* device, std::string_view source_name);
+
+    /// The latest image, null before the first one. Never waits, but for a capture without any image yet: its
+    /// first ten calls wait up to 250 ms each. The view stays usable for as long as the caller holds it.
+    Microsoft::WRL::ComPtr<ID3D11ShaderResourceView> GetFrame();
+
+    /// Whether the last GetFrame got a new image.
+    bool IsNewFrame() const;
+
+    /// How old the last new image was when it arrived, in milliseconds.
+    float LastFrameAgeMs() const;
+
+    /// Whether the monitor hangs on another GPU than the caller's device, and the names of both.
+    bool IsCrossAdapter() const;
+    std::string DisplayGpuName() const;
+    std::string RenderGpuName() const;
+
+    /// Why the last set-up failed, in words for the user.
+    std::string LastError() const;
+
+    /// Releases everything; Initialize may follow.
+    void Shutdown();
+
+  private:
+    bool OpenDuplication();
+    bool SelectOutput(AttachedOutputs::Interfaces& selected);
+    bool ReadRenderAdapter(AdapterLuid& luid);
+    bool PrepareDisplayDevice(const OutputRecord& record, IDXGIAdapter1* adapter,
+                              const AdapterLuid& render_luid);
+    bool EnsureDuplication();
+    HRESULT ReadFrame();
+    void TakeFrame(ID3D11Texture2D* acquired);
+    bool Fail(std::string reason);
+
+    mutable std::recursive_mutex mutex_;
+    Microsoft::WRL::ComPtr<ID3D11Device> render_device_;
+    Microsoft::WRL::ComPtr<ID3D11DeviceContext> render_context_;
+    DisplayDevice display_device_;
+    Microsoft::WRL::ComPtr<IDXGIOutputDuplication> duplication_;
+    FramePicture picture_;
+    bool initialized_ = false;
+    bool carry_failure_reported_ = false;  ///< once for each object, whatever is initialized anew
+    std::string display_gpu_name_;
+    std::string render_gpu_name_;
+    bool new_frame_ = false;
+    float last_frame_age_ms_ = 0.0F;
+    std::string source_name_;
+    std::int32_t output_left_ = 0;
+    std::int32_t output_top_ = 0;
+    FirstFrameWaits first_frame_waits_;
+    RestoreClock restore_clock_;
+    std::string last_error_;
+};
