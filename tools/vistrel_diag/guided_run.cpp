@@ -8,6 +8,7 @@
 #include "platform/luid.h"
 #include "platform/module_folder.h"
 #include "tools/vistrel_diag/benchmark_device.h"
+#include "tools/vistrel_diag/capture_section.h"
 #include "tools/vistrel_diag/console.h"
 #include "tools/vistrel_diag/gpu_section.h"
 #include "tools/vistrel_diag/machine_section.h"
@@ -36,26 +37,33 @@ std::optional<AdapterLuid> ReportPartOne() {
 }
 
 /// The measurements that need the benchmark device.
-void MeasurePartOne(const BenchmarkDevice& benchmark, VerdictInput& verdict) {
-    (void)benchmark;
-    (void)verdict;
+void MeasurePartOne(const RunOptions& options, const BenchmarkDevice& benchmark, VerdictInput& verdict) {
+    const CaptureMeasurement capture =
+        ReportCaptureSection(benchmark.device.Get(), benchmark.context.Get(), options.capture_seconds);
+    verdict.desktop_fps = capture.ok ? FramesPerSecond(capture) : 0.0;
 }
 
-void ReportPartTwo(VerdictInput& verdict) {
+void ReportPartTwo(const RunOptions& options, const BenchmarkDevice& benchmark, VerdictInput& verdict) {
     verdict.part_two_run = true;
     Report::Section("PART 2 - HEADSET ON, GAME RUNNING");
     Report::Line("%s", "");
     ReportVramLines("while the game is running");
+    if (!benchmark.device) {
+        return;
+    }
+    const CaptureMeasurement capture =
+        ReportGameFrameRate(benchmark.device.Get(), benchmark.context.Get(), options.capture_seconds);
+    verdict.game_fps = capture.ok ? FramesPerSecond(capture) : 0.0;
 }
 
-void OfferPartTwo(VerdictInput& verdict) {
+void OfferPartTwo(const RunOptions& options, const BenchmarkDevice& benchmark, VerdictInput& verdict) {
     PrintPartTwoInstructions();
     if (!AskContinue("Headset on and game running?")) {
         ReportPartTwoSkipped();
         return;
     }
     CountDownToPartTwo([] { Sleep(1000); });
-    ReportPartTwo(verdict);
+    ReportPartTwo(options, benchmark, verdict);
 }
 
 }  // namespace
@@ -69,10 +77,10 @@ void CarryOutRun(const RunOptions& options) {
     const std::optional<AdapterLuid> required_adapter = ReportPartOne();
     const BenchmarkDevice benchmark = ReportBenchmarkSetup(required_adapter);
     if (benchmark.device) {
-        MeasurePartOne(benchmark, verdict);
+        MeasurePartOne(options, benchmark, verdict);
     }
     if (!options.quick) {
-        OfferPartTwo(verdict);
+        OfferPartTwo(options, benchmark, verdict);
     }
     ReportVerdict(verdict);
     Report::WriteFile(tool_folder);

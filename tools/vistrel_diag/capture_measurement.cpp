@@ -1,0 +1,103 @@
+#include "tools/vistrel_diag/capture_measurement.h"
+
+#include <d3d11.h>
+#include <wrl/client.h>
+
+#include "capture/frame_description.h"
+#include "capture/screen_capture_dxgi.h"
+#include "platform/stopwatch.h"
+
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+ComPtr<ID3D11Texture2D> TextureBehind(ID3D11ShaderResourceView* view) {
+    ComPtr<ID3D11Resource> resource;
+    view->GetResource(&resource);
+    ComPtr<ID3D11Texture2D> texture;
+    if (!resource || FAILED(resource.As(&texture))) {
+        return nullptr;
+    }
+    return texture;
+}
+
+/// The pixels of `texture`; empty when they cannot be read or are not four bytes each.
+std::vector<std::uint8_t> ReadBack(ID3D11Device* device, ID3D11DeviceContext* context,
+                                   ID3D11Texture2D* texture, const D3D11_TEXTURE2D_DESC& description) {
+    if (!HasFourByteChannels(description.Format)) {
+        return {};
+    }
+    const D3D11_TEXTURE2D_DESC wanted = ReadBackDescription(description);
+    ComPtr<ID3D11Texture2D> copy;
+    if (FAILED(device->CreateTexture2D(&wanted, nullptr, &copy))) {
+        return {};
+    }
+    context->CopyResource(copy.Get(), texture);
+    D3D11_MAPPED_SUBRESOURCE mapped = {};
+    if (FAILED(context->Map(copy.Get(), 0, D3D11_MAP_READ, 0, &mapped))) {
+        return {};
+    }
+    std::vector<std::uint8_t> pixels =
+        PackRows(mapped.pData, mapped.RowPitch, std::size_t{description.Width} * 4, description.Height);
+    context->Unmap(copy.Get(), 0);
+    return pixels;
+}
+
+/// What one call of GetFrame adds to the measurement.
+void CountFrame(ID3D11Device* device, ID3D11DeviceContext* context, ScreenCaptureDxgi& capture,
+                CaptureMeasurement& measurement) {
+    const ComPtr<ID3D11ShaderResourceView> view = capture.GetFrame();
+    ++measurement.calls;
+    if (!view) {
+        return;
+    }
+    const bool is_new = capture.IsNewFrame();
+    measurement.new_frames += is_new ? 1 : 0;
+    const bool wants_pixels = is_new && measurement.pixels.empty();
+    if (measurement.width != 0 && !wants_pixels) {
+        return;
+    }
+    const ComPtr<ID3D11Texture2D> texture = TextureBehind(view.Get());
+    if (!texture) {
+        return;
+    }
+    D3D11_TEXTURE2D_DESC description = {};
+    texture->GetDesc(&description);
+    if (measurement.width == 0) {
+        measurement.width = description.Width;
+        measurement.height = description.Height;
+    }
+    // A desktop that has changed its size since the first image has no picture of the size reported.
+    if (wants_pixels && description.Width == measurement.width && description.Height == measurement.height) {
+        measurement.pixels = ReadBack(device, context, texture.Get(), description);
+    }
+}
+
+}  // namespace
+
+CaptureMeasurement MeasureCaptureRate(ID3D11Device* device, ID3D11DeviceContext* context, double seconds) {
+    CaptureMeasurement measurement;
+    ScreenCaptureDxgi capture;
+    if (!capture.Initialize(device, "")) {
+        measurement.error = capture.LastError();
+        if (measurement.error.empty()) {
+            measurement.error = "screen capture could not be started";
+        }
+        return measurement;
+    }
+    measurement.cross_adapter = capture.IsCrossAdapter();
+    measurement.capture_gpu_name = capture.DisplayGpuName();
+
+    const Stopwatch stopwatch;
+    while (measurement.seconds < seconds) {
+        CountFrame(device, context, capture, measurement);
+        measurement.seconds = stopwatch.Seconds();
+    }
+    capture.Shutdown();
+
+    measurement.ok = measurement.width >= 1;
+    if (!measurement.ok) {
+        measurement.error = "the capture started but never produced a frame";
+    }
+    return measurement;
+}

@@ -1,0 +1,16 @@
+#include "tools/vistrel_diag/capture_section.h"
+#include "tools/vistrel_diag/report.h"
+
+CaptureMeasurement ReportCaptureSection(ID3D11Device* device, ID3D11DeviceContext* context, double seconds) {
+    Report::Section("SCREEN CAPTURE");
+    CaptureMeasurement measurement = MeasureCaptureRate(device, context, seconds);
+    PrintCaptureSection(measurement);
+    return measurement;
+}
+
+CaptureMeasurement ReportGameFrameRate(ID3D11Device* device, ID3D11DeviceContext* context, double seconds) {
+    Report::Line("");
+    CaptureMeasurement measurement = MeasureCaptureRate(device, context, seconds);
+    PrintGameFrameRate(measurement);
+    return measurement;
+}
