@@ -1,0 +1,32 @@
+#include <windows.h>
+
+#include <algorithm>
+
+#include "depth/inference_timing.h"
+#include "depth/onnx_runtime_loader.h"
+#include "platform/stopwatch.h"
+#include "platform/utf8.h"
+
+ModelTiming TimeDepthModel(const std::string& tool_folder, const std::wstring& model_path,
+                           const std::string& display_name, std::int32_t width, std::int32_t height, int runs,
+                           int gpu_index) {
+    const std::wstring full_path =
+        tool_folder.empty() ? model_path : WideFromUtf8(tool_folder) + L'\\' + model_path;
+    ModelTiming timing;
+    timing.name = display_name.empty() ? "custom" : display_name;
+    timing.path_tried = Utf8FromWide(full_path);
+    timing.width = width;
+    timing.height = height;
+    if (GetFileAttributesW(full_path.c_str()) == INVALID_FILE_ATTRIBUTES) {
+        timing.error = "model file not found";
+        return timing;
+    }
+
+    const InferenceRequest request = {full_path, IsHalfPrecisionModel(model_path), runs,
+                                      std::max(0, gpu_index)};
+    AttemptTiming(timing, [&] {
+        const DelayLoadGuard guard;
+        MeasureInference(LoadedOnnxRuntime(), request, {PerformanceTicks, PerformanceFrequency()}, timing);
+    });
+    return timing;
+}
