@@ -44,10 +44,13 @@ Function EntryByOrdinal(HMODULE module, WORD ordinal) {
 /// none lies beside the executable, so the message says which one this is.
 const OrtApi* ApiTable(HMODULE module) {
     const auto get_api_base = EntryByOrdinal<GetApiBase>(module, kGetApiBaseOrdinal);
-    const OrtApiBase* const base = get_api_base == nullptr ? nullptr : get_api_base();
-    if (base == nullptr) {
+    if (get_api_base == nullptr) {
         throw Ort::Exception(FormatText("%s has no OrtGetApiBase at ordinal %d", ModulePath(module).c_str(),
                                         kGetApiBaseOrdinal));
+    }
+    const OrtApiBase* const base = get_api_base();
+    if (base == nullptr) {
+        throw Ort::Exception(FormatText("OrtGetApiBase of %s answers nothing", ModulePath(module).c_str()));
     }
     const OrtApi* const api = base->GetApi(kApiVersion);
     if (api == nullptr) {

@@ -10,6 +10,7 @@
 #include "tools/vistrel_diag/benchmark_device.h"
 #include "tools/vistrel_diag/capture_section.h"
 #include "tools/vistrel_diag/console.h"
+#include "tools/vistrel_diag/depth_section.h"
 #include "tools/vistrel_diag/gpu_section.h"
 #include "tools/vistrel_diag/machine_section.h"
 #include "tools/vistrel_diag/report.h"
@@ -41,6 +42,14 @@ void MeasurePartOne(const RunOptions& options, const BenchmarkDevice& benchmark,
     const CaptureMeasurement capture =
         ReportCaptureSection(benchmark.device.Get(), benchmark.context.Get(), options.capture_seconds);
     verdict.desktop_fps = capture.ok ? FramesPerSecond(capture) : 0.0;
+}
+
+void MeasureDepthModel(const RunOptions& options, const std::string& tool_folder, int gpu_index,
+                       VerdictInput& verdict) {
+    const ModelTiming configured = ReportDepthModelSection(tool_folder, options.run_models, gpu_index);
+    if (configured.ok) {
+        verdict.model_milliseconds = configured.median_ms;
+    }
 }
 
 void ReportPartTwo(const RunOptions& options, const BenchmarkDevice& benchmark, VerdictInput& verdict) {
@@ -79,6 +88,7 @@ void CarryOutRun(const RunOptions& options) {
     if (benchmark.device) {
         MeasurePartOne(options, benchmark, verdict);
     }
+    MeasureDepthModel(options, tool_folder, benchmark.gpu.index, verdict);
     if (!options.quick) {
         OfferPartTwo(options, benchmark, verdict);
     }
