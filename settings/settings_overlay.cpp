@@ -1,0 +1,78 @@
+#include "settings/settings_overlay.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <limits>
+#include <nlohmann/json.hpp>
+#include <type_traits>
+
+namespace {
+
+std::int32_t NearestInt(double number) {
+    using Limits = std::numeric_limits<std::int32_t>;
+    if (std::isnan(number)) {
+        return 0;
+    }
+    return static_cast<std::int32_t>(std::clamp<double>(number, Limits::min(), Limits::max()));
+}
+
+float NearestFloat(double number) {
+    using Limits = std::numeric_limits<float>;
+    return static_cast<float>(std::clamp<double>(number, Limits::lowest(), Limits::max()));
+}
+
+/// Numbers that a field may be too narrow for are converted here, where the library's plain cast would be
+/// undefined; all else, complaints included, is the library's.
+template <typename Field>
+void Overlay(const nlohmann::json& file, const char* key, Field& field) {
+    const auto found = file.find(key);
+    if (found != file.end()) {
+        if constexpr (std::is_same_v<Field, std::int32_t>) {
+            if (found->is_number()) {
+                field = NearestInt(found->template get<double>());
+                return;
+            }
+        }
+        if constexpr (std::is_same_v<Field, float>) {
+            if (found->is_number_float()) {
+                field = NearestFloat(found->template get<double>());
+                return;
+            }
+        }
+    }
+    field = file.value(key, field);
+}
+
+}  // namespace
+
+void OverlaySettings(std::istream& file, DiagSettings& settings) {
+    nlohmann::json keys;
+    file >> keys;
+    // In the product's order: the first wrong value ends the overlay and the keys before it count.
+    Overlay(keys, "vistrel_image_algo", settings.image_algo);
+    Overlay(keys, "vistrel_scale", settings.scale);
+    Overlay(keys, "vistrel_f3d_search_steps", settings.f3d_search_steps);
+    Overlay(keys, "vistrel_f3d_separation_pct", settings.f3d_separation_pct);
+    Overlay(keys, "vistrel_f3d_depth_strength", settings.f3d_depth_strength);
+    Overlay(keys, "vistrel_f3d_screen_depth", settings.f3d_screen_depth);
+    Overlay(keys, "vistrel_f3d_popout_limit", settings.f3d_popout_limit);
+    Overlay(keys, "vistrel_f3d_eye_balance", settings.f3d_eye_balance);
+    Overlay(keys, "vistrel_f3d_edge_magnet", settings.f3d_edge_magnet);
+    Overlay(keys, "vistrel_f3d_fill_smooth", settings.f3d_fill_smooth);
+    Overlay(keys, "vistrel_f3d_debug_stage", settings.f3d_debug_stage);
+    Overlay(keys, "vistrel_depth_model_quality", settings.depth_model_quality);
+    Overlay(keys, "vistrel_ai_resolution", settings.ai_resolution);
+    Overlay(keys, "vistrel_ai_fps_limit", settings.ai_fps_limit);
+    Overlay(keys, "vistrel_ai_fps_auto", settings.ai_fps_auto);
+    Overlay(keys, "vistrel_depth_mode", settings.depth_mode);
+    Overlay(keys, "vistrel_reshade_enabled", settings.reshade_enabled);
+    Overlay(keys, "vistrel_reshade_depth_invert", settings.reshade_depth_invert);
+    Overlay(keys, "vistrel_pseudo_3d", settings.pseudo_3d);
+    Overlay(keys, "vistrel_cinema_mode", settings.cinema_mode);
+    Overlay(keys, "vistrel_optical_flow", settings.optical_flow);
+    Overlay(keys, "vistrel_fsr3", settings.fsr3);
+    Overlay(keys, "vistrel_gpu_frame_wait", settings.gpu_frame_wait);
+    Overlay(keys, "vistrel_screen_shape", settings.screen_shape);
+    Overlay(keys, "vistrel_depth_edge_restore", settings.depth_edge_restore);
+}
