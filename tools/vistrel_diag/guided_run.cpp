@@ -7,14 +7,17 @@
 
 #include "platform/luid.h"
 #include "platform/module_folder.h"
+#include "settings/settings_file.h"
 #include "tools/vistrel_diag/benchmark_device.h"
 #include "tools/vistrel_diag/capture_section.h"
 #include "tools/vistrel_diag/console.h"
 #include "tools/vistrel_diag/depth_section.h"
 #include "tools/vistrel_diag/gpu_section.h"
 #include "tools/vistrel_diag/machine_section.h"
+#include "tools/vistrel_diag/product_log_section.h"
 #include "tools/vistrel_diag/report.h"
 #include "tools/vistrel_diag/run_texts.h"
+#include "tools/vistrel_diag/settings_section.h"
 #include "tools/vistrel_diag/verdict.h"
 
 namespace {
@@ -30,10 +33,14 @@ void Begin(const RunOptions& options, const std::string& tool_folder) {
 
 /// The machine, the product's settings and the headset. Returns the adapter that the OpenXR runtime requires,
 /// if it names one.
-std::optional<AdapterLuid> ReportPartOne() {
+std::optional<AdapterLuid> ReportPartOne(const std::string& tool_folder) {
     Report::Section("PART 1 - BASELINE, NOTHING ELSE RUNNING");
     ReportMachineSection();
     ReportGpuSection();
+    LoadProductSettings(tool_folder);  // The sections tell what became of it.
+    ReportSettingsInEffect();
+    ReportSettingsVerbatim();
+    ReportProductLog();
     return std::nullopt;
 }
 
@@ -83,7 +90,7 @@ void CarryOutRun(const RunOptions& options) {
 
     VerdictInput verdict;
     verdict.refresh_hz = options.refresh_hz;
-    const std::optional<AdapterLuid> required_adapter = ReportPartOne();
+    const std::optional<AdapterLuid> required_adapter = ReportPartOne(tool_folder);
     const BenchmarkDevice benchmark = ReportBenchmarkSetup(required_adapter);
     if (benchmark.device) {
         MeasurePartOne(options, benchmark, verdict);
