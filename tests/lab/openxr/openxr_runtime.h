@@ -1,0 +1,50 @@
+// What the parts of the scripted OpenXR runtime share.
+#pragma once
+
+#include <windows.h>
+
+#include <unknwn.h>
+
+#include <d3d11.h>
+
+#define XR_USE_PLATFORM_WIN32
+#define XR_USE_GRAPHICS_API_D3D11
+#include <openxr/openxr.h>
+#include <openxr/openxr_platform.h>
+
+#include <string>
+
+#include "tests/lab/openxr/openxr_script.h"
+
+/// The script of the instance that lives, or of the next one.
+const OpenXrScript& CurrentScript();
+
+/// Reads the script named by VISTREL_LAB_OPENXR anew.
+void LoadScript();
+
+/// Adds a line to the file named by VISTREL_LAB_OPENXR_LOG.
+void LogCall(const std::string& line);
+
+/// Notes a caller's mistake as a line that begins with "WRONG". Returns `right`.
+bool Expect(bool right, const std::string& what);
+
+/// Looks up what a runtime offers once it has an instance. Null when there is no such function.
+PFN_xrVoidFunction FindInstanceFunction(const std::string& name);
+PFN_xrVoidFunction FindSessionFunction(const std::string& name);
+
+/// Forgets everything about sessions; for a new instance.
+void ResetSession();
+
+/// Notes that the graphics requirements were asked for, which a session needs.
+void NoteRequirementsCall();
+
+/// A handle that stands for the `number`th object of its kind.
+template <typename Handle>
+Handle MakeHandle(std::uintptr_t number) {
+    return reinterpret_cast<Handle>(number);
+}
+
+inline const XrInstance kInstance = MakeHandle<XrInstance>(0x1000);
+
+/// Whether `extension` was enabled for the instance.
+bool ExtensionEnabled(const std::string& extension);
