@@ -1,0 +1,306 @@
+#include "tools/vistrel_diag/hand_tracking_probe.h"
+
+#include <d3d11.h>
+#include <gmock/gmock.h>
+#include <wrl/client.h>
+
+#include <cmath>
+#include <limits>
+#include <regex>
+#include <string>
+
+#include "platform/stopwatch.h"
+#include "tests/lab/openxr/openxr_lab.h"
+#include "tests/unit/report_capture.h"
+
+namespace {
+
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+
+const std::string kHeader = "\n== HAND TRACKING (bare hand vs controller) =======================\n";
+const std::string kBothPresent =
+    "XR_EXT_hand_tracking             : present\n"
+    "XR_EXT_hand_tracking_data_source : present\n";
+const std::string kCleanUp =
+    "xrDestroyHandTrackerEXT left\n"
+    "xrDestroyHandTrackerEXT right\n"
+    "xrDestroySpace\n"
+    "xrDestroySession\n"
+    "xrDestroyInstance\n"
+    "unloaded\n";
+
+ID3D11Device* Device() {
+    static const Microsoft::WRL::ComPtr<ID3D11Device> device = [] {
+        Microsoft::WRL::ComPtr<ID3D11Device> made;
+        D3D11CreateDevice(nullptr, D3D_DRIVER_TYPE_HARDWARE, nullptr, 0, nullptr, 0, D3D11_SDK_VERSION, &made,
+                          nullptr, nullptr);
+        return made;
+    }();
+    return device.Get();
+}
+
+struct Probed {
+    std::string report;
+    std::string log;
+    double seconds = 0.0;
+    int waits = 0;  ///< for frames
+};
+
+/// Watches for `seconds` in front of `lab`'s runtime.
+Probed Probe(const OpenXrLab& lab, const std::string& script, double seconds = 12.0) {
+    lab.SetScript(script);
+    const ReportCapture report;
+    const Stopwatch stopwatch;
+    ProbeHandTracking(Device(), seconds);
+    Probed probed = {report.Text(), lab.Log(), stopwatch.Seconds()};
+    // Taken out, because how many frames there were is the machine's affair.
+    static const std::regex waits("frames waited for: ([0-9]+)\n");
+    if (std::smatch match; std::regex_search(probed.log, match, waits)) {
+        probed.waits = std::stoi(match[1]);
+        probed.log = std::regex_replace(probed.log, waits, "");
+    }
+    EXPECT_THAT(probed.log, Not(HasSubstr("WRONG")));
+    EXPECT_EQ(GetModuleHandleW(L"openxr_loader.dll"), nullptr);
+    return probed;
+}
+
+TEST(HandTrackingProbe, WithoutDevice) {
+    const OpenXrLab lab(LabLoader::StandIn);
+    const ReportCapture report;
+    ProbeHandTracking(nullptr, 12.0);
+    EXPECT_EQ(report.Text(), kHeader + "No D3D11 device - cannot open a session, hand probe skipped.\n");
+    EXPECT_EQ(lab.Log(), "");
+}
+
+TEST(HandTrackingProbe, WithoutLoader) {
+    const OpenXrLab lab(LabLoader::None);
+    EXPECT_EQ(Probe(lab, "").report, kHeader + "openxr_loader.dll not found - hand probe skipped.\n");
+}
+
+class ProbeWithLoaderWithout : public testing::TestWithParam<LabLoader> {};
+
+TEST_P(ProbeWithLoaderWithout, AnEntryPoint) {
+    const OpenXrLab lab(GetParam());
+    const Probed probed = Probe(lab, "");
+    EXPECT_EQ(probed.report, kHeader + "openxr_loader.dll missing entry points - hand probe skipped.\n");
+    EXPECT_EQ(probed.log, "loaded, XR_LOADER_DEBUG=none\nunloaded\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(HandTrackingProbe, ProbeWithLoaderWithout,
+                         testing::Values(LabLoader::WithoutExports, LabLoader::WithoutCreate,
+                                         LabLoader::WithoutFind, LabLoader::WithoutEnumerate));
+
+TEST(HandTrackingProbe, GenuineLoaderWithoutRuntime) {
+    const OpenXrLab lab(LabLoader::Genuine, false);
+    EXPECT_EQ(Probe(lab, "").report, kHeader +
+                                         "XR_EXT_hand_tracking             : ABSENT\n"
+                                         "XR_EXT_hand_tracking_data_source : ABSENT\n"
+                                         "Without hand tracking this runtime cannot report hands at all - "
+                                         "nothing to probe. (Bare WMR/G2 lands here.)\n");
+}
+
+/// What holds behind the genuine loader, and behind the stand-in that shows the same runtime without it.
+class HandTrackingProbeBehind : public testing::TestWithParam<LabLoader> {
+  protected:
+    const OpenXrLab lab_{GetParam()};
+};
+
+INSTANTIATE_TEST_SUITE_P(Loaders, HandTrackingProbeBehind,
+                         testing::Values(LabLoader::Genuine, LabLoader::StandIn));
+
+TEST_P(HandTrackingProbeBehind, EndsAsPromised) {
+    const Probed probed = Probe(lab_, "event 0 ready\nevent 5 exiting\nhand left 0 bare\n");
+    EXPECT_THAT(probed.log, HasSubstr(R"(
+xrCreateInstance vistrel_diag 1.0.34 XR_KHR_D3D11_enable XR_EXT_hand_tracking XR_EXT_hand_tracking_data_source
+xrGetSystem
+xrGetD3D11GraphicsRequirementsKHR
+xrCreateSession
+xrCreateReferenceSpace
+xrCreateHandTrackerEXT left 1 2
+xrCreateHandTrackerEXT right 1 2
+xrBeginSession
+xrWaitFrame
+xrBeginFrame
+xrLocateHandJointsEXT left
+xrLocateHandJointsEXT right
+xrEndFrame
+)" + kCleanUp));
+    EXPECT_THAT(probed.log, EndsWith(kCleanUp));
+}
+
+TEST_P(HandTrackingProbeBehind, WithoutDataSourceNothingOfItIsAskedFor) {
+    const Probed probed = Probe(lab_,
+                                "extensions XR_KHR_D3D11_enable XR_EXT_hand_tracking\n"
+                                "event 0 ready\nevent 5 exiting\n");
+    EXPECT_THAT(probed.log,
+                HasSubstr("xrCreateInstance vistrel_diag 1.0.34 XR_KHR_D3D11_enable XR_EXT_hand_tracking\n"));
+    EXPECT_THAT(probed.log, HasSubstr("xrCreateHandTrackerEXT left\nxrCreateHandTrackerEXT right\n"));
+    EXPECT_THAT(probed.log, EndsWith(kCleanUp));
+}
+
+TEST_P(HandTrackingProbeBehind, InstanceRefused) {
+    EXPECT_EQ(Probe(lab_, "result xrCreateInstance -2").report,
+              kHeader + kBothPresent + "No runtime accepted an instance (SteamVR not running?) - skipped.\n");
+}
+
+TEST_P(HandTrackingProbeBehind, NoHeadset) {
+    for (const char* script : {"result xrGetSystem -35", "system 0"}) {
+        const Probed probed = Probe(lab_, script);
+        EXPECT_EQ(probed.report,
+                  kHeader + kBothPresent + "Runtime reports no headset right now - put it on and re-run.\n");
+        EXPECT_THAT(probed.log, EndsWith("xrGetSystem\nxrDestroyInstance\nunloaded\n"));
+    }
+}
+
+TEST_P(HandTrackingProbeBehind, SessionRefusedOrNull) {
+    for (const char* script : {"result xrCreateSession -38", "null xrCreateSession"}) {
+        const Probed probed = Probe(lab_, script);
+        EXPECT_EQ(probed.report,
+                  kHeader + kBothPresent +
+                      "Could not create a session (another VR app holding the scene?) - skipped.\n");
+        EXPECT_THAT(probed.log, EndsWith("xrCreateSession\nxrDestroyInstance\nunloaded\n"));
+    }
+}
+
+TEST_P(HandTrackingProbeBehind, EachRequiredFunctionMissing) {
+    for (const char* function :
+         {"xrGetSystem", "xrCreateSession", "xrCreateReferenceSpace", "xrPollEvent", "xrBeginSession",
+          "xrWaitFrame", "xrBeginFrame", "xrEndFrame", "xrCreateHandTrackerEXT", "xrLocateHandJointsEXT"}) {
+        SCOPED_TRACE(function);
+        const Probed probed = Probe(lab_, std::string("missing ") + function);
+        EXPECT_EQ(probed.report,
+                  kHeader + kBothPresent + "Runtime is missing functions this probe needs - skipped.\n");
+        EXPECT_THAT(probed.log, EndsWith("xrDestroyInstance\nunloaded\n"));
+    }
+}
+
+TEST_P(HandTrackingProbeBehind, EachOtherFunctionMissing) {
+    for (const char* function : {"xrGetD3D11GraphicsRequirementsKHR", "xrDestroySession", "xrDestroySpace",
+                                 "xrEndSession", "xrDestroyHandTrackerEXT"}) {
+        SCOPED_TRACE(function);
+        const Probed probed = Probe(lab_, std::string("missing ") + function +
+                                              "\nhand left 0 bare\nevent 0 ready\nevent 5 stopping\n"
+                                              "event 10 exiting\n");
+        EXPECT_THAT(probed.report, HasSubstr("  hand L: tracked=yes, saw UNOBSTRUCTED\n"));
+        EXPECT_THAT(probed.log, Not(HasSubstr(function)));
+        EXPECT_THAT(probed.log, EndsWith("xrDestroyInstance\nunloaded\n"));
+    }
+}
+
+TEST(HandTrackingProbe, WithoutDestroyInstance) {
+    const OpenXrLab lab(LabLoader::StandIn);  // The genuine loader brings a function of its own.
+    const Probed probed = Probe(lab, "missing xrDestroyInstance\nevent 0 exiting");
+    EXPECT_THAT(probed.log, EndsWith("xrDestroySession\nunloaded\n"));
+}
+
+TEST(HandTrackingProbe, InstanceThatIsNone) {
+    const OpenXrLab lab(LabLoader::StandIn);
+    EXPECT_THAT(Probe(lab, "null xrCreateInstance").report,
+                EndsWith("No runtime accepted an instance (SteamVR not running?) - skipped.\n"));
+}
+
+TEST(HandTrackingProbe, ExtensionsThatCannotBeListed) {
+    const OpenXrLab lab(LabLoader::StandIn);
+    for (const char* script : {"result xrEnumerateInstanceExtensionProperties -2", "extensions",
+                               "grow extensions 1", "unterminated extensions", "claim extensions 0"}) {
+        SCOPED_TRACE(script);
+        EXPECT_THAT(Probe(lab, script).report, HasSubstr("XR_EXT_hand_tracking             : ABSENT\n"
+                                                         "XR_EXT_hand_tracking_data_source : ABSENT\n"));
+    }
+}
+
+TEST(HandTrackingProbe, MillionsOfExtensionsAreNotBelieved) {
+    const OpenXrLab lab(LabLoader::StandIn);
+    EXPECT_THAT(Probe(lab, "claim extensions 4294967295\nevent 0 exiting").report, HasSubstr(kBothPresent));
+    EXPECT_THAT(Probe(lab, "claim extensions 5000000\ngrow extensions 4999990").report,
+                HasSubstr("XR_EXT_hand_tracking             : ABSENT\n"));
+}
+
+TEST_P(HandTrackingProbeBehind, FailingWaitsTakeNoLongerThanTheWatchAndDoNotSpin) {
+    const Probed probed = Probe(lab_, "result xrWaitFrame -2\nevent 0 ready\nhand left 0 bare", 0.6);
+    EXPECT_GE(probed.seconds, 0.6);
+    EXPECT_LT(probed.seconds, 5.0);
+    EXPECT_GT(probed.waits, 1);
+    EXPECT_LE(probed.waits, 61);  // One each 10 ms.
+    EXPECT_THAT(probed.report, HasSubstr("\n\nSummary:\n  hand L: tracked=no\n  hand R: tracked=no\n"));
+    EXPECT_THAT(probed.log, Not(HasSubstr("xrBeginFrame")));
+}
+
+TEST_P(HandTrackingProbeBehind, EventsWithoutEndTakeNoLongerThanTheWatch) {
+    const Probed probed = Probe(lab_, "endless_events\nevent 0 ready\nhand left 0 bare", 0.3);
+    EXPECT_GE(probed.seconds, 0.3);
+    EXPECT_LT(probed.seconds, 5.0);
+    EXPECT_THAT(probed.log, EndsWith(kCleanUp));
+}
+
+TEST_P(HandTrackingProbeBehind, NeverReadyOrDeafTakesAsLongAsTheWatch) {
+    for (const char* script :
+         {"event 0 idle", "result xrPollEvent -2", "result xrBeginSession -2\nevent 0 ready"}) {
+        SCOPED_TRACE(script);
+        const Probed probed = Probe(lab_, script, 0.3);
+        EXPECT_GE(probed.seconds, 0.3);
+        EXPECT_LT(probed.seconds, 5.0);
+        EXPECT_EQ(probed.waits, 0);
+        EXPECT_THAT(probed.report, HasSubstr("the source below should flip.\n\n\nSummary:\n"));
+    }
+}
+
+TEST_P(HandTrackingProbeBehind, ASessionThatDoesNotBeginIsTriedAgain) {
+    const Probed probed =
+        Probe(lab_, "result xrBeginSession -2\nevent 0 ready\nevent 2 ready\nevent 4 exiting");
+    EXPECT_THAT(probed.log, HasSubstr("xrBeginSession\nxrBeginSession\n"));
+}
+
+TEST_P(HandTrackingProbeBehind, ReadyTwiceBeginsOnce) {
+    const Probed probed = Probe(lab_, "event 0 ready\nevent 2 ready\nevent 4 exiting");
+    EXPECT_EQ(probed.log.find("xrBeginSession"), probed.log.rfind("xrBeginSession"));
+    EXPECT_THAT(probed.log, HasSubstr("xrBeginSession"));
+}
+
+TEST_P(HandTrackingProbeBehind, NoTimeToWatch) {
+    for (const double seconds : {0.0, -1.0, std::nan(""), std::numeric_limits<double>::infinity()}) {
+        SCOPED_TRACE(seconds);
+        const Probed probed = Probe(lab_, "event 0 ready\nhand left 0 bare", seconds);
+        EXPECT_THAT(probed.report,
+                    HasSubstr("the source below should flip.\n\n\nSummary:\n  hand L: tracked=no\n"));
+        EXPECT_THAT(probed.log, Not(HasSubstr("xrBeginSession")));
+        EXPECT_THAT(probed.log, EndsWith(kCleanUp));
+    }
+}
+
+TEST_P(HandTrackingProbeBehind, OneTrackerIsDestroyedWhereThereIsOne) {
+    const Probed probed =
+        Probe(lab_, "result xrCreateHandTrackerEXT:left -1\nevent 0 ready\nevent 9 exiting");
+    EXPECT_THAT(probed.log, Not(HasSubstr("xrLocateHandJointsEXT left")));
+    EXPECT_THAT(probed.log, EndsWith("xrEndFrame\n"
+                                     "xrDestroyHandTrackerEXT right\n"
+                                     "xrDestroySpace\nxrDestroySession\nxrDestroyInstance\nunloaded\n"));
+}
+
+/// A script of tests/lab/openxr/probes with the report that belongs to it.
+class HandTrackingGolden : public testing::TestWithParam<std::tuple<LabLoader, std::string>> {};
+
+TEST_P(HandTrackingGolden, Report) {
+    const auto& [loader, scenario] = GetParam();
+    const OpenXrLab lab(loader);
+    const std::string file = "tests/lab/openxr/probes/" + scenario;
+    const Probed probed = Probe(lab, ReadSourceFile(file + ".txt"));
+    EXPECT_EQ(probed.report, ReadSourceFile(file + ".report"));
+    EXPECT_LT(probed.seconds, 11.0);  // The scripts end the session long before the watch does.
+}
+
+INSTANTIATE_TEST_SUITE_P(Scenarios, HandTrackingGolden,
+                         testing::Combine(testing::Values(LabLoader::Genuine, LabLoader::StandIn),
+                                          testing::Values("controller_to_bare", "no_data_source",
+                                                          "no_hand_tracking", "silent_source", "never_ready",
+                                                          "session_refused", "ready_again", "one_tracker",
+                                                          "no_space")),
+                         [](const auto& instance) {
+                             return std::get<1>(instance.param) +
+                                    (std::get<0>(instance.param) == LabLoader::Genuine ? "_genuine"
+                                                                                       : "_stand_in");
+                         });
+
+}  // namespace

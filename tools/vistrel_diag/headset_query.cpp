@@ -1,0 +1,105 @@
+#include <algorithm>
+#include <vector>
+
+#include "tools/vistrel_diag/headset_section.h"
+#include "tools/vistrel_diag/openxr_loader.h"
+#include "tools/vistrel_diag/openxr_reading.h"
+
+namespace {
+
+struct QueryFunctions {
+    PFN_xrGetInstanceProperties get_properties;
+    PFN_xrGetSystem get_system;
+    PFN_xrEnumerateViewConfigurationViews enumerate_views;
+    PFN_xrDestroyInstance destroy_instance;
+    PFN_xrGetD3D11GraphicsRequirementsKHR get_requirements;
+};
+
+QueryFunctions FindQueryFunctions(PFN_xrGetInstanceProcAddr get_function, XrInstance instance) {
+    const auto find = [&]<typename Function>(Function& function, const char* name) {
+        function = FindOpenXrFunction<Function>(get_function, instance, name);
+    };
+    QueryFunctions xr = {};
+    find(xr.get_properties, "xrGetInstanceProperties");
+    find(xr.get_system, "xrGetSystem");
+    find(xr.enumerate_views, "xrEnumerateViewConfigurationViews");
+    find(xr.destroy_instance, "xrDestroyInstance");
+    find(xr.get_requirements, "xrGetD3D11GraphicsRequirementsKHR");
+    return xr;
+}
+
+void ReadRuntime(const QueryFunctions& xr, XrInstance instance, HeadsetQuery& query) {
+    auto properties = OpenXrStructure<XrInstanceProperties>(XR_TYPE_INSTANCE_PROPERTIES);
+    if (xr.get_properties != nullptr && XR_SUCCEEDED(xr.get_properties(instance, &properties))) {
+        query.runtime = OpenXrRuntimeText(OpenXrName(properties.runtimeName), properties.runtimeVersion);
+    }
+}
+
+void ReadEyeSize(const QueryFunctions& xr, XrInstance instance, XrSystemId system, HeadsetQuery& query) {
+    if (xr.enumerate_views == nullptr) {
+        return;
+    }
+    const std::vector<XrViewConfigurationView> views = EnumerateOpenXr(
+        OpenXrStructure<XrViewConfigurationView>(XR_TYPE_VIEW_CONFIGURATION_VIEW),
+        [&](std::uint32_t capacity, std::uint32_t* count, XrViewConfigurationView* elements) {
+            return xr.enumerate_views(instance, system, XR_VIEW_CONFIGURATION_TYPE_PRIMARY_STEREO, capacity,
+                                      count, elements);
+        });
+    if (!views.empty()) {
+        query.eye_width = views.front().recommendedImageRectWidth;
+        query.eye_height = views.front().recommendedImageRectHeight;
+    }
+}
+
+void ReadRequiredAdapter(const QueryFunctions& xr, XrInstance instance, XrSystemId system,
+                         HeadsetQuery& query) {
+    auto requirements =
+        OpenXrStructure<XrGraphicsRequirementsD3D11KHR>(XR_TYPE_GRAPHICS_REQUIREMENTS_D3D11_KHR);
+    if (xr.get_requirements != nullptr &&
+        XR_SUCCEEDED(xr.get_requirements(instance, system, &requirements))) {
+        query.adapter_luid = {requirements.adapterLuid.LowPart, requirements.adapterLuid.HighPart};
+        query.luid_known = true;
+    }
+}
+
+void ReadHeadset(const QueryFunctions& xr, XrInstance instance, HeadsetQuery& query) {
+    const XrSystemId system =
+        xr.get_system != nullptr ? FindHeadMountedDisplay(xr.get_system, instance) : XR_NULL_SYSTEM_ID;
+    if (system == XR_NULL_SYSTEM_ID) {
+        query.message =
+            "A runtime is installed but reports no headset right now. Eye resolution and required GPU "
+            "unavailable.";
+        return;
+    }
+    ReadEyeSize(xr, instance, system, query);
+    ReadRequiredAdapter(xr, instance, system, query);
+    query.headset_found = true;
+}
+
+}  // namespace
+
+HeadsetQuery QueryOpenXrHeadset() {
+    HeadsetQuery query;
+    OpenXrLoader loader;
+    if (!loader) {
+        query.message = "openxr_loader.dll not found next to this exe - OpenXR skipped.";
+        return query;
+    }
+    loader.StayLoaded();
+    const auto create_instance = loader.EntryPoint<PFN_xrCreateInstance>("xrCreateInstance");
+    const auto get_function = loader.EntryPoint<PFN_xrGetInstanceProcAddr>("xrGetInstanceProcAddr");
+    if (create_instance == nullptr || get_function == nullptr) {
+        query.message = "openxr_loader.dll is missing its entry points - OpenXR skipped.";
+        return query;
+    }
+    const XrInstance instance = CreateOpenXrInstance(create_instance, {XR_KHR_D3D11_ENABLE_EXTENSION_NAME});
+    if (instance == XR_NULL_HANDLE) {
+        query.message = "No OpenXR runtime accepted an instance (SteamVR not running?) - OpenXR skipped.";
+        return query;
+    }
+    const QueryFunctions xr = FindQueryFunctions(get_function, instance);
+    const OpenXrOwned<XrInstance> owner(instance, xr.destroy_instance);
+    ReadRuntime(xr, instance, query);
+    ReadHeadset(xr, instance, query);
+    return query;
+}

@@ -1,0 +1,63 @@
+#include "tools/vistrel_diag/openxr_loader.h"
+
+#include <algorithm>
+#include <string_view>
+
+namespace {
+
+constexpr std::string_view kApplicationName = "vistrel_diag";
+
+/// A file that is no DLL makes Windows ask the person in a message box; while this lives, the call only
+/// fails.
+class QuietErrors {
+  public:
+    QuietErrors() { SetThreadErrorMode(SEM_FAILCRITICALERRORS, &previous_mode_); }
+    QuietErrors(const QuietErrors&) = delete;
+    QuietErrors& operator=(const QuietErrors&) = delete;
+    ~QuietErrors() { SetThreadErrorMode(previous_mode_, nullptr); }
+
+  private:
+    DWORD previous_mode_ = 0;
+};
+
+}  // namespace
+
+OpenXrLoader::OpenXrLoader() {
+    SetEnvironmentVariableW(L"XR_LOADER_DEBUG", L"none");
+    const QuietErrors quiet;
+    library_ = UniqueHandle<LibraryTraits>(LoadLibraryW(L"openxr_loader.dll"));
+}
+
+void OpenXrLoader::StayLoaded() {
+    // Takes a reference of its own, which is never given back.
+    HMODULE kept = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<LPCWSTR>(library_.get()),
+                       &kept);
+}
+
+XrInstance CreateOpenXrInstance(PFN_xrCreateInstance create_instance,
+                                std::initializer_list<const char*> extensions) {
+    auto info = OpenXrStructure<XrInstanceCreateInfo>(XR_TYPE_INSTANCE_CREATE_INFO);
+    const std::size_t length =
+        std::min(kApplicationName.size(), sizeof(info.applicationInfo.applicationName) - 1);
+    std::copy_n(kApplicationName.begin(), length, info.applicationInfo.applicationName);
+    info.applicationInfo.apiVersion = XR_MAKE_VERSION(1, 0, 34);
+    info.enabledExtensionCount = static_cast<std::uint32_t>(extensions.size());
+    info.enabledExtensionNames = extensions.begin();
+
+    XrInstance instance = XR_NULL_HANDLE;
+    if (XR_FAILED(create_instance(&info, &instance))) {
+        return XR_NULL_HANDLE;
+    }
+    return instance;
+}
+
+XrSystemId FindHeadMountedDisplay(PFN_xrGetSystem get_system, XrInstance instance) {
+    auto info = OpenXrStructure<XrSystemGetInfo>(XR_TYPE_SYSTEM_GET_INFO);
+    info.formFactor = XR_FORM_FACTOR_HEAD_MOUNTED_DISPLAY;
+    XrSystemId system = XR_NULL_SYSTEM_ID;
+    if (XR_FAILED(get_system(instance, &info, &system))) {
+        return XR_NULL_SYSTEM_ID;
+    }
+    return system;
+}

@@ -1,0 +1,100 @@
+// The OpenXR loader, found at run time: the tool links no OpenXR library, so that it runs where there is
+// none.
+#pragma once
+
+#include <windows.h>
+
+#include <unknwn.h>
+
+#include <d3d11.h>
+
+#define XR_USE_PLATFORM_WIN32
+#define XR_USE_GRAPHICS_API_D3D11
+#include <openxr/openxr.h>
+#include <openxr/openxr_platform.h>
+
+#include <initializer_list>
+#include <utility>
+
+#include "platform/unique_handle.h"
+
+struct LibraryTraits {
+    using Handle = HMODULE;
+    static Handle Invalid() { return nullptr; }
+    static void Close(Handle handle) { FreeLibrary(handle); }
+};
+
+/// "openxr_loader.dll", the copy in the executable's own folder before any other.
+class OpenXrLoader {
+  public:
+    /// Switches off the loader's diagnostics, which it would write into our console, for the rest of the
+    /// process, and loads it.
+    OpenXrLoader();
+
+    /// Whether it was found.
+    explicit operator bool() const { return static_cast<bool>(library_); }
+
+    /// A function that the loader exports; null when it does not.
+    template <typename Function>
+    Function EntryPoint(const char* name) const {
+        return reinterpret_cast<Function>(GetProcAddress(library_.get(), name));
+    }
+
+    /// The loader stays in the process when this object goes; without this it is unloaded.
+    void StayLoaded();
+
+  private:
+    UniqueHandle<LibraryTraits> library_;
+};
+
+/// An OpenXR structure of the given type with everything else zero.
+template <typename Structure>
+Structure OpenXrStructure(XrStructureType type) {
+    Structure structure = {};
+    structure.type = type;
+    return structure;
+}
+
+/// An instance of the application "vistrel_diag" for OpenXR 1.0.34; null when the loader or the runtime
+/// refuses. The caller destroys it.
+XrInstance CreateOpenXrInstance(PFN_xrCreateInstance create_instance,
+                                std::initializer_list<const char*> extensions);
+
+/// The head-mounted display; XR_NULL_SYSTEM_ID when the runtime has none right now.
+XrSystemId FindHeadMountedDisplay(PFN_xrGetSystem get_system, XrInstance instance);
+
+/// A function of the instance; null when neither the loader nor the runtime has it.
+template <typename Function>
+Function FindOpenXrFunction(PFN_xrGetInstanceProcAddr get_function, XrInstance instance, const char* name) {
+    PFN_xrVoidFunction found = nullptr;
+    if (XR_FAILED(get_function(instance, name, &found))) {
+        return nullptr;
+    }
+    return reinterpret_cast<Function>(found);
+}
+
+/// Owns one OpenXR handle. Where the runtime lacks the destroying function, the handle is left alone.
+template <typename Handle>
+class OpenXrOwned {
+  public:
+    using Destroy = XrResult(XRAPI_PTR*)(Handle);
+
+    OpenXrOwned(Handle handle, Destroy destroy) : handle_(handle), destroy_(destroy) {}
+    OpenXrOwned(OpenXrOwned&& other) noexcept
+        : handle_(std::exchange(other.handle_, Handle{})), destroy_(other.destroy_) {}
+    OpenXrOwned& operator=(OpenXrOwned&&) = delete;
+    OpenXrOwned(const OpenXrOwned&) = delete;
+    OpenXrOwned& operator=(const OpenXrOwned&) = delete;
+    ~OpenXrOwned() {
+        if (handle_ != Handle{} && destroy_ != nullptr) {
+            destroy_(handle_);
+        }
+    }
+
+    explicit operator bool() const { return handle_ != Handle{}; }
+    Handle get() const { return handle_; }
+
+  private:
+    Handle handle_;
+    Destroy destroy_;
+};
