@@ -1,0 +1,141 @@
+// Runs a program on a simulated machine:
+//
+//     vistrel_lab.exe SCENARIO PROGRAM [ARGUMENT ...]
+//
+// The program gets this one's console, input and current directory, and its exit code is handed on. What
+// prevents the run is said on the error stream, and the exit code is then 125.
+#include <windows.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <string>
+
+#include "platform/unique_handle.h"
+#include "tests/lab/launcher/command_line_text.h"
+#include "tests/lab/machine/scenario.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr int kCannotRun = 125;
+
+int Complain(const std::string& what) {
+    std::fprintf(stderr, "vistrel_lab: %s\n", what.c_str());
+    return kCannotRun;
+}
+
+struct KernelHandleTraits {
+    using Handle = HANDLE;
+    static Handle Invalid() { return nullptr; }
+    static void Close(Handle handle) { CloseHandle(handle); }
+};
+using KernelHandle = UniqueHandle<KernelHandleTraits>;
+
+/// What is wrong with the scenario; empty when nothing is.
+std::string ScenarioProblem(const fs::path& path) {
+    std::ifstream file(path);
+    if (!file) {
+        return "cannot open " + path.string();
+    }
+    try {
+        lab::ReadScenario(file);
+    } catch (const lab::ScenarioError& error) {
+        return path.string() + ", " + error.what();
+    }
+    return {};
+}
+
+fs::path MachineLibrary() {
+    std::wstring path(32768, L'\0');
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    return fs::path(path).parent_path() / L"vistrel_lab_machine.dll";
+}
+
+/// A job whose end, with this program's, ends the other one too.
+KernelHandle KillingJob() {
+    KernelHandle job(CreateJobObjectW(nullptr, nullptr));
+    JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
+    limits.BasicLimitInformation.LimitFlags = JOB_OBJECT_LIMIT_KILL_ON_JOB_CLOSE;
+    SetInformationJobObject(job.get(), JobObjectExtendedLimitInformation, &limits, sizeof(limits));
+    return job;
+}
+
+std::optional<PROCESS_INFORMATION> StartSuspended(std::wstring command_line) {
+    STARTUPINFOW startup = {};
+    startup.cb = sizeof(startup);
+    startup.dwFlags = STARTF_USESTDHANDLES;
+    startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
+    startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
+    startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+    PROCESS_INFORMATION process = {};
+    if (CreateProcessW(nullptr, command_line.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
+                       nullptr, &startup, &process) == FALSE) {
+        return {};
+    }
+    return process;
+}
+
+/// Whether the library came into the process and set itself up there.
+bool LoadLibraryInto(HANDLE process, const fs::path& library) {
+    const std::wstring path = library.wstring();
+    const std::size_t bytes = (path.size() + 1) * sizeof(wchar_t);
+    void* const remote_path =
+        VirtualAllocEx(process, nullptr, bytes, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
+    if (remote_path == nullptr ||
+        WriteProcessMemory(process, remote_path, path.c_str(), bytes, nullptr) == FALSE) {
+        return false;
+    }
+    // kernel32 lies at the same address in every process.
+    const auto load = reinterpret_cast<LPTHREAD_START_ROUTINE>(
+        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "LoadLibraryW"));
+    const KernelHandle thread(CreateRemoteThread(process, nullptr, 0, load, remote_path, 0, nullptr));
+    if (!thread) {
+        return false;
+    }
+    WaitForSingleObject(thread.get(), INFINITE);
+    DWORD loaded = 0;
+    GetExitCodeThread(thread.get(), &loaded);
+    VirtualFreeEx(process, remote_path, 0, MEM_RELEASE);
+    return loaded != 0;
+}
+
+int Run(const fs::path& scenario, const std::wstring& command_line) {
+    SetEnvironmentVariableW(L"VISTREL_LAB_SCENARIO", fs::absolute(scenario).c_str());
+    const std::optional<PROCESS_INFORMATION> started = StartSuspended(command_line);
+    if (!started) {
+        return Complain("the program cannot be started, error " + std::to_string(GetLastError()));
+    }
+    const KernelHandle process(started->hProcess);
+    const KernelHandle thread(started->hThread);
+    const KernelHandle job = KillingJob();
+    AssignProcessToJobObject(job.get(), process.get());
+    if (!LoadLibraryInto(process.get(), MachineLibrary())) {
+        TerminateProcess(process.get(), kCannotRun);
+        return Complain("the machine cannot be loaded into the program");
+    }
+    ResumeThread(thread.get());
+    WaitForSingleObject(process.get(), INFINITE);
+    DWORD exit_code = kCannotRun;
+    GetExitCodeProcess(process.get(), &exit_code);
+    return static_cast<int>(exit_code);
+}
+
+}  // namespace
+
+int wmain(int argument_count, wchar_t** arguments) {
+    if (argument_count < 3) {
+        return Complain("usage: vistrel_lab.exe SCENARIO PROGRAM [ARGUMENT ...]");
+    }
+    const fs::path scenario = arguments[1];
+    if (const std::string problem = ScenarioProblem(scenario); !problem.empty()) {
+        return Complain(problem);
+    }
+    std::wstring command_line;
+    for (int i = 2; i < argument_count; ++i) {
+        command_line += (command_line.empty() ? L"" : L" ") + lab::QuotedArgument(arguments[i]);
+    }
+    return Run(scenario, command_line);
+}

@@ -1,0 +1,31 @@
+// The machine's time: real, or scripted so that waits cost nothing and what a program times comes out the
+// same always.
+#pragma once
+
+#include <windows.h>
+
+#include <cstdint>
+
+namespace lab {
+
+/// Chooses the clock. Scripted time passes by waiting (Sleep, PassTime) and a little with every reading of
+/// the clock, so that a program which waits for a moment by reading on gets there.
+void StartClock(bool scripted);
+
+bool ClockIsScripted();
+
+/// Microseconds since some fixed moment.
+std::int64_t MachineTime();
+
+/// The value of the performance counter at this MachineTime.
+std::int64_t CounterAt(std::int64_t microseconds);
+
+/// Lets time pass: really, or in the script alone.
+void PassTime(std::int64_t microseconds);
+
+// What a program on a machine with a scripted clock gets in place of the functions of these names.
+BOOL WINAPI ScriptedQueryPerformanceCounter(LARGE_INTEGER* counter);
+ULONGLONG WINAPI ScriptedGetTickCount64();
+void WINAPI ScriptedSleep(DWORD milliseconds);
+
+}  // namespace lab

@@ -1,0 +1,58 @@
+// The machine as a DLL: sets itself up when it comes into a process and tells what it counted when the
+// process ends.
+#include <windows.h>
+
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "tests/lab/machine/import_patch.h"
+#include "tests/lab/machine/machine.h"
+#include "tests/lab/machine/statistics.h"
+
+namespace {
+
+std::wstring EnvironmentText(const wchar_t* name) {
+    std::wstring text(32768, L'\0');
+    text.resize(GetEnvironmentVariableW(name, text.data(), static_cast<DWORD>(text.size())));
+    return text;
+}
+
+bool SetUp() {
+    std::ifstream file{std::filesystem::path(EnvironmentText(L"VISTREL_LAB_SCENARIO"))};
+    if (!file) {
+        return false;
+    }
+    try {
+        lab::SetUpMachine(lab::ReadScenario(file));
+    } catch (const lab::ScenarioError&) {
+        return false;
+    }
+    lab::PatchProgramImports();
+    return true;
+}
+
+void WriteStatistics() {
+    const std::wstring path = EnvironmentText(L"VISTREL_LAB_STATISTICS");
+    if (path.empty()) {
+        return;
+    }
+    const std::string text = lab::StatisticsText();
+    HANDLE const file =
+        CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    DWORD written = 0;
+    WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
+    CloseHandle(file);
+}
+
+}  // namespace
+
+BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID) {
+    if (reason == DLL_PROCESS_ATTACH) {
+        return SetUp() ? TRUE : FALSE;
+    }
+    if (reason == DLL_PROCESS_DETACH) {
+        WriteStatistics();
+    }
+    return TRUE;
+}

@@ -1,0 +1,37 @@
+// The textures in which a simulated desktop is delivered.
+#pragma once
+
+#include <windows.h>
+// windows.h first
+#include <d3d11.h>
+#include <wrl/client.h>
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "tests/lab/machine/scenario.h"
+
+namespace lab {
+
+class FrameTextures {
+  public:
+    /// Makes them as the output at this position of the scenario is now, on the device that duplicates it.
+    HRESULT Create(std::size_t output, ID3D11Device* device);
+
+    /// The next image. The test picture lies ready, in an even and an odd form by turns; the real desktop is
+    /// read now.
+    Microsoft::WRL::ComPtr<ID3D11Texture2D> Next();
+
+    Size Dimensions() const { return size_; }
+    DXGI_FORMAT Format() const;
+
+  private:
+    std::size_t output_ = 0;
+    Size size_;
+    PixelFormat format_ = PixelFormat::kBgra;
+    std::array<Microsoft::WRL::ComPtr<ID3D11Texture2D>, 2> textures_;
+    std::int64_t delivered_ = 0;
+};
+
+}  // namespace lab

@@ -1,0 +1,108 @@
+#include "tests/lab/machine/import_patch.h"
+
+#include <windows.h>
+
+#include <cstring>
+#include <iterator>
+#include <string_view>
+
+#include "tests/lab/machine/adapters.h"
+#include "tests/lab/machine/clock.h"
+#include "tests/lab/machine/desktop_functions.h"
+#include "tests/lab/machine/devices.h"
+
+namespace lab {
+namespace {
+
+FARPROC WINAPI PatchedGetProcAddress(HMODULE module, LPCSTR name);
+
+struct Replacement {
+    std::string_view name;
+    FARPROC function;
+    bool of_time = false;
+};
+
+template <typename Function>
+FARPROC AsProc(Function* function) {
+    return reinterpret_cast<FARPROC>(function);
+}
+
+FARPROC ReplacementFor(std::string_view name) {
+    static const Replacement replacements[] = {
+        {"CreateDXGIFactory1", AsProc(&SimulatedCreateDXGIFactory1)},
+        {"D3D11CreateDevice", AsProc(&SimulatedD3D11CreateDevice)},
+        {"EnumDisplayDevicesW", AsProc(&SimulatedEnumDisplayDevicesW)},
+        {"EnumDisplaySettingsW", AsProc(&SimulatedEnumDisplaySettingsW)},
+        {"GetCursorInfo", AsProc(&SimulatedGetCursorInfo)},
+        {"GetProcAddress", AsProc(&PatchedGetProcAddress)},
+        {"QueryPerformanceCounter", AsProc(&ScriptedQueryPerformanceCounter), true},
+        {"GetTickCount64", AsProc(&ScriptedGetTickCount64), true},
+        {"Sleep", AsProc(&ScriptedSleep), true},
+    };
+    for (const Replacement& replacement : replacements) {
+        if (replacement.name == name && (!replacement.of_time || ClockIsScripted())) {
+            return replacement.function;
+        }
+    }
+    return nullptr;
+}
+
+/// A function that the program looks up by name must be the same that it would have imported.
+FARPROC WINAPI PatchedGetProcAddress(HMODULE module, LPCSTR name) {
+    FARPROC const real = GetProcAddress(module, name);
+    const bool by_ordinal = IS_INTRESOURCE(name);
+    if (real == nullptr || by_ordinal) {
+        return real;
+    }
+    FARPROC const replacement = ReplacementFor(name);
+    return replacement != nullptr ? replacement : real;
+}
+
+void Store(FARPROC* place, FARPROC function) {
+    DWORD protection = 0;
+    VirtualProtect(place, sizeof(*place), PAGE_READWRITE, &protection);
+    *place = function;
+    VirtualProtect(place, sizeof(*place), protection, &protection);
+}
+
+class Image {
+  public:
+    explicit Image(HMODULE module) : base_(reinterpret_cast<std::byte*>(module)) {}
+
+    template <typename Type>
+    Type* At(std::size_t offset) const {
+        return reinterpret_cast<Type*>(base_ + offset);
+    }
+
+  private:
+    std::byte* base_;
+};
+
+void PatchLibraryImports(const Image& image, const IMAGE_IMPORT_DESCRIPTOR& library) {
+    auto* name = image.At<IMAGE_THUNK_DATA>(library.OriginalFirstThunk);
+    auto* place = image.At<FARPROC>(library.FirstThunk);
+    for (; name->u1.AddressOfData != 0; ++name, ++place) {
+        if (IMAGE_SNAP_BY_ORDINAL(name->u1.Ordinal)) {
+            continue;
+        }
+        const auto* const by_name = image.At<IMAGE_IMPORT_BY_NAME>(name->u1.AddressOfData);
+        FARPROC const replacement = ReplacementFor(reinterpret_cast<const char*>(by_name->Name));
+        if (replacement != nullptr) {
+            Store(place, replacement);
+        }
+    }
+}
+
+}  // namespace
+
+void PatchProgramImports() {
+    const Image image(GetModuleHandleW(nullptr));
+    const auto* const dos_header = image.At<IMAGE_DOS_HEADER>(0);
+    const auto* const headers = image.At<IMAGE_NT_HEADERS>(static_cast<std::size_t>(dos_header->e_lfanew));
+    const DWORD imports = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
+    for (const auto* library = image.At<IMAGE_IMPORT_DESCRIPTOR>(imports); library->Name != 0; ++library) {
+        PatchLibraryImports(image, *library);
+    }
+}
+
+}  // namespace lab

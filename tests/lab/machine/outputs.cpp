@@ -1,0 +1,113 @@
+#include "tests/lab/machine/outputs.h"
+
+#include <algorithm>
+#include <string>
+
+#include "platform/utf8.h"
+#include "tests/lab/machine/adapters.h"
+#include "tests/lab/machine/duplication.h"
+#include "tests/lab/machine/machine.h"
+#include "tests/lab/machine/simulated_object.h"
+#include "tests/lab/machine/statistics.h"
+
+namespace lab {
+namespace {
+
+DXGI_MODE_ROTATION RotationOf(int degrees) {
+    switch (degrees) {
+        case 90:
+            return DXGI_MODE_ROTATION_ROTATE90;
+        case 180:
+            return DXGI_MODE_ROTATION_ROTATE180;
+        case 270:
+            return DXGI_MODE_ROTATION_ROTATE270;
+        default:
+            return DXGI_MODE_ROTATION_IDENTITY;
+    }
+}
+
+class SimulatedOutput final : public SimulatedDxgiObject<IDXGIOutput1, IDXGIOutput> {
+  public:
+    explicit SimulatedOutput(std::size_t position)
+        : SimulatedDxgiObject(Counts().live_outputs), position_(position) {}
+
+    HRESULT STDMETHODCALLTYPE GetParent(REFIID wanted, void** parent) override {
+        return OwnNew(NewAdapter(State().adapter))->QueryInterface(wanted, parent);
+    }
+
+    HRESULT STDMETHODCALLTYPE GetDesc(DXGI_OUTPUT_DESC* description) override {
+        if (description == nullptr) {
+            return E_INVALIDARG;
+        }
+        if (Script().description_fails) {
+            return static_cast<HRESULT>(*Script().description_fails);
+        }
+        const Display& display = TheMachine().DisplayOf(position_);
+        *description = {};
+        const std::wstring name = WideFromUtf8(display.name);
+        std::copy_n(name.begin(), std::min(name.size(), std::size(description->DeviceName) - 1),
+                    description->DeviceName);
+        const Size size = State().size;
+        description->DesktopCoordinates = {display.left, display.top,
+                                           display.left + static_cast<LONG>(size.width),
+                                           display.top + static_cast<LONG>(size.height)};
+        description->AttachedToDesktop = display.attached;
+        description->Rotation = RotationOf(Script().rotation);
+        description->Monitor = nullptr;
+        return S_OK;
+    }
+
+    HRESULT STDMETHODCALLTYPE DuplicateOutput(IUnknown* device,
+                                              IDXGIOutputDuplication** duplication) override {
+        return DuplicateDesktop(position_, device, duplication);
+    }
+
+    HRESULT STDMETHODCALLTYPE GetDisplayModeList(DXGI_FORMAT, UINT, UINT*, DXGI_MODE_DESC*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE FindClosestMatchingMode(const DXGI_MODE_DESC*, DXGI_MODE_DESC*,
+                                                      IUnknown*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE WaitForVBlank() override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE TakeOwnership(IUnknown*, BOOL) override { return E_NOTIMPL; }
+    void STDMETHODCALLTYPE ReleaseOwnership() override {}
+    HRESULT STDMETHODCALLTYPE GetGammaControlCapabilities(DXGI_GAMMA_CONTROL_CAPABILITIES*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE SetGammaControl(const DXGI_GAMMA_CONTROL*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetGammaControl(DXGI_GAMMA_CONTROL*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE SetDisplaySurface(IDXGISurface*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetDisplaySurfaceData(IDXGISurface*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetFrameStatistics(DXGI_FRAME_STATISTICS*) override { return E_NOTIMPL; }
+    HRESULT STDMETHODCALLTYPE GetDisplayModeList1(DXGI_FORMAT, UINT, UINT*, DXGI_MODE_DESC1*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE FindClosestMatchingMode1(const DXGI_MODE_DESC1*, DXGI_MODE_DESC1*,
+                                                       IUnknown*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT STDMETHODCALLTYPE GetDisplaySurfaceData1(IDXGIResource*) override { return E_NOTIMPL; }
+
+  protected:
+    bool Answers(REFIID wanted) const override {
+        if (wanted == __uuidof(IDXGIOutput1) && Script().without_output1) {
+            return false;
+        }
+        return SimulatedDxgiObject::Answers(wanted);
+    }
+
+  private:
+    const Output& Script() const { return TheMachine().scenario.outputs[position_]; }
+    const OutputState& State() const { return TheMachine().outputs[position_]; }
+
+    std::size_t position_;
+};
+
+}  // namespace
+
+IDXGIOutput* NewOutput(std::size_t position) {
+    return new SimulatedOutput(position);
+}
+
+}  // namespace lab

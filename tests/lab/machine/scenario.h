@@ -1,0 +1,127 @@
+// A scenario: what a simulated machine is made of, as its text file says. Touches no Windows header.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <istream>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace lab {
+
+/// A result code of Windows, by its bit pattern.
+using ResultCode = std::uint32_t;
+
+struct Size {
+    std::uint32_t width = 0;
+    std::uint32_t height = 0;
+
+    friend bool operator==(const Size&, const Size&) = default;
+};
+
+enum class PixelFormat { kBgra, kBgraTypeless, kRgba, kRgbaTypeless, kHalfFloat };
+
+enum class Picture { kPattern, kDesktop };
+
+/// The desktop refuses to be duplicated. With neither `times` nor `milliseconds` it refuses for good.
+struct Refusal {
+    ResultCode result = 0;
+    std::optional<int> times;
+    std::optional<int> milliseconds;
+};
+
+/// One loss of the duplication, and what is different when it comes back.
+struct Loss {
+    std::optional<int> after_frames;
+    std::optional<int> after_milliseconds;
+    std::optional<Size> size;
+    std::optional<PixelFormat> format;
+    std::optional<std::size_t> adapter;
+    std::optional<Refusal> refusal;
+    bool unplugged = false;
+};
+
+/// How often the desktop changes.
+struct Frames {
+    /// Per second; 0 is a still desktop, which delivers its first image alone.
+    double rate = 60;
+    bool never = false;
+};
+
+/// What stands on the desktop's list of display devices.
+struct Display {
+    std::string name;
+    Size size;
+    int left = 0;
+    int top = 0;
+    int refresh_rate = 60;
+    bool primary = false;
+    bool attached = true;
+    bool mirror = false;
+    bool mode_fails = false;
+};
+
+/// What an adapter drives.
+struct Output {
+    std::size_t adapter = 0;  ///< position in Scenario::adapters
+    std::size_t display = 0;  ///< position in Scenario::displays
+    int rotation = 0;         ///< degrees
+    std::optional<ResultCode> enumeration_fails;
+    std::optional<ResultCode> description_fails;
+    bool without_output1 = false;
+    std::optional<Refusal> refusal;
+    Frames frames;
+    PixelFormat format = PixelFormat::kBgra;
+    Picture picture = Picture::kPattern;
+    std::vector<Loss> losses;
+};
+
+struct Adapter {
+    std::string name;
+    std::uint32_t vendor = 0;
+    std::uint32_t luid_low = 0;
+    std::int32_t luid_high = 0;
+    std::uint64_t dedicated_bytes = 0;
+    std::uint64_t shared_bytes = 0;
+    std::uint64_t used_bytes = 0;
+    std::uint64_t budget_bytes = 0;
+    std::uint64_t reserved_bytes = 0;
+    bool software = false;
+    bool without_adapter3 = false;
+    std::optional<ResultCode> enumeration_fails;
+    std::optional<ResultCode> description_fails;
+    std::optional<ResultCode> memory_fails;
+    std::optional<ResultCode> device_fails;
+    std::optional<ResultCode> outputs_end_with;
+};
+
+struct Cursor {
+    bool query_fails = false;
+    bool showing = true;
+    bool null_handle = false;
+    int x = 100;
+    int y = 100;
+};
+
+struct Scenario {
+    std::vector<Adapter> adapters;
+    std::vector<Output> outputs;
+    std::vector<Display> displays;  ///< in the order of their listing
+    Cursor cursor;
+    bool scripted_clock = false;
+    std::optional<ResultCode> factory_fails;
+    std::optional<ResultCode> device_fails;
+    std::optional<ResultCode> adapters_end_with;
+};
+
+/// A line that cannot be understood; says which and why.
+struct ScenarioError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// Reads a whole scenario. Throws ScenarioError at the first line that is not understood.
+Scenario ReadScenario(std::istream& text);
+
+}  // namespace lab

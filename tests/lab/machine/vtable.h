@@ -1,0 +1,28 @@
+// Replacing an operation of a real COM object's class.
+#pragma once
+
+#include <windows.h>
+
+#include <atomic>
+#include <cstddef>
+
+namespace lab {
+
+/// Puts `replacement` into the slot of the object's table of functions, for all objects of its class, and
+/// keeps the function that stood there in `original`. Does nothing when the slot is replaced already.
+template <typename Function>
+void ReplaceVtableSlot(void* object, std::size_t slot, Function replacement,
+                       std::atomic<Function>& original) {
+    void** const table = *static_cast<void***>(object);
+    void* const new_entry = reinterpret_cast<void*>(replacement);
+    if (table[slot] == new_entry) {
+        return;
+    }
+    original = reinterpret_cast<Function>(table[slot]);
+    DWORD protection = 0;
+    VirtualProtect(&table[slot], sizeof(void*), PAGE_READWRITE, &protection);
+    table[slot] = new_entry;
+    VirtualProtect(&table[slot], sizeof(void*), protection, &protection);
+}
+
+}  // namespace lab
