@@ -7,6 +7,7 @@
 #include <wrl/client.h>
 
 #include <cstdio>
+#include <cstring>
 
 #include "platform/utf8.h"
 
@@ -70,6 +71,15 @@ void ShowCursor() {
                 cursor.ptScreenPos.y, cursor.hCursor != nullptr ? "with a shape" : "without a shape");
 }
 
+void Leak(const ComPtr<IDXGIFactory1>& factory) {
+    IDXGIAdapter1* adapter = nullptr;
+    ID3D11Device* device = nullptr;
+    factory->EnumAdapters1(0, &adapter);
+    D3D11CreateDevice(adapter, D3D_DRIVER_TYPE_UNKNOWN, nullptr, 0, nullptr, 0, D3D11_SDK_VERSION, &device,
+                      nullptr, nullptr);
+    factory->AddRef();
+}
+
 }  // namespace
 
 int main(int argument_count, char** arguments) {
@@ -85,5 +95,8 @@ int main(int argument_count, char** arguments) {
     }
     ShowDisplays();
     ShowCursor();
+    if (argument_count > 1 && std::strcmp(arguments[1], "--leak") == 0) {
+        Leak(factory);
+    }
     return 7;
 }

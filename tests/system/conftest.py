@@ -1,0 +1,30 @@
+import os
+import pathlib
+import sys
+
+import pytest
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
+
+import lab  # noqa: E402
+
+
+def pytest_sessionstart(session):
+    if "VISTREL_LAB_SESSION" not in os.environ:
+        pytest.exit("start me as: cmake/lab-session python3 -m pytest tests/system", returncode=2)
+
+
+@pytest.fixture
+def install(tmp_path):
+    """An install folder with nothing but the tool."""
+    return lab.Install(tmp_path / "install")
+
+
+@pytest.fixture
+def run_tool(install):
+    """lab.run_tool in that folder."""
+
+    def run(*arguments, **options):
+        return lab.run_tool(install, *arguments, **options)
+
+    return run

@@ -1,0 +1,191 @@
+"""Whole runs of the finished tool: an install folder, a run of the unmodified exe in it, and what came of it.
+
+README.md in this folder shows how a test uses this.
+"""
+
+import os
+import pathlib
+import shutil
+import signal
+import subprocess
+from dataclasses import dataclass, field
+
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+BUILD = pathlib.Path(os.environ.get("VISTREL_BUILD", ROOT / "build" / "windows-x64"))
+SCENARIOS = ROOT / "tests" / "lab" / "scenarios"
+GENUINE_LIBRARIES = ROOT / ".deps" / "windows"
+SHADERS = {
+    "trivial": ROOT / "tests" / "system" / "data" / "trivial_warp.hlsl",
+    "sample": ROOT / "tests" / "lab" / "install" / "vistrel" / "shaders" / "stereo_warp.hlsl",
+}
+REPORT_NAME = "vistrel_diag_report.txt"
+
+# Cheap for a run whose subject is not measured: no prompt, no model, no time spent on capturing.
+CHEAP = ("--quick", "--no-models", "--capture-seconds", "0")
+
+
+def windows_path(path):
+    """The path as a Windows program under Wine knows it."""
+    path = pathlib.Path(path)
+    drive_c = pathlib.Path(os.environ["WINEPREFIX"]) / "drive_c"
+    if path.is_relative_to(drive_c):
+        return "C:\\" + str(path.relative_to(drive_c)).replace("/", "\\")
+    return "Z:" + str(path).replace("/", "\\")
+
+
+@dataclass
+class Run:
+    """What came of one run."""
+
+    exit_code: int
+    console: bytes
+    errors: bytes
+    report: bytes | None  # the report file; None when there is none
+    counts: dict = field(default_factory=dict)  # what the simulated machine counted
+
+    @property
+    def console_text(self):
+        return self.console.decode("utf-8").replace("\r\n", "\n")
+
+    @property
+    def report_text(self):
+        """The report with plain line ends. The file itself ends every line in CR LF, and that alone."""
+        assert self.report is not None, "no report was written; the console says:\n" + self.console_text
+        assert self.report.count(b"\n") == self.report.count(b"\r\n") == self.report.count(b"\r")
+        return self.report.decode("utf-8").replace("\r\n", "\n")
+
+    def section(self, title):
+        """The lines below the header of a section, as one text, up to the blank line before the next header."""
+        lines = self.report_text.split("\n")
+        starts = [i for i, line in enumerate(lines) if line == header(title)]
+        assert len(starts) == 1, f"{len(starts)} sections {title!r} in:\n{self.report_text}"
+        body = lines[starts[0] + 1 :]
+        ends = [i for i, line in enumerate(body) if line.startswith("== ")]
+        body = body[: ends[0] - 1] if ends else body
+        return "\n".join(body).rstrip("\n")
+
+    def has_section(self, title):
+        return header(title) in self.report_text.split("\n")
+
+
+def header(title):
+    return f"== {title} " + "=" * (62 - len(title))
+
+
+class Install:
+    """A folder with the tool, and what else the test puts beside it."""
+
+    def __init__(self, folder):
+        self.folder = pathlib.Path(folder)
+        self.folder.mkdir(parents=True, exist_ok=True)
+        self.exe = self.folder / "vistrel_diag.exe"
+        shutil.copy(BUILD / "vistrel_diag.exe", self.exe)
+
+    @property
+    def windows_folder(self):
+        return windows_path(self.folder)
+
+    @property
+    def report(self):
+        return self.folder / REPORT_NAME
+
+    def write(self, name, content):
+        """A file by its path inside the folder, as text (UTF-8, as given) or bytes."""
+        path = self.folder / name
+        path.parent.mkdir(parents=True, exist_ok=True)
+        path.write_bytes(content.encode("utf-8") if isinstance(content, str) else content)
+        return path
+
+    def add_file(self, source, name):
+        """A copy of a file, by its path inside the folder."""
+        return self.write(name, pathlib.Path(source).read_bytes())
+
+    def add_library(self, name, source=None):
+        """A genuine DLL such as "onnxruntime.dll", or another file under its name."""
+        return self.add_file(source or GENUINE_LIBRARIES / name, name)
+
+    def add_shader(self, kind="trivial"):
+        """The warp shader: "trivial" costs next to nothing, "sample" is like the product's."""
+        return self.add_file(SHADERS[kind], "vistrel/shaders/stereo_warp.hlsl")
+
+
+def scenario_file(scenario, folder):
+    """A scenario by its name, its path, or its text (anything with a line end)."""
+    if isinstance(scenario, pathlib.Path):
+        return scenario
+    if "\n" in scenario:
+        path = folder / "scenario.txt"
+        path.write_text(scenario, encoding="utf-8")
+        return path
+    path = SCENARIOS / f"{scenario}.txt"
+    assert path.exists(), f"there is no scenario {scenario!r}"
+    return path
+
+
+def environment(**more):
+    result = dict(os.environ, LC_ALL="C.UTF-8")
+    result.update({name: str(value) for name, value in more.items()})
+    return result
+
+
+def run_program(command, stdin=b"", cwd=None, env=None, timeout=120):
+    """Runs a command; what it started ends with it when it takes too long."""
+    process = subprocess.Popen(
+        [str(part) for part in command],
+        stdin=subprocess.PIPE,
+        stdout=subprocess.PIPE,
+        stderr=subprocess.PIPE,
+        cwd=cwd,
+        env=env or environment(),
+        start_new_session=True,
+    )
+    try:
+        output, errors = process.communicate(stdin, timeout)
+    except subprocess.TimeoutExpired:
+        os.killpg(process.pid, signal.SIGKILL)
+        output, errors = process.communicate()
+        raise AssertionError(
+            f"not done after {timeout} s; console:\n{output.decode('utf-8', 'replace')}\n"
+            f"errors:\n{errors.decode('utf-8', 'replace')}"
+        ) from None
+    return process.returncode, output, errors
+
+
+def simulated(scenario, scratch):
+    """The command's front and the environment that put a program on a simulated machine."""
+    launcher = BUILD / "tests" / "lab" / "vistrel_lab.exe"
+    counts_file = scratch / "counts.txt"
+    counts_file.unlink(missing_ok=True)
+    front = [launcher, windows_path(scenario_file(scenario, scratch))]
+    return front, {"VISTREL_LAB_STATISTICS": windows_path(counts_file)}, counts_file
+
+
+def read_counts(path):
+    assert path.exists(), "the program ended without the machine's counts: it crashed or was ended"
+    return {name: int(value) for name, value in (line.split() for line in path.read_text().splitlines())}
+
+
+def run_tool(
+    install, *arguments, scenario=None, scratch=None, stdin=b"", env=None, cwd=None, timeout=120, clean=True
+):
+    """Runs the tool, on a simulated machine when a scenario is given, else on Wine's own.
+
+    A run on a simulated machine must leave no simulated object alive and do nothing that a program may not do with a
+    duplicated desktop, unless `clean` is False. The input ends after `stdin`, which answers every prompt by "go on".
+    """
+    scratch = scratch or install.folder.parent
+    front, more, counts_file = [], {}, None
+    if scenario is not None:
+        front, more, counts_file = simulated(scenario, scratch)
+    command = [ROOT / "cmake" / "wine", *front, windows_path(install.exe), *arguments]
+    exit_code, console, errors = run_program(
+        command, stdin, cwd or install.folder, environment(**more, **(env or {})), timeout
+    )
+    report = install.report.read_bytes() if install.report.exists() else None
+    run = Run(exit_code, console, errors, report)
+    if counts_file is not None:
+        run.counts = read_counts(counts_file)
+        if clean:
+            assert run.counts["live_objects"] == 0, run.counts
+            assert run.counts["violations"] == 0, run.counts
+    return run

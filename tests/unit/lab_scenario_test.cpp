@@ -1,0 +1,157 @@
+#include "tests/lab/machine/scenario.h"
+
+#include <gmock/gmock.h>
+
+#include <sstream>
+
+namespace lab {
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::Optional;
+
+Scenario Read(const std::string& text) {
+    std::istringstream stream(text);
+    return ReadScenario(stream);
+}
+
+std::string ErrorOf(const std::string& text) {
+    try {
+        Read(text);
+    } catch (const ScenarioError& error) {
+        return error.what();
+    }
+    return "no error";
+}
+
+TEST(Scenario, AnEmptyTextIsAMachineWithoutAnything) {
+    const Scenario scenario = Read("# nothing here\n\n   \n");
+    EXPECT_TRUE(scenario.adapters.empty());
+    EXPECT_TRUE(scenario.displays.empty());
+    EXPECT_FALSE(scenario.scripted_clock);
+    EXPECT_FALSE(scenario.factory_fails);
+}
+
+TEST(Scenario, ReadsTheMachine) {
+    const Scenario scenario = Read(
+        "clock scripted\nfactory fails 0x887A0004\ndevice fails 0x80004005\nadapters end with 0x887A0005\n"
+        "cursor null at -3,4\n");
+    EXPECT_TRUE(scenario.scripted_clock);
+    EXPECT_THAT(scenario.factory_fails, Optional(0x887A0004U));
+    EXPECT_THAT(scenario.device_fails, Optional(0x80004005U));
+    EXPECT_THAT(scenario.adapters_end_with, Optional(0x887A0005U));
+    EXPECT_TRUE(scenario.cursor.showing);
+    EXPECT_TRUE(scenario.cursor.null_handle);
+    EXPECT_EQ(scenario.cursor.x, -3);
+    EXPECT_EQ(scenario.cursor.y, 4);
+}
+
+TEST(Scenario, ReadsAnAdapter) {
+    const Scenario scenario = Read(
+        "adapter NVIDIA  GeForce # a comment\n  vendor 0x10DE\n  luid FFFFFFFF:0000A001\n  dedicated 8018 "
+        "MB\n"
+        "  shared 2 MB\n  memory 3 MB of 4 MB\n  reserved 5 MB\n  software\n  without IDXGIAdapter3\n"
+        "  outputs end with 0x1\n  enumeration fails 0x2\n  description fails 0x3\n  device fails 0x4\n");
+    ASSERT_EQ(scenario.adapters.size(), 1U);
+    const Adapter& adapter = scenario.adapters[0];
+    EXPECT_EQ(adapter.name, "NVIDIA GeForce");
+    EXPECT_EQ(adapter.vendor, 0x10DEU);
+    EXPECT_EQ(adapter.luid_high, -1);
+    EXPECT_EQ(adapter.luid_low, 0xA001U);
+    EXPECT_EQ(adapter.dedicated_bytes, 8018ULL * 1024 * 1024);
+    EXPECT_EQ(adapter.shared_bytes, 2ULL * 1024 * 1024);
+    EXPECT_EQ(adapter.used_bytes, 3ULL * 1024 * 1024);
+    EXPECT_EQ(adapter.budget_bytes, 4ULL * 1024 * 1024);
+    EXPECT_EQ(adapter.reserved_bytes, 5ULL * 1024 * 1024);
+    EXPECT_TRUE(adapter.software);
+    EXPECT_TRUE(adapter.without_adapter3);
+    EXPECT_THAT(adapter.outputs_end_with, Optional(1U));
+    EXPECT_THAT(adapter.enumeration_fails, Optional(2U));
+    EXPECT_THAT(adapter.description_fails, Optional(3U));
+    EXPECT_THAT(adapter.device_fails, Optional(4U));
+    EXPECT_FALSE(adapter.memory_fails);
+}
+
+TEST(Scenario, AnAdapterMayHaveNoNameAndFailItsMemoryQuery) {
+    const Scenario scenario = Read("adapter\n  memory fails 0x887A0005\n");
+    EXPECT_EQ(scenario.adapters[0].name, "");
+    EXPECT_THAT(scenario.adapters[0].memory_fails, Optional(0x887A0005U));
+}
+
+TEST(Scenario, EveryOutputIsADisplayInTheOrderOfTheText) {
+    const Scenario scenario = Read(
+        "display \\\\.\\DISPLAYV1\n  mirror\n  detached\n"
+        "adapter A\n  output \\\\.\\DISPLAY1\n    size 640x480\n    at -640,7\n    rate 75\n    primary\n"
+        "  rotated 90\n    mode fails\n"
+        "adapter B\n  output \\\\.\\DISPLAY2\n  output \\\\.\\DISPLAY3\n    without IDXGIOutput1\n");
+    ASSERT_EQ(scenario.displays.size(), 4U);
+    EXPECT_TRUE(scenario.displays[0].mirror);
+    EXPECT_FALSE(scenario.displays[0].attached);
+    const Display& second = scenario.displays[1];
+    EXPECT_EQ(second.name, "\\\\.\\DISPLAY1");
+    EXPECT_EQ(second.size, (Size{640, 480}));
+    EXPECT_EQ(second.left, -640);
+    EXPECT_EQ(second.top, 7);
+    EXPECT_EQ(second.refresh_rate, 75);
+    EXPECT_TRUE(second.primary);
+    EXPECT_TRUE(second.mode_fails);
+    ASSERT_EQ(scenario.outputs.size(), 3U);
+    EXPECT_EQ(scenario.outputs[0].adapter, 0U);
+    EXPECT_EQ(scenario.outputs[0].display, 1U);
+    EXPECT_EQ(scenario.outputs[0].rotation, 90);
+    EXPECT_EQ(scenario.outputs[2].adapter, 1U);
+    EXPECT_EQ(scenario.outputs[2].display, 3U);
+    EXPECT_TRUE(scenario.outputs[2].without_output1);
+    EXPECT_FALSE(scenario.adapters[1].without_adapter3);
+}
+
+TEST(Scenario, ReadsHowAnOutputIsDuplicated) {
+    const Scenario scenario = Read(
+        "adapter A\n output D\n  frames 144 per second\n  format bgra-typeless\n  picture desktop\n"
+        "  refuses 0x80070005 3 times\n"
+        "  lost after 30 frames\n   size 800x600\n   format fp16\n   moves to 0\n   refuses 0x887A0022 for "
+        "700 ms\n"
+        "  lost after 500 ms\n   unplugged\n");
+    const Output& output = scenario.outputs.at(0);
+    EXPECT_EQ(output.frames.rate, 144);
+    EXPECT_EQ(output.format, PixelFormat::kBgraTypeless);
+    EXPECT_EQ(output.picture, Picture::kDesktop);
+    ASSERT_TRUE(output.refusal);
+    EXPECT_EQ(output.refusal->result, 0x80070005U);
+    EXPECT_THAT(output.refusal->times, Optional(3));
+    ASSERT_EQ(output.losses.size(), 2U);
+    const Loss& first = output.losses[0];
+    EXPECT_THAT(first.after_frames, Optional(30));
+    EXPECT_THAT(first.size, Optional(Size{800, 600}));
+    EXPECT_THAT(first.format, Optional(PixelFormat::kHalfFloat));
+    EXPECT_THAT(first.adapter, Optional(std::size_t{0}));
+    EXPECT_THAT(first.refusal->milliseconds, Optional(700));
+    EXPECT_FALSE(first.unplugged);
+    EXPECT_THAT(output.losses[1].after_milliseconds, Optional(500));
+    EXPECT_TRUE(output.losses[1].unplugged);
+}
+
+TEST(Scenario, StillAndNever) {
+    EXPECT_EQ(Read("adapter A\n output D\n frames still\n").outputs[0].frames.rate, 0);
+    EXPECT_FALSE(Read("adapter A\n output D\n frames still\n").outputs[0].frames.never);
+    EXPECT_TRUE(Read("adapter A\n output D\n frames never\n").outputs[0].frames.never);
+}
+
+TEST(Scenario, SaysWhichLineIsNotUnderstoodAndWhy) {
+    EXPECT_EQ(ErrorOf("\nadaptor A\n"), "line 2: 'adaptor' is not understood here");
+    EXPECT_EQ(ErrorOf("output D\n"), "line 1: an output needs an adapter above it");
+    EXPECT_EQ(ErrorOf("lost after 3 frames\n"), "line 1: a loss needs an output above it");
+    EXPECT_EQ(ErrorOf("adapter A\n vendor 10DE\n"), "line 2: '10DE' is not a code like 0x887A0004");
+    EXPECT_EQ(ErrorOf("adapter A\n vendor\n"), "line 2: a code is missing");
+    EXPECT_EQ(ErrorOf("adapter A\n software yes\n"), "line 2: 'yes' is one word too many");
+    EXPECT_EQ(ErrorOf("adapter A\n dedicated 8x MB\n"), "line 2: '8x' is not an amount of memory");
+    EXPECT_EQ(ErrorOf("adapter A\n dedicated 8 GB\n"), "line 2: 'MB' is expected instead of 'GB'");
+    EXPECT_EQ(ErrorOf("adapter A\n without IDXGIOutput1\n"),
+              "line 2: only an output can be without IDXGIOutput1");
+    EXPECT_EQ(ErrorOf("adapter A\n output D\n size 800\n"), "line 3: '800' is not a size like 1920x1080");
+    EXPECT_EQ(ErrorOf("adapter A\n output D\n lost after 3 frames\n  moves to 1\n"),
+              "an output moves to an adapter that the scenario does not have");
+}
+
+}  // namespace
+}  // namespace lab
