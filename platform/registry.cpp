@@ -41,7 +41,8 @@ std::optional<std::uint32_t> RegistryKey::ReadNumber(const wchar_t* name) const 
     }
     DWORD number = 0;
     DWORD size = sizeof(number);
-    if (RegGetValueW(key_.get(), nullptr, name, RRF_RT_REG_DWORD, nullptr, &number, &size) != ERROR_SUCCESS) {
+    const LSTATUS result = RegGetValueW(key_.get(), nullptr, name, RRF_RT_REG_DWORD, nullptr, &number, &size);
+    if (result != ERROR_SUCCESS || size != sizeof(number)) {
         return std::nullopt;
     }
     return number;
