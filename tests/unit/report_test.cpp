@@ -66,6 +66,20 @@ TEST(ReportSection, HeaderIsSixtySixColumnsWide) {
     EXPECT_EQ(report.FileText(), "\r\n== " + std::string(40, 'T') + " " + std::string(22, '=') + "\r\n");
 }
 
+TEST(ReportSection, HeaderOfAnyTitleIsSixtySixColumnsWide) {
+    for (std::size_t length = 1; length < 62; ++length) {
+        const ReportCapture report;
+        Report::Section(std::string(length, 'T'));
+        EXPECT_EQ(report.FileText().size(), std::string("\r\n\r\n").size() + 66) << length;
+    }
+}
+
+TEST(ReportSection, TitleIsNoFormat) {
+    const ReportCapture report;
+    Report::Section("100% %s");
+    EXPECT_EQ(report.FileText(), "\r\n== 100% %s " + std::string(55, '=') + "\r\n");
+}
+
 TEST(ReportSection, IsRememberedByItsTitle) {
     Report::Section("GPUs");
     EXPECT_STREQ(Report::CurrentSection(), "GPUs");
@@ -111,6 +125,28 @@ TEST_F(ReportFile, OfAnUnknownToolFolderLandsInTheCurrentDirectory) {
               " Please send that one file.\n"
               "=====================================================\n");
 }
+
+TEST_F(ReportFile, HasNoLineFeedWithoutACarriageReturn) {
+    Report::Line("one\ntwo");
+    Report::WriteFile("");
+    const std::string text = Contents(folder_ / "vistrel_diag_report.txt");
+    EXPECT_TRUE(text.ends_with("one\r\ntwo\r\n"));
+    for (std::size_t i = text.find('\n'); i != std::string::npos; i = text.find('\n', i + 1)) {
+        ASSERT_GT(i, 0U);
+        ASSERT_EQ(text[i - 1], '\r') << i;
+    }
+}
+
+#ifdef _WIN32
+TEST_F(ReportFile, LandsInAFolderOfAnyName) {
+    const std::filesystem::path folder = folder_ / L"\u00DCn\u00EFc\u00F8d\u00E9 \u65E5\u672C";
+    std::filesystem::create_directory(folder);
+    const std::u8string name = folder.u8string();
+    const Report::WrittenFile written = Report::WriteFile(std::string(name.begin(), name.end()));
+    EXPECT_TRUE(written.opened);
+    EXPECT_EQ(Contents(folder / "vistrel_diag_report.txt"), Report::Text().Copy());
+}
+#endif
 
 TEST_F(ReportFile, ReplacesAnOlderOne) {
     std::ofstream(folder_ / "vistrel_diag_report.txt") << std::string(1 << 20, 'o');

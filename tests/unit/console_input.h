@@ -1,0 +1,33 @@
+// What a test lets the person at the console type.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <string_view>
+
+/// Standard input reads exactly `typed`, and then its end. The file it comes from goes with the object.
+class ConsoleInput {
+  public:
+    explicit ConsoleInput(std::string_view typed)
+        : path_(std::filesystem::path(testing::TempDir()) /
+                (std::string("console_input_") +
+                 testing::UnitTest::GetInstance()->current_test_info()->name())) {
+        std::ofstream(path_, std::ios::binary)
+            .write(typed.data(), static_cast<std::streamsize>(typed.size()));
+        opened_ = std::freopen(path_.string().c_str(), "r", stdin) != nullptr;
+        EXPECT_TRUE(opened_) << path_;
+    }
+    ConsoleInput(const ConsoleInput&) = delete;
+    ConsoleInput& operator=(const ConsoleInput&) = delete;
+    ~ConsoleInput() {
+        std::error_code ignored;
+        std::filesystem::remove(path_, ignored);
+    }
+
+  private:
+    std::filesystem::path path_;
+    bool opened_ = false;
+};

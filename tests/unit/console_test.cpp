@@ -1,0 +1,104 @@
+#include "tools/vistrel_diag/console.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "tests/unit/console_input.h"
+
+namespace {
+
+bool ContinuesAfter(std::string_view typed) {
+    const ConsoleInput input(typed);
+    testing::internal::CaptureStdout();
+    const bool continues = AskContinue("Ready?");
+    testing::internal::GetCapturedStdout();
+    return continues;
+}
+
+TEST(Console, PromptIsExact) {
+    const ConsoleInput input("\n");
+    testing::internal::CaptureStdout();
+    AskContinue("Headset on and game running?");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "\nHeadset on and game running?\n  [Enter] continue     [s] then Enter to skip\n> ");
+}
+
+TEST(Console, AQuestionIsNoFormat) {
+    const ConsoleInput input("\n");
+    testing::internal::CaptureStdout();
+    AskContinue("100%s sure?");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "\n100%s sure?\n  [Enter] continue     [s] then Enter to skip\n> ");
+}
+
+TEST(Console, AnAnswerThatBeginsWithSSkips) {
+    for (const char* typed : {"s\n", "S\n", "skip\n", "s please\n", "s\r\n", "s"}) {
+        EXPECT_FALSE(ContinuesAfter(typed)) << typed;
+    }
+}
+
+TEST(Console, AnyOtherAnswerContinues) {
+    for (const char* typed : {"\n", "\r\n", "yes\n", " s\n", "\ts\n", "xs\n", "\xC3\x9F\n", "y"}) {
+        EXPECT_TRUE(ContinuesAfter(typed)) << typed;
+    }
+}
+
+TEST(Console, TheEndOfTheInputContinues) {
+    EXPECT_TRUE(ContinuesAfter(""));
+}
+
+TEST(Console, EveryPromptAfterTheEndOfTheInputContinues) {
+    const ConsoleInput input("s\n");
+    testing::internal::CaptureStdout();
+    EXPECT_FALSE(AskContinue("One?"));
+    EXPECT_TRUE(AskContinue("Two?"));
+    EXPECT_TRUE(AskContinue("Three?"));
+    WaitForEnter();
+    testing::internal::GetCapturedStdout();
+}
+
+TEST(Console, AZeroOrAControlCharacterIsAnAnswerLikeAnyOther) {
+    using std::string_view_literals::operator""sv;
+    const ConsoleInput input("\0s\ns\0y\n\x01\ns\n"sv);
+    testing::internal::CaptureStdout();
+    EXPECT_TRUE(AskContinue("Zero first?"));
+    EXPECT_FALSE(AskContinue("Zero second?"));
+    EXPECT_TRUE(AskContinue("Control?"));
+    EXPECT_FALSE(AskContinue("Then s?"));
+    testing::internal::GetCapturedStdout();
+}
+
+TEST(Console, ALongAnswerCannotAnswerTheNextPrompt) {
+    for (const std::size_t length : {62U, 63U, 64U, 127U, 100000U}) {
+        // Beyond the 63rd character everything says "skip".
+        const std::string answer = std::string(62, 'y') + std::string(length - 62, 's');
+        const ConsoleInput input(answer + "\nyes\ns\n");
+        testing::internal::CaptureStdout();
+        EXPECT_TRUE(AskContinue("One?")) << length;
+        EXPECT_TRUE(AskContinue("Two?")) << length;
+        EXPECT_FALSE(AskContinue("Three?")) << length;
+        testing::internal::GetCapturedStdout();
+    }
+}
+
+TEST(Console, ALongAnswerWithAZeroInItEndsWithItsLineToo) {
+    const ConsoleInput input("y" + std::string(1, '\0') + std::string(200, 's') + "\nyes\ns\n");
+    testing::internal::CaptureStdout();
+    EXPECT_TRUE(AskContinue("One?"));
+    EXPECT_TRUE(AskContinue("Two?"));
+    EXPECT_FALSE(AskContinue("Three?"));
+    testing::internal::GetCapturedStdout();
+}
+
+#ifdef _WIN32
+TEST(Console, ControlZInAFileIsTheEndOfTheInput) {
+    const ConsoleInput input("\x1As\ns\n");
+    testing::internal::CaptureStdout();
+    EXPECT_TRUE(AskContinue("One?"));
+    EXPECT_TRUE(AskContinue("Two?"));
+    testing::internal::GetCapturedStdout();
+}
+#endif
+
+}  // namespace
