@@ -1,11 +1,11 @@
 #!/usr/bin/env python3
 """Makes the sample depth models of the lab: tiny ONNX graphs, nothing fetched, nothing committed.
 
-    tests/lab/make_models.py INSTALL_FOLDER [--broken FOLDER]
+    tests/lab/make_models.py MODELS_FOLDER [--broken FOLDER]
 
-INSTALL_FOLDER gets the product's twelve model files in vistrel/virtual_monitor/, each with a float32 input at its
-preset's size and a graph of one cheap node, so that a whole run over all of them stays in seconds. One of them has
-dynamic dimensions, one declares another size than its preset.
+MODELS_FOLDER gets the product's twelve model files, each with a float32 input at its preset's size and a graph of one
+cheap node, so that a whole run over all of them stays in seconds. One of them has dynamic dimensions, one declares
+another size than its preset.
 
 --broken makes, one file a defect, what a damaged or foreign model file may look like.
 """
@@ -89,6 +89,7 @@ def channel_mean(shape):
 
 
 def make_install(folder):
+    folder.mkdir(parents=True, exist_ok=True)
     for index, (name, width, height) in enumerate(PRESETS):
         width, height = OTHER_SIZE.get(name, (width, height))
         shape = ["batch", 3, "height", "width"] if name in DYNAMIC else [1, 3, height, width]
@@ -97,6 +98,7 @@ def make_install(folder):
 
 
 def make_broken(folder):
+    folder.mkdir(parents=True, exist_ok=True)
     whole = relu([1, 3, 64, 64])
     image = [1, 3, 64, 64]
     variants = {
@@ -112,12 +114,12 @@ def make_broken(folder):
                                                                   + field(20, INTS_ATTRIBUTE)))],
                            [], [tensor("y", [4])]),
         "integer_input": relu_like_integer(image),
-        "two_inputs": model([node("Add", ["x", "state"], ["y"])], [tensor("x", image), tensor("state", image)],
-                            [tensor("y", image)]),
+        "two_inputs": two_inputs(image),
         "sequence_input": sequence_input(),
         "rank_3": relu([3, 64, 64]),
         "zero_dimension": relu([1, 3, 0, 64]),
         "one_channel": relu([1, 1, 64, 64]),
+        "huge_dimension": relu([1, 3, 20000, 20000]),
         "absurd_dimension": relu([1, 3, 1 << 40, 1 << 20]),
         "overflowing_dimension": relu([1, 3, 1 << 62, 8]),
         "dynamic": relu(["batch", 3, "height", "width"]),
@@ -131,6 +133,13 @@ def relu_like_integer(shape):
     return model([node("Abs", ["x"], ["y"])], [tensor("x", shape, INT64)], [tensor("y", shape, INT64)])
 
 
+def two_inputs(shape):
+    """A picture and a state beside it, as video models have. Each goes its own way, so that the graph compiles."""
+    return model([node("Relu", ["x"], ["y"]), node("Abs", ["state"], ["next_state"])],
+                 [tensor("x", shape), tensor("state", [2], INT64)],
+                 [tensor("y", shape), tensor("next_state", [2], INT64)])
+
+
 def sequence_input():
     """An input that is no tensor at all: a sequence of them, of which the first is taken."""
     sequence = field(1, "x") + field(2, field(4, field(1, field(1, field(1, FLOAT)))))
@@ -139,14 +148,11 @@ def sequence_input():
 
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
-    parser.add_argument("install_folder", type=pathlib.Path)
+    parser.add_argument("models_folder", type=pathlib.Path)
     parser.add_argument("--broken", type=pathlib.Path, metavar="FOLDER")
     arguments = parser.parse_args()
-    models = arguments.install_folder / "vistrel" / "virtual_monitor"
-    models.mkdir(parents=True, exist_ok=True)
-    make_install(models)
+    make_install(arguments.models_folder)
     if arguments.broken:
-        arguments.broken.mkdir(parents=True, exist_ok=True)
         make_broken(arguments.broken)
 
 

@@ -23,6 +23,7 @@ namespace {
 bool no_base = false;
 bool old_version = false;
 std::string ledger_file;
+int table_requests = 0;
 
 void Obey(const std::string& word) {
     CountingRuntime& runtime = TheCountingRuntime();
@@ -65,6 +66,7 @@ void WriteLedger() {
 }
 
 const OrtApi* ORT_API_CALL GetApi(std::uint32_t version) noexcept {
+    ++table_requests;
     return version > (old_version ? 17U : 24U) ? nullptr : CountingRuntimeEntries().api;
 }
 
@@ -82,6 +84,15 @@ extern "C" const OrtApiBase* StandInGetApiBase() {
 
 extern "C" OrtStatus* StandInAppendDirectMl(OrtSessionOptions* options, int device_id) {
     return CountingRuntimeEntries().append_directml(options, device_id);
+}
+
+// For a test in whose process the DLL is.
+extern "C" CountingRuntime* StandInAccount() {
+    return &TheCountingRuntime();
+}
+
+extern "C" int StandInTableRequests() {
+    return table_requests;
 }
 
 BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
