@@ -27,7 +27,7 @@ class TextLines {
     static constexpr std::size_t kOverlap = 64;
 
     /// `file` must outlive this.
-    explicit TextLines(std::istream& file, std::size_t buffer_bytes = 256 * 1024);
+    explicit TextLines(std::istream& file, std::size_t buffer_bytes = std::size_t{256} * 1024);
 
     /// Empty at the end of the text.
     std::optional<Piece> Next();
