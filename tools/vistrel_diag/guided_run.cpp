@@ -16,6 +16,7 @@
 #include "tools/vistrel_diag/machine_section.h"
 #include "tools/vistrel_diag/product_log_section.h"
 #include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/rescue.h"
 #include "tools/vistrel_diag/run_texts.h"
 #include "tools/vistrel_diag/settings_section.h"
 #include "tools/vistrel_diag/verdict.h"
@@ -86,6 +87,7 @@ void OfferPartTwo(const RunOptions& options, const BenchmarkDevice& benchmark, V
 
 void CarryOutRun(const RunOptions& options) {
     const std::string tool_folder = ExecutableFolder();
+    Rescue rescue(Report::FilePath(tool_folder));
     Begin(options, tool_folder);
 
     VerdictInput verdict;
@@ -100,7 +102,7 @@ void CarryOutRun(const RunOptions& options) {
         OfferPartTwo(options, benchmark, verdict);
     }
     ReportVerdict(verdict);
-    Report::WriteFile(tool_folder);
+    rescue.WriteOrdinaryReport([&tool_folder] { Report::WriteFile(tool_folder); });
 
     ConsolePrint("\nPress Enter to close.\n");
     WaitForEnter();

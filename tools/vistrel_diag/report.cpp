@@ -87,9 +87,12 @@ const char* CurrentSection() {
     return SectionTitle().Get();
 }
 
+std::string FilePath(std::string_view tool_folder) {
+    return tool_folder.empty() ? std::string(kFileName) : std::string(tool_folder) + "\\" + kFileName;
+}
+
 WrittenFile WriteFile(std::string_view tool_folder) {
-    const std::string path =
-        tool_folder.empty() ? std::string(kFileName) : std::string(tool_folder) + "\\" + kFileName;
+    const std::string path = FilePath(tool_folder);
     // Opened by its wide form, which bears every folder name; binary, because the line ends are in the text.
     std::ofstream file(std::filesystem::path(std::u8string(path.begin(), path.end())),
                        std::ios::binary | std::ios::trunc);

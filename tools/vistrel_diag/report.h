@@ -29,15 +29,17 @@ const KeptText& Text();
 /// The title of the section that was begun last; empty before the first. Never null, valid for the whole run.
 const char* CurrentSection();
 
+/// Where the report file of a tool in `tool_folder` (UTF-8; the current directory when empty) lies, in UTF-8.
+std::string FilePath(std::string_view tool_folder);
+
 /// What became of the report file.
 struct WrittenFile {
     bool opened = false;
     std::string path;  ///< UTF-8; where the file was to be written, also when it could not be opened
 };
 
-/// Writes everything kept so far to kFileName in `tool_folder` (UTF-8; the current directory when empty),
-/// replacing an older file, and tells the person at the console where it is or that it could not be opened.
-/// Errors while writing are not looked at.
+/// Writes everything kept so far to FilePath(tool_folder), replacing an older file, and tells the person at
+/// the console where it is or that it could not be opened. Errors while writing are not looked at.
 WrittenFile WriteFile(std::string_view tool_folder);
 
 }  // namespace Report

@@ -1,0 +1,140 @@
+#include "tools/vistrel_diag/rescue.h"
+
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+namespace {
+
+std::filesystem::path VictimProgram() {
+    wchar_t path[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    return std::filesystem::path(path).parent_path() / "rescue_victim.exe";
+}
+
+class RescueTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        folder_ =
+            std::filesystem::current_path() /
+            (std::string("rescue_test_") + testing::UnitTest::GetInstance()->current_test_info()->name());
+        std::filesystem::remove_all(folder_);
+        std::filesystem::create_directories(folder_);
+    }
+    void TearDown() override {
+        std::error_code still_in_use;  // Wine lets go of a dead process' folder a moment later.
+        std::filesystem::remove_all(folder_, still_in_use);
+    }
+
+    /// Runs the victim in the test's own folder until it is dead. Returns its exit code.
+    DWORD RunVictim(const std::string& way) {
+        std::wstring command =
+            L"\"" + VictimProgram().wstring() + L"\" " + std::wstring(way.begin(), way.end());
+        SECURITY_ATTRIBUTES inherited = {sizeof(inherited), nullptr, TRUE};
+        HANDLE nowhere = CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                     &inherited, OPEN_EXISTING, 0, nullptr);
+        STARTUPINFOW startup = {};
+        startup.cb = sizeof(startup);
+        startup.dwFlags = STARTF_USESTDHANDLES;
+        startup.hStdInput = startup.hStdOutput = startup.hStdError = nowhere;
+        PROCESS_INFORMATION process = {};
+        // A console of its own, so that its console events reach no one else; without a window to draw.
+        const BOOL started = CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW,
+                                            nullptr, folder_.c_str(), &startup, &process);
+        CloseHandle(nowhere);
+        if (started == FALSE) {
+            ADD_FAILURE() << "the victim did not start: " << GetLastError();
+            return 0;
+        }
+        EXPECT_EQ(WaitForSingleObject(process.hProcess, 60000), WAIT_OBJECT_0) << way << " does not end";
+        DWORD exit_code = 0;
+        GetExitCodeProcess(process.hProcess, &exit_code);
+        TerminateProcess(process.hProcess, 1);
+        CloseHandle(process.hThread);
+        CloseHandle(process.hProcess);
+        return exit_code;
+    }
+
+    std::string ReportFile() const {
+        std::ifstream file(folder_ / "vistrel_diag_report.txt", std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    }
+
+    /// Compares the whole file, and shows only its end.
+    void ExpectReport(const std::string& expected) const {
+        const std::string found = ReportFile();
+        EXPECT_TRUE(found == expected)
+            << found.size() << " bytes instead of " << expected.size() << ", ending in:\n"
+            << found.substr(found.size() - std::min<std::size_t>(found.size(), 300));
+    }
+
+    /// What the victim keeps before it dies.
+    static std::string KeptLines() {
+        std::string text = "\r\n== GPUs " + std::string(58, '=') + "\r\n";
+        for (int line = 0; line < 1000; ++line) {
+            text += "line " + std::to_string(line) +
+                    " of the report, long enough to fill the blocks it is kept in\r\n";
+        }
+        return text + "\r\n== HEADSET / OPENXR " + std::string(46, '=') + "\r\n";
+    }
+
+    static std::string CutShort(const std::string& cause) {
+        return KeptLines() + "\r\n!! THIS RUN WAS CUT SHORT in the section \"HEADSET / OPENXR\": " + cause +
+               ". Whatever would follow is missing.\r\n";
+    }
+
+    std::filesystem::path folder_;
+};
+
+TEST_F(RescueTest, ChangesNoByteOfAnOrdinaryRun) {
+    EXPECT_EQ(RunVictim("ordinary"), 0U);
+    ExpectReport(KeptLines() + "the last line\r\n");
+}
+
+TEST_F(RescueTest, AfterAnAccessViolation) {
+    EXPECT_NE(RunVictim("access-violation"), 0U);
+    ExpectReport(CutShort("the program crashed (exception 0xC0000005)"));
+}
+
+TEST_F(RescueTest, AfterAStackOverflow) {
+    EXPECT_NE(RunVictim("stack-overflow"), 0U);
+    ExpectReport(CutShort("the program crashed (exception 0xC00000FD)"));
+}
+
+TEST_F(RescueTest, AfterAnAbort) {
+    EXPECT_NE(RunVictim("abort"), 0U);
+    ExpectReport(CutShort("the program aborted"));
+}
+
+TEST_F(RescueTest, AfterAnExceptionThatNobodyCatches) {
+    EXPECT_NE(RunVictim("uncaught-exception"), 0U);
+    ExpectReport(CutShort("the program aborted"));
+}
+
+TEST_F(RescueTest, AfterACrashOnAThreadOfALibrary) {
+    EXPECT_NE(RunVictim("other-thread"), 0U);
+    ExpectReport(CutShort("the program crashed (exception 0xC0000005)"));
+}
+
+TEST_F(RescueTest, AtCtrlC) {
+    RunVictim("ctrl-c");
+    ExpectReport(CutShort("the user stopped it with Ctrl-C"));
+}
+
+TEST_F(RescueTest, AtTheEndOfTheSession) {
+    EXPECT_EQ(RunVictim("session-end"), 7U);
+    ExpectReport(CutShort("the user logged off or the system shut down"));
+}
+
+TEST_F(RescueTest, LeavesAnOlderReportAloneWhileNothingWasKept) {
+    std::ofstream(folder_ / "vistrel_diag_report.txt") << "an older report";
+    RunVictim("access-violation early");
+    ExpectReport("an older report");
+}
+
+}  // namespace

@@ -1,0 +1,39 @@
+#include <algorithm>
+#include <array>
+#include <cstdio>
+
+#include "tools/vistrel_diag/rescue.h"
+
+namespace {
+
+/// What happened, in the reader's words; into `buffer` where it takes a number.
+const char* Cause(RunEnd end, unsigned exception_code, std::array<char, 64>& buffer) {
+    switch (end) {
+        case RunEnd::Crash:
+            std::snprintf(buffer.data(), buffer.size(), "the program crashed (exception 0x%08X)",
+                          exception_code);
+            return buffer.data();
+        case RunEnd::Abort:
+            return "the program aborted";
+        case RunEnd::ControlC:
+            return "the user stopped it with Ctrl-C";
+        case RunEnd::ConsoleClosed:
+            return "the console window was closed";
+        case RunEnd::SessionEnded:
+            return "the user logged off or the system shut down";
+    }
+    return "unknown";
+}
+
+}  // namespace
+
+std::size_t FormatCutShortLine(char* buffer, std::size_t size, RunEnd end, unsigned exception_code,
+                               const char* section) {
+    std::array<char, 64> cause = {};
+    const bool in_section = section[0] != '\0';
+    const int length =
+        std::snprintf(buffer, size, "!! THIS RUN WAS CUT SHORT %s%s%s: %s. Whatever would follow is missing.",
+                      in_section ? "in the section \"" : "before its first section", section,
+                      in_section ? "\"" : "", Cause(end, exception_code, cause));
+    return length < 0 ? 0 : std::min(static_cast<std::size_t>(length), size - 1);
+}

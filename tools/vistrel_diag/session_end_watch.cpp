@@ -1,0 +1,64 @@
+#include "tools/vistrel_diag/session_end_watch.h"
+
+#include <windows.h>
+
+namespace {
+
+constexpr const wchar_t* kWindowClass = L"vistrel_diag session end";
+constexpr DWORD kLongestGoodbyeMs = 2000;
+
+void (*session_end_callback)() = nullptr;
+HANDLE watching_thread = nullptr;
+DWORD watching_thread_id = 0;
+
+LRESULT CALLBACK OnWindowMessage(HWND window, UINT message, WPARAM first, LPARAM second) {
+    if (message == WM_ENDSESSION && first != FALSE) {
+        session_end_callback();
+        return 0;
+    }
+    return DefWindowProcW(window, message, first, second);
+}
+
+DWORD WINAPI PumpMessages(void* /*unused*/) {
+    WNDCLASSW window_class = {};
+    window_class.lpfnWndProc = OnWindowMessage;
+    window_class.hInstance = GetModuleHandleW(nullptr);
+    window_class.lpszClassName = kWindowClass;
+    if (RegisterClassW(&window_class) == 0) {
+        return 0;
+    }
+    // A top-level window that is never shown; message-only windows are not told of the session's end.
+    HWND window = CreateWindowExW(WS_EX_TOOLWINDOW | WS_EX_NOACTIVATE, kWindowClass, L"", WS_POPUP, 0, 0, 0,
+                                  0, nullptr, nullptr, window_class.hInstance, nullptr);
+    MSG message = {};
+    while (window != nullptr && GetMessageW(&message, nullptr, 0, 0) > 0) {
+        DispatchMessageW(&message);
+    }
+    if (window != nullptr) {
+        DestroyWindow(window);
+    }
+    UnregisterClassW(kWindowClass, window_class.hInstance);
+    return 0;
+}
+
+}  // namespace
+
+void WatchForSessionEnd(void (*on_session_end)()) {
+    session_end_callback = on_session_end;
+    watching_thread = CreateThread(nullptr, 0, PumpMessages, nullptr, 0, &watching_thread_id);
+}
+
+void StopWatchingForSessionEnd() {
+    if (watching_thread == nullptr) {
+        return;
+    }
+    // Fails while the thread has no message queue yet; then it is still starting, and asking again finds one.
+    for (DWORD waited = 0; waited < kLongestGoodbyeMs; waited += 10) {
+        PostThreadMessageW(watching_thread_id, WM_QUIT, 0, 0);
+        if (WaitForSingleObject(watching_thread, 10) == WAIT_OBJECT_0) {
+            break;
+        }
+    }
+    CloseHandle(watching_thread);
+    watching_thread = nullptr;
+}
