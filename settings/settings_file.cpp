@@ -22,6 +22,10 @@ const std::string& SettingsFilePath() {
     return AppliedPath();
 }
 
+void SetSettingsFilePath(std::string path) {
+    AppliedPath() = std::move(path);
+}
+
 std::vector<std::string> SettingsFileCandidates(std::string user_file, std::string_view exe_dir) {
     const std::string folder = exe_dir.empty() ? std::string() : std::string(exe_dir) + "\\";
     return {std::move(user_file), folder + "settings.json", folder + "..\\settings.json"};
@@ -35,7 +39,7 @@ bool ApplyFirstSettingsFile(const std::vector<std::string>& candidates) {
         }
         try {
             OverlaySettings(file, DiagSettings::Instance());
-            AppliedPath() = path;
+            SetSettingsFilePath(path);
             return true;
         } catch (const std::exception& error) {
             Report::Line("!! settings.json found at %s but could not be parsed: %s", path.c_str(),

@@ -11,6 +11,9 @@ inline constexpr std::string_view kNoSettingsFile = "(not found)";
 /// The path of the settings file that was applied in full (UTF-8), or kNoSettingsFile.
 const std::string& SettingsFilePath();
 
+/// Remembers `path` as the file that was applied. For the loader, and for tests.
+void SetSettingsFilePath(std::string path);
+
 /// Finds the product's settings file, first in the product data folder, then in `exe_dir` (UTF-8; empty: the
 /// current directory), then one level up, and lays it over DiagSettings::Instance(). True when a file was
 /// found and applied in full. A file that cannot be understood is a report line, and no other is tried; the

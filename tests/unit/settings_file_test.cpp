@@ -14,15 +14,18 @@ namespace {
 
 using testing::ElementsAre;
 
-/// A folder of its own for each test, and a fresh settings record.
+/// A folder of its own for each test, and the process-wide settings as they were behind it.
 class SettingsFile : public testing::Test {
   protected:
     SettingsFile() {
         std::filesystem::remove_all(folder_);
         std::filesystem::create_directories(folder_);
-        DiagSettings::Instance() = {};
     }
-    ~SettingsFile() override { std::filesystem::remove_all(folder_); }
+    ~SettingsFile() override {
+        std::filesystem::remove_all(folder_);
+        DiagSettings::Instance() = {};
+        SetSettingsFilePath(std::string(kNoSettingsFile));
+    }
 
     std::string Path(const std::string& name) const { return folder_ + "/" + name; }
 
