@@ -1,0 +1,274 @@
+// Measuring the rate of a desktop whose clock is scripted: every acquire takes a tenth of a millisecond, a
+// wait as long as it is allowed to.
+#include "tools/vistrel_diag/capture_measurement.h"
+
+#include <cmath>
+#include <limits>
+
+#include "tests/unit/report_capture.h"
+#include "tests/unit/screen_capture_test_base.h"
+#include "tools/vistrel_diag/capture_section.h"
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+namespace {
+
+constexpr double kTicksPerSecond = static_cast<double>(FakeDesktop::kCounterFrequency);
+constexpr std::int64_t kAcquireTicks = FakeDesktop::kCounterFrequency / 10'000;
+
+class CaptureMeasurementTest : public ScreenCaptureTestBase {
+  protected:
+    void SetUp() override {
+        ScreenCaptureTestBase::SetUp();
+        DiagSettings::Instance().capture_draw_cursor = false;
+        Machine().counter = kStart;
+        device_->GetImmediateContext(&context_);
+    }
+    void TearDown() override {
+        context_.Reset();
+        ScreenCaptureTestBase::TearDown();
+    }
+
+    /// Time passes, and nothing comes.
+    static FakeFrame Nothing() {
+        *Machine().counter +=
+            kAcquireTicks + Machine().timeouts.back() * (FakeDesktop::kCounterFrequency / 1000);
+        return {.result = DXGI_ERROR_WAIT_TIMEOUT};
+    }
+
+    /// `fps` images a second, the first at once.
+    void UseSource(double fps) {
+        Machine().next_frame = [this, fps]() -> FakeFrame {
+            const double elapsed = static_cast<double>(*Machine().counter - kStart) / kTicksPerSecond;
+            if (elapsed * fps < delivered_) {
+                *Machine().counter += kAcquireTicks;
+                return {.result = DXGI_ERROR_WAIT_TIMEOUT};
+            }
+            *Machine().counter += kAcquireTicks;
+            ++delivered_;
+            return {.width = 16, .height = 9, .seed = static_cast<std::uint32_t>(delivered_)};
+        };
+    }
+
+    /// Frames as scripted, then nothing.
+    void UseFrames(std::vector<FakeFrame> frames) {
+        Machine().frames.assign(frames.begin(), frames.end());
+        Machine().next_frame = Nothing;
+    }
+
+    CaptureMeasurement Measure(double seconds) {
+        CaptureMeasurement measurement;
+        errors_ = ErrorsOf([&] { measurement = MeasureCaptureRate(device_.Get(), context_.Get(), seconds); });
+        return measurement;
+    }
+
+    static constexpr std::int64_t kStart = 5'000'000'000;
+    Microsoft::WRL::ComPtr<ID3D11DeviceContext> context_;
+    int delivered_ = 0;
+    std::string errors_;
+};
+
+class CaptureRates : public CaptureMeasurementTest, public testing::WithParamInterface<int> {};
+
+TEST_P(CaptureRates, EveryImageIsCounted) {
+    const int fps = GetParam();
+    UseSource(fps);
+    const CaptureMeasurement measurement = Measure(2.0);
+    EXPECT_TRUE(measurement.ok);
+    EXPECT_EQ(measurement.error, "");
+    EXPECT_EQ(measurement.new_frames, static_cast<std::uint32_t>(delivered_));
+    EXPECT_EQ(delivered_, 2 * fps) << "the source lost none";
+    EXPECT_NEAR(FramesPerSecond(measurement), fps, 0.01 * fps);
+    EXPECT_NEAR(measurement.seconds, 2.0, 0.001);
+    EXPECT_EQ(measurement.calls, 20'000U);
+    EXPECT_EQ(Machine().idle_releases, 1) << "the capture was shut down";
+}
+
+INSTANTIATE_TEST_SUITE_P(Sources, CaptureRates, testing::Values(60, 144, 240, 1000));
+
+TEST_F(CaptureMeasurementTest, AStillDesktopGivesOneImage) {
+    UseFrames({{.width = 40, .height = 30, .seed = 4}});
+    const CaptureMeasurement measurement = Measure(1.0);
+    EXPECT_TRUE(measurement.ok);
+    EXPECT_EQ(measurement.new_frames, 1U);
+    EXPECT_GT(measurement.calls, 1000U);
+    EXPECT_EQ(measurement.width, 40U);
+    EXPECT_EQ(measurement.height, 30U);
+    EXPECT_EQ(measurement.pixels, FakePixels({.width = 40, .height = 30, .seed = 4}));
+    EXPECT_FALSE(measurement.cross_adapter);
+    EXPECT_EQ(measurement.capture_gpu_name, "Fast GPU");
+    EXPECT_EQ(errors_, "");
+}
+
+TEST_F(CaptureMeasurementTest, ADesktopThatNeverGivesAnImage) {
+    Machine().next_frame = Nothing;
+    const CaptureMeasurement measurement = Measure(3.0);
+    EXPECT_FALSE(measurement.ok);
+    EXPECT_EQ(measurement.error, "the capture started but never produced a frame");
+    EXPECT_EQ(measurement.new_frames, 0U);
+    EXPECT_EQ(measurement.width, 0U);
+    EXPECT_THAT(measurement.pixels, IsEmpty());
+    // Ten waits of 250 ms and as many acquires, then acquires alone.
+    EXPECT_NEAR(measurement.calls, 10 + 4990, 3);
+    EXPECT_THAT(std::vector<UINT>(Machine().timeouts.begin(), Machine().timeouts.begin() + 12),
+                ElementsAre(250, 250, 250, 250, 250, 250, 250, 250, 250, 250, 0, 0));
+}
+
+TEST_F(CaptureMeasurementTest, NoTimeAtAll) {
+    UseSource(60);
+    for (const double seconds : {0.0, -0.0, -1.0, -1e300, -std::numeric_limits<double>::infinity(),
+                                 std::numeric_limits<double>::quiet_NaN()}) {
+        const CaptureMeasurement measurement = Measure(seconds);
+        EXPECT_FALSE(measurement.ok) << seconds;
+        EXPECT_EQ(measurement.error, "the capture started but never produced a frame");
+        EXPECT_EQ(measurement.calls, 0U);
+        EXPECT_EQ(measurement.seconds, 0.0);
+        EXPECT_EQ(measurement.capture_gpu_name, "Fast GPU");
+    }
+    EXPECT_EQ(delivered_, 0);
+}
+
+TEST_F(CaptureMeasurementTest, AVeryLongTime) {
+    // An image an hour, for a year and more; the clock jumps so that the test does not.
+    Machine().next_frame = [this]() -> FakeFrame {
+        *Machine().counter += 3600 * FakeDesktop::kCounterFrequency;
+        ++delivered_;
+        return {.width = 16, .height = 9};
+    };
+    const CaptureMeasurement measurement = Measure(4e7);
+    EXPECT_TRUE(measurement.ok);
+    EXPECT_EQ(measurement.new_frames, 11'112U);
+    EXPECT_EQ(measurement.seconds, 11'112 * 3600.0);
+}
+
+TEST_F(CaptureMeasurementTest, NoMonitor) {
+    Machine().adapters[0].outputs.clear();
+    const CaptureMeasurement measurement = Measure(1.0);
+    EXPECT_FALSE(measurement.ok);
+    EXPECT_EQ(measurement.error,
+              "No display is attached to any GPU, so there is nothing to capture. Capture the game window "
+              "instead.");
+    EXPECT_EQ(measurement.calls, 0U);
+    EXPECT_EQ(measurement.capture_gpu_name, "");
+}
+
+TEST_F(CaptureMeasurementTest, CapturedOnAnotherGpu) {
+    UseHybridLaptop();
+    context_.Reset();
+    device_->GetImmediateContext(&context_);
+    UseFrames({{.width = 33, .height = 5, .seed = 4}});
+    const CaptureMeasurement measurement = Measure(0.1);
+    EXPECT_TRUE(measurement.ok);
+    EXPECT_TRUE(measurement.cross_adapter);
+    EXPECT_EQ(measurement.capture_gpu_name, "Panel GPU");
+    EXPECT_EQ(measurement.pixels, FakePixels({.width = 33, .height = 5, .seed = 4}));
+}
+
+TEST_F(CaptureMeasurementTest, LostAndRestoredMeanwhile) {
+    UseFrames({{}, {.result = DXGI_ERROR_ACCESS_LOST}, {.seed = 2}, {.seed = 3}});
+    const CaptureMeasurement measurement = Measure(0.01);
+    EXPECT_TRUE(measurement.ok);
+    EXPECT_EQ(measurement.new_frames, 3U);
+    EXPECT_GE(measurement.calls, 4U);
+    EXPECT_EQ(
+        errors_,
+        "[ScreenCaptureDxgi] Access lost. Reinitializing...\n[ScreenCaptureDxgi] Duplication restored.\n");
+}
+
+TEST_F(CaptureMeasurementTest, ALossThatLastsCountsItsCallsAlone) {
+    Machine().counter_step = kAcquireTicks;
+    Machine().next_frame = [this]() -> FakeFrame {
+        if (++delivered_ == 1) {
+            return {};
+        }
+        Machine().adapters[0].outputs[0].duplicate_result = E_ACCESSDENIED;
+        return {.result = DXGI_ERROR_ACCESS_LOST};
+    };
+    const CaptureMeasurement measurement = Measure(0.05);
+    EXPECT_TRUE(measurement.ok);
+    EXPECT_EQ(measurement.new_frames, 1U);
+    EXPECT_NEAR(measurement.calls, 500, 5);
+    EXPECT_EQ(delivered_, 2);
+    EXPECT_EQ(Machine().duplications, 2) << "the scripted tick stands still";
+    EXPECT_THAT(measurement.pixels, SizeIs(64 * 48 * 4));
+    EXPECT_EQ(errors_, "[ScreenCaptureDxgi] Access lost. Reinitializing...\n");
+}
+
+TEST_F(CaptureMeasurementTest, RowsFurtherApartThanThePictureIsWide) {
+    Machine().extra_row_pitch = 100;
+    UseFrames({{.width = 33, .height = 7, .seed = 4}});
+    EXPECT_EQ(Measure(0.01).pixels, FakePixels({.width = 33, .height = 7, .seed = 4}));
+}
+
+TEST_F(CaptureMeasurementTest, ALaterImageWhenTheFirstCannotBeReadBack) {
+    Machine().staging_textures_fail = true;
+    Machine().next_frame = [this]() -> FakeFrame {
+        *Machine().counter += kAcquireTicks;
+        Machine().staging_textures_fail = ++delivered_ < 3;
+        return {.seed = static_cast<std::uint32_t>(delivered_)};
+    };
+    const CaptureMeasurement measurement = Measure(0.001);
+    EXPECT_EQ(measurement.new_frames, 10U);
+    EXPECT_EQ(measurement.pixels, FakePixels({.seed = 3}));
+}
+
+TEST_F(CaptureMeasurementTest, NothingReadBackWhenMappingFails) {
+    Machine().map_result = DXGI_ERROR_DEVICE_REMOVED;
+    UseFrames({{}, {}});
+    const CaptureMeasurement measurement = Measure(0.001);
+    EXPECT_TRUE(measurement.ok);
+    EXPECT_EQ(measurement.new_frames, 2U);
+    EXPECT_THAT(measurement.pixels, IsEmpty());
+}
+
+TEST_F(CaptureMeasurementTest, APictureOfAnotherSizeThanReportedIsNotReadBack) {
+    Machine().next_frame = [this]() -> FakeFrame {
+        *Machine().counter += kAcquireTicks;
+        Machine().staging_textures_fail = ++delivered_ == 1;
+        return {.width = delivered_ == 1 ? 64U : 32U, .height = delivered_ == 1 ? 48U : 24U};
+    };
+    const CaptureMeasurement measurement = Measure(0.001);
+    EXPECT_EQ(measurement.width, 64U);
+    EXPECT_EQ(measurement.height, 48U);
+    EXPECT_THAT(measurement.pixels, IsEmpty());
+}
+
+TEST_F(CaptureMeasurementTest, ADesktopInAFormatWithoutAPicture) {
+    for (const DXGI_FORMAT format : {DXGI_FORMAT_R8G8B8A8_UNORM, DXGI_FORMAT_R16G16B16A16_FLOAT}) {
+        UseFrames({{.format = format}, {.format = format}});
+        const CaptureMeasurement measurement = Measure(0.001);
+        EXPECT_FALSE(measurement.ok);
+        EXPECT_EQ(measurement.error, "the capture started but never produced a frame");
+        EXPECT_THAT(measurement.pixels, IsEmpty());
+    }
+}
+
+TEST_F(CaptureMeasurementTest, TheWholeSection) {
+    UseFrames({{}});
+    const ReportCapture report;
+    testing::internal::CaptureStdout();
+    ReportCaptureSection(device_.Get(), context_.Get(), 0.5);
+    testing::internal::GetCapturedStdout();
+    EXPECT_EQ(report.Text(), R"(
+== SCREEN CAPTURE ================================================
+Duplicated      : 64x48
+New frames      : 1 in 0.50 s  ->  2.0 fps from the desktop
+(An idle desktop, so this is not a game's rate - part 2 measures that.)
+)");
+}
+
+TEST_F(CaptureMeasurementTest, TheGamesFrameRate) {
+    UseSource(144);
+    const ReportCapture report;
+    testing::internal::CaptureStdout();
+    ReportGameFrameRate(device_.Get(), context_.Get(), 0.5);
+    testing::internal::GetCapturedStdout();
+    EXPECT_EQ(report.Text(), R"(
+Frame rate reaching the capture: 144.0 fps (72 frames in 0.50 s at 16x9)
+This is the rate Vistrel would be fed at - the game's own rate, not the headset's.
+)");
+}
+
+}  // namespace

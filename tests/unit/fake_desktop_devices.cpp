@@ -1,0 +1,220 @@
+// The scripted machine's devices: real ones, in which single calls can be made to fail.
+#include <algorithm>
+#include <cstring>
+#include <deque>
+#include <utility>
+
+#include "tests/unit/fake_desktop_parts.h"
+
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+/// Replaces one function of the class that `object` is of, for good. Returns the function before.
+template <typename Function>
+Function PatchSlot(void* object, std::size_t slot, Function replacement) {
+    void** table = *static_cast<void***>(object);
+    DWORD protection = 0;
+    VirtualProtect(&table[slot], sizeof(void*), PAGE_READWRITE, &protection);
+    const auto before = reinterpret_cast<Function>(table[slot]);
+    table[slot] = reinterpret_cast<void*>(replacement);
+    VirtualProtect(&table[slot], sizeof(void*), protection, &protection);
+    return before;
+}
+
+using GetAdapterFunction = HRESULT(STDMETHODCALLTYPE*)(IDXGIDevice*, IDXGIAdapter**);
+using CreateTextureFunction = HRESULT(STDMETHODCALLTYPE*)(ID3D11Device*, const D3D11_TEXTURE2D_DESC*,
+                                                          const D3D11_SUBRESOURCE_DATA*, ID3D11Texture2D**);
+using CreateViewFunction = HRESULT(STDMETHODCALLTYPE*)(ID3D11Device*, ID3D11Resource*,
+                                                       const D3D11_SHADER_RESOURCE_VIEW_DESC*,
+                                                       ID3D11ShaderResourceView**);
+using MapFunction = HRESULT(STDMETHODCALLTYPE*)(ID3D11DeviceContext*, ID3D11Resource*, UINT, D3D11_MAP, UINT,
+                                                D3D11_MAPPED_SUBRESOURCE*);
+
+CreateTextureFunction real_create_texture = nullptr;
+CreateViewFunction real_create_view = nullptr;
+MapFunction real_map = nullptr;
+
+HRESULT STDMETHODCALLTYPE FakeGetAdapter(IDXGIDevice* device, IDXGIAdapter** adapter) {
+    *adapter = nullptr;
+    std::size_t number = 0;
+    UINT size = sizeof(number);
+    if (FAILED(Machine().get_adapter_result)) {
+        return Machine().get_adapter_result;
+    }
+    if (FAILED(device->GetPrivateData(kAdapterTag, &size, &number))) {
+        return E_FAIL;
+    }
+    *adapter = MakeFakeAdapter(number);
+    return S_OK;
+}
+
+HRESULT STDMETHODCALLTYPE FakeCreateTexture(ID3D11Device* device, const D3D11_TEXTURE2D_DESC* description,
+                                            const D3D11_SUBRESOURCE_DATA* data, ID3D11Texture2D** texture) {
+    if (Machine().staging_textures_fail && description->Usage == D3D11_USAGE_STAGING) {
+        *texture = nullptr;
+        return E_OUTOFMEMORY;
+    }
+    return real_create_texture(device, description, data, texture);
+}
+
+HRESULT STDMETHODCALLTYPE FakeCreateView(ID3D11Device* device, ID3D11Resource* resource,
+                                         const D3D11_SHADER_RESOURCE_VIEW_DESC* description,
+                                         ID3D11ShaderResourceView** view) {
+    if (Machine().shader_views_fail) {
+        *view = nullptr;
+        return E_OUTOFMEMORY;
+    }
+    return real_create_view(device, resource, description, view);
+}
+
+/// Copies what is mapped to rows that lie further apart.
+void WidenRows(ID3D11Resource* resource, D3D11_MAPPED_SUBRESOURCE* mapped) {
+    static std::vector<std::uint8_t> wide;
+    ComPtr<ID3D11Texture2D> texture;
+    if (FAILED(resource->QueryInterface(IID_PPV_ARGS(&texture)))) {
+        return;
+    }
+    D3D11_TEXTURE2D_DESC description = {};
+    texture->GetDesc(&description);
+    const std::size_t row_bytes = std::size_t{description.Width} * BytesPerTexel(description.Format);
+    const std::size_t pitch = mapped->RowPitch + Machine().extra_row_pitch;
+    wide.assign(pitch * description.Height, 0xEE);
+    for (UINT row = 0; row < description.Height; ++row) {
+        std::memcpy(&wide[row * pitch],
+                    static_cast<const std::uint8_t*>(mapped->pData) + std::size_t{row} * mapped->RowPitch,
+                    row_bytes);
+    }
+    mapped->pData = wide.data();
+    mapped->RowPitch = static_cast<UINT>(pitch);
+}
+
+HRESULT STDMETHODCALLTYPE FakeMap(ID3D11DeviceContext* context, ID3D11Resource* resource, UINT subresource,
+                                  D3D11_MAP type, UINT flags, D3D11_MAPPED_SUBRESOURCE* mapped) {
+    if (FAILED(Machine().map_result)) {
+        return Machine().map_result;
+    }
+    const HRESULT result = real_map(context, resource, subresource, type, flags, mapped);
+    if (SUCCEEDED(result) && type == D3D11_MAP_READ && Machine().extra_row_pitch != 0) {
+        WidenRows(resource, mapped);
+    }
+    return result;
+}
+
+/// Positions in the tables of functions, as the interfaces declare them.
+constexpr std::size_t kGetAdapterSlot = 7;
+constexpr std::size_t kCreateTexture2dSlot = 5;
+constexpr std::size_t kCreateShaderResourceViewSlot = 7;
+constexpr std::size_t kMapSlot = 14;
+
+void PatchTables(ID3D11Device* device) {
+    if (real_map != nullptr) {
+        return;
+    }
+    ComPtr<IDXGIDevice> dxgi_device;
+    ComPtr<ID3D11DeviceContext> context;
+    device->QueryInterface(IID_PPV_ARGS(&dxgi_device));
+    device->GetImmediateContext(&context);
+    PatchSlot<GetAdapterFunction>(dxgi_device.Get(), kGetAdapterSlot, FakeGetAdapter);
+    real_create_texture = PatchSlot<CreateTextureFunction>(device, kCreateTexture2dSlot, FakeCreateTexture);
+    real_create_view = PatchSlot<CreateViewFunction>(device, kCreateShaderResourceViewSlot, FakeCreateView);
+    real_map = PatchSlot<MapFunction>(context.Get(), kMapSlot, FakeMap);
+}
+
+ULONG ReferencesOf(IUnknown* object) {
+    object->AddRef();
+    return object->Release();
+}
+
+/// Never destroyed: Direct3D may be gone before this program's own statics.
+std::deque<KeptDevice>& KeptDevices() {
+    static auto* devices = new std::deque<KeptDevice>;
+    return *devices;
+}
+
+}  // namespace
+
+const KeptDevice* DeviceFor(std::size_t adapter, const wchar_t* purpose) {
+    const std::wstring key = purpose + std::to_wstring(adapter);
+    for (const KeptDevice& kept : KeptDevices()) {
+        if (kept.key == key) {
+            return &kept;
+        }
+    }
+    static const auto real = RealFunction<decltype(&D3D11CreateDevice)>(L"d3d11.dll", "D3D11CreateDevice");
+    KeptDevice made;
+    made.key = key;
+    if (FAILED(real(nullptr, D3D_DRIVER_TYPE_HARDWARE, nullptr, 0, nullptr, 0, D3D11_SDK_VERSION,
+                    &made.device, nullptr, &made.context))) {
+        return nullptr;
+    }
+    PatchTables(made.device.Get());
+    made.device->SetPrivateData(kAdapterTag, sizeof(adapter), &adapter);
+    KeptDevice& kept = KeptDevices().emplace_back(std::move(made));
+    kept.device_references = ReferencesOf(kept.device.Get());
+    kept.context_references = ReferencesOf(kept.context.Get());
+    return &kept;
+}
+
+bool DevicesAreStillReferenced() {
+    return std::any_of(KeptDevices().begin(), KeptDevices().end(), [](const KeptDevice& kept) {
+        return ReferencesOf(kept.device.Get()) != kept.device_references ||
+               ReferencesOf(kept.context.Get()) != kept.context_references;
+    });
+}
+
+ComPtr<ID3D11Device> RenderDevice() {
+    const KeptDevice* kept = DeviceFor(Machine().render_adapter, L"render");
+    return kept == nullptr ? nullptr : kept->device;
+}
+
+ComPtr<ID3D11Device> AnotherRenderDevice() {
+    const KeptDevice* kept = DeviceFor(Machine().render_adapter, L"other");
+    return kept == nullptr ? nullptr : kept->device;
+}
+
+std::vector<std::uint8_t> PixelsOf(ID3D11ShaderResourceView* view) {
+    if (view == nullptr) {
+        return {};
+    }
+    ComPtr<ID3D11Device> device;
+    ComPtr<ID3D11DeviceContext> context;
+    ComPtr<ID3D11Resource> resource;
+    view->GetDevice(&device);
+    device->GetImmediateContext(&context);
+    view->GetResource(&resource);
+    D3D11_TEXTURE2D_DESC description = DescriptionOf(view);
+    const UINT row_bytes = description.Width * BytesPerTexel(description.Format);
+    description.Usage = D3D11_USAGE_STAGING;
+    description.BindFlags = 0;
+    description.MiscFlags = 0;
+    description.CPUAccessFlags = D3D11_CPU_ACCESS_READ;
+    ComPtr<ID3D11Texture2D> copy;
+    if (FAILED(real_create_texture(device.Get(), &description, nullptr, &copy))) {
+        return {};
+    }
+    context->CopyResource(copy.Get(), resource.Get());
+    D3D11_MAPPED_SUBRESOURCE mapped = {};
+    if (FAILED(real_map(context.Get(), copy.Get(), 0, D3D11_MAP_READ, 0, &mapped))) {
+        return {};
+    }
+    std::vector<std::uint8_t> pixels;
+    for (UINT row = 0; row < description.Height; ++row) {
+        const auto* bytes =
+            static_cast<const std::uint8_t*>(mapped.pData) + std::size_t{row} * mapped.RowPitch;
+        pixels.insert(pixels.end(), bytes, bytes + row_bytes);
+    }
+    context->Unmap(copy.Get(), 0);
+    return pixels;
+}
+
+D3D11_TEXTURE2D_DESC DescriptionOf(ID3D11ShaderResourceView* view) {
+    ComPtr<ID3D11Resource> resource;
+    ComPtr<ID3D11Texture2D> texture;
+    D3D11_TEXTURE2D_DESC description = {};
+    view->GetResource(&resource);
+    if (SUCCEEDED(resource.As(&texture))) {
+        texture->GetDesc(&description);
+    }
+    return description;
+}

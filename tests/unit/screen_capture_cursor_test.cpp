@@ -1,0 +1,108 @@
+// The pointer on a captured image.
+#include <utility>
+
+#include "tests/unit/screen_capture_test_base.h"
+
+using testing::IsEmpty;
+
+namespace {
+
+class ScreenCaptureCursor : public ScreenCaptureTestBase {
+  protected:
+    void SetUp() override {
+        ScreenCaptureTestBase::SetUp();
+        Machine().cursor = {.cbSize = sizeof(CURSORINFO),
+                            .flags = CURSOR_SHOWING,
+                            .hCursor = LoadCursorW(nullptr, IDC_ARROW),
+                            .ptScreenPos = {.x = 1930, .y = -90}};
+        Machine().adapters[0].outputs = {{.name = L"A"}, {.name = L"B", .left = 1920, .top = -100}};
+    }
+};
+
+TEST_F(ScreenCaptureCursor, WhereItIsOnTheMonitor) {
+    ASSERT_TRUE(Start("B"));
+    Push({});
+    const View view = capture_->GetFrame();
+    ASSERT_EQ(Machine().drawn_icons.size(), 1U);
+    const FakeDesktop::DrawnIcon& icon = Machine().drawn_icons[0];
+    EXPECT_EQ(icon.x, 10);
+    EXPECT_EQ(icon.y, 10);
+    EXPECT_EQ(icon.icon, Machine().cursor.hCursor);
+    EXPECT_EQ(icon.width, 0);
+    EXPECT_EQ(icon.height, 0);
+    EXPECT_EQ(icon.step, 0U);
+    EXPECT_EQ(icon.brush, nullptr);
+    EXPECT_EQ(icon.flags, 7U);
+    const std::vector<std::uint8_t> plain = FakePixels({});
+    const std::vector<std::uint8_t> drawn = PixelsOf(view.Get());
+    ASSERT_EQ(drawn.size(), plain.size());
+    int changed = 0;
+    for (std::size_t pixel = 0; pixel < plain.size() / 4; ++pixel) {
+        if (!std::equal(&plain[pixel * 4], &plain[pixel * 4] + 3, &drawn[pixel * 4])) {
+            ++changed;
+            EXPECT_GE(pixel % 64, 10U);
+            EXPECT_GE(pixel / 64, 10U);
+        }
+    }
+    EXPECT_GT(changed, 20) << "an arrow is to be seen";
+}
+
+TEST_F(ScreenCaptureCursor, OnAnotherMonitorItIsOutsideOfThePicture) {
+    ASSERT_TRUE(Start("A"));
+    Push({});
+    const View view = capture_->GetFrame();
+    ASSERT_EQ(Machine().drawn_icons.size(), 1U);
+    EXPECT_EQ(Machine().drawn_icons[0].x, 1930);
+    EXPECT_EQ(Machine().drawn_icons[0].y, -90);
+    EXPECT_EQ(PixelsOf(view.Get()), FakePixels({}));
+}
+
+TEST_F(ScreenCaptureCursor, OnlyAfterANewImage) {
+    ASSERT_TRUE(Start("B"));
+    capture_->GetFrame();
+    Push({});
+    capture_->GetFrame();
+    capture_->GetFrame();
+    EXPECT_EQ(Machine().drawn_icons.size(), 1U);
+}
+
+TEST_F(ScreenCaptureCursor, OnlyWhenShown) {
+    ASSERT_TRUE(Start("B"));
+    const auto expect_plain = [&](const char* why) {
+        Push({});
+        EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), FakePixels({})) << why;
+    };
+    Machine().cursor.flags = 0;
+    expect_plain("hidden");
+    Machine().cursor.flags = CURSOR_SUPPRESSED;
+    expect_plain("suppressed by touch");
+    Machine().cursor.flags = CURSOR_SHOWING;
+    Machine().cursor_info_result = FALSE;
+    expect_plain("no answer");
+    Machine().cursor_info_result = TRUE;
+    const HCURSOR arrow = std::exchange(Machine().cursor.hCursor, nullptr);
+    expect_plain("no shape");
+    Machine().cursor.hCursor = arrow;
+    DiagSettings::Instance().capture_draw_cursor = false;
+    expect_plain("not wanted");
+    EXPECT_THAT(Machine().drawn_icons, IsEmpty());
+}
+
+TEST_F(ScreenCaptureCursor, NotOnATextureThatGdiCannotDrawOn) {
+    ASSERT_TRUE(Start("B"));
+    Push({.format = DXGI_FORMAT_R8G8B8A8_TYPELESS});
+    EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), FakePixels({}));
+    EXPECT_THAT(Machine().drawn_icons, IsEmpty());
+}
+
+TEST_F(ScreenCaptureCursor, AlsoOnAPictureCarriedAcross) {
+    UseHybridLaptop();
+    Machine().adapters[0].outputs[0].left = 1920;
+    ErrorsOf([&] { ASSERT_TRUE(Start()); });
+    Push({});
+    capture_->GetFrame();
+    ASSERT_EQ(Machine().drawn_icons.size(), 1U);
+    EXPECT_EQ(Machine().drawn_icons[0].x, 10);
+}
+
+}  // namespace
