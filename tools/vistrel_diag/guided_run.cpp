@@ -12,12 +12,16 @@
 #include "tools/vistrel_diag/capture_section.h"
 #include "tools/vistrel_diag/console.h"
 #include "tools/vistrel_diag/depth_section.h"
+#include "tools/vistrel_diag/display_section.h"
+#include "tools/vistrel_diag/gpu_override_section.h"
 #include "tools/vistrel_diag/gpu_section.h"
+#include "tools/vistrel_diag/injection_section.h"
 #include "tools/vistrel_diag/machine_section.h"
 #include "tools/vistrel_diag/product_log_section.h"
 #include "tools/vistrel_diag/report.h"
 #include "tools/vistrel_diag/rescue.h"
 #include "tools/vistrel_diag/run_texts.h"
+#include "tools/vistrel_diag/running_software_section.h"
 #include "tools/vistrel_diag/settings_section.h"
 #include "tools/vistrel_diag/verdict.h"
 
@@ -30,14 +34,21 @@ void Begin(const RunOptions& options, const std::string& tool_folder) {
         AskContinue("Ready to start part 1?");  // Only a chance to get ready: there is nothing to skip yet.
     }
     PrintOpeningLines(tool_folder);
+    if (!options.quick && IsVistrelRunning()) {
+        WaitForVistrelToClose();
+    }
 }
 
 /// The machine, the product's settings and the headset. Returns the adapter that the OpenXR runtime requires,
 /// if it names one.
 std::optional<AdapterLuid> ReportPartOne(const std::string& tool_folder) {
     Report::Section("PART 1 - BASELINE, NOTHING ELSE RUNNING");
+    ReportRunningSoftwareSection();
     ReportMachineSection();
     ReportGpuSection();
+    ReportDisplaySection();
+    ReportGpuOverrideSection();
+    ReportInjectionSection(tool_folder);
     LoadProductSettings(tool_folder);  // The sections tell what became of it.
     ReportSettingsInEffect();
     ReportSettingsVerbatim();
@@ -63,6 +74,7 @@ void MeasureDepthModel(const RunOptions& options, const std::string& tool_folder
 void ReportPartTwo(const RunOptions& options, const BenchmarkDevice& benchmark, VerdictInput& verdict) {
     verdict.part_two_run = true;
     Report::Section("PART 2 - HEADSET ON, GAME RUNNING");
+    ReportRunningSoftwareSection();
     Report::Line("%s", "");
     ReportVramLines("while the game is running");
     if (!benchmark.device) {

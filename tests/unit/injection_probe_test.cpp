@@ -1,0 +1,165 @@
+// Real files and folders, in a folder of the test's own. The program has the tool's manifest, so that its
+// narrow calls take UTF-8 as the tool's do.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "platform/utf8.h"
+#include "tests/unit/report_capture.h"
+#include "tools/vistrel_diag/injection_section.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::StrEq;
+
+std::string TemporaryFolder() {
+    std::array<wchar_t, MAX_PATH + 1> path = {};
+    GetTempPathW(static_cast<DWORD>(path.size()), path.data());
+    return Utf8FromWide(path.data()) + "vistrel_diag_test_" + std::to_string(GetCurrentProcessId());
+}
+
+/// A folder that is removed with everything that was made in it.
+class TestFolder {
+  public:
+    explicit TestFolder(const std::string& ending) : path_(TemporaryFolder() + ending) { MakeFolder(path_); }
+    TestFolder(const TestFolder&) = delete;
+    TestFolder& operator=(const TestFolder&) = delete;
+    ~TestFolder() {
+        for (auto made = made_.rbegin(); made != made_.rend(); ++made) {
+            const std::wstring wide = WideFromUtf8(*made);
+            if (DeleteFileW(wide.c_str()) == FALSE) {
+                RemoveDirectoryW(wide.c_str());
+            }
+        }
+    }
+
+    const std::string& Path() const { return path_; }
+
+    void AddFile(const std::string& name) {
+        const std::string path = path_ + "\\" + name;
+        const HANDLE file =
+            CreateFileW(WideFromUtf8(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW, 0, nullptr);
+        ASSERT_NE(file, INVALID_HANDLE_VALUE) << path;
+        CloseHandle(file);
+        made_.push_back(path);
+    }
+
+    void AddFolder(const std::string& name) { MakeFolder(path_ + "\\" + name); }
+
+  private:
+    void MakeFolder(const std::string& path) {
+        ASSERT_NE(CreateDirectoryW(WideFromUtf8(path).c_str(), nullptr), FALSE) << path;
+        made_.push_back(path);
+    }
+
+    std::string path_;
+    std::vector<std::string> made_;
+};
+
+std::string Reported(std::string_view folder) {
+    const ReportCapture report;
+    ReportInjectionSection(folder);
+    return report.Text();
+}
+
+const std::string kHeader = "\n== INJECTED INTO VISTREL'S OWN FOLDER " + std::string(28, '=') + "\n";
+const std::string kNothing = "Nothing found. No proxy DLL and no ReShade files beside Vistrel.exe.\n";
+const std::string kAdvice =
+    "\n"
+    ">>> Something is injecting itself into Vistrel. This is what to undo first, before anything else in "
+    "this "
+    "report is worth reading.\n"
+    ">>> ReShade belongs on the GAME, never on Vistrel.exe. Run the ReShade uninstaller against this folder, "
+    "or "
+    "delete the files listed above.\n"
+    ">>> The symptom it produces is AI depth that runs and reports timings while no 3D ever reaches the "
+    "headset.\n";
+
+TEST(InjectionProbe, CannotTellWithoutAFolder) {
+    EXPECT_EQ(Reported(""), kHeader + "Cannot tell - the folder this is running from is not known.\n");
+}
+
+TEST(InjectionProbe, FindsNothingInACleanFolder) {
+    TestFolder folder("");
+    folder.AddFile("Vistrel.exe");
+    folder.AddFile("openxr_loader.dll");
+    folder.AddFile("dxgi.dll.bak");
+    EXPECT_EQ(Reported(folder.Path()), kHeader + kNothing);
+}
+
+TEST(InjectionProbe, FindsNothingInAFolderThatIsNotThere) {
+    EXPECT_EQ(Reported("C:\\no such folder at all"), kHeader + kNothing);
+}
+
+TEST(InjectionProbe, FindsOneProxyDll) {
+    TestFolder folder("");
+    folder.AddFile("dxgi.dll");
+    EXPECT_EQ(Reported(folder.Path()), kHeader + "PROXY DLL      : dxgi.dll   <- not ours\n" + kAdvice);
+}
+
+TEST(InjectionProbe, FindsAReShadeFolder) {
+    TestFolder folder("");
+    folder.AddFolder("reshade-shaders");
+    EXPECT_EQ(Reported(folder.Path()), kHeader + "ReShade file   : reshade-shaders\n" + kAdvice);
+}
+
+TEST(InjectionProbe, TakesFilesForFoldersAndFoldersForFiles) {
+    TestFolder folder("");
+    folder.AddFile("reshade-shaders");
+    folder.AddFolder("d3d9.dll");
+    EXPECT_EQ(
+        Reported(folder.Path()),
+        kHeader + "PROXY DLL      : d3d9.dll   <- not ours\nReShade file   : reshade-shaders\n" + kAdvice);
+}
+
+TEST(InjectionProbe, FindsAllSeventeen) {
+    TestFolder folder("");
+    const InjectedFiles everything = FindInjectedFiles([](const char*) { return true; });
+    for (const char* name : everything.proxy_dlls) {
+        folder.AddFile(name);
+    }
+    for (const char* name : everything.reshade_files) {
+        folder.AddFile(name);
+    }
+    const std::optional<InjectedFiles> found = ProbeInjectedFiles(folder.Path());
+    ASSERT_TRUE(found);
+    EXPECT_EQ(found->proxy_dlls, everything.proxy_dlls);
+    EXPECT_EQ(found->reshade_files, everything.reshade_files);
+    EXPECT_EQ(found->proxy_dlls.size() + found->reshade_files.size(), 17U);
+}
+
+TEST(InjectionProbe, LeavesLetterCaseToTheFileSystemAndNamesFilesAsAskedFor) {
+    TestFolder folder("");
+    folder.AddFile("DXGI.DLL");
+    folder.AddFile("RESHADE.INI");
+    EXPECT_EQ(Reported(folder.Path()),
+              kHeader + "PROXY DLL      : dxgi.dll   <- not ours\nReShade file   : ReShade.ini\n" + kAdvice);
+}
+
+TEST(InjectionProbe, LooksIntoAFolderWithANameBeyondAscii) {
+    TestFolder folder("_Ünïcødé ゲーム 🎮");
+    EXPECT_EQ(Reported(folder.Path()), kHeader + kNothing);
+    folder.AddFile("version.dll");
+    EXPECT_EQ(Reported(folder.Path()), kHeader + "PROXY DLL      : version.dll   <- not ours\n" + kAdvice);
+}
+
+TEST(InjectionProbe, TakesAPathThatNoCallBearsForAbsent) {
+    EXPECT_EQ(Reported("C:\\" + std::string(40000, 'a')), kHeader + kNothing);
+    EXPECT_EQ(Reported("C:\\ill-formed \xC3\x28"), kHeader + kNothing);
+}
+
+TEST(FileExistsBeside, JoinsFolderAndNameWithOneBackslash) {
+    TestFolder folder("");
+    folder.AddFile("a.txt");
+    EXPECT_TRUE(FileExistsBeside(folder.Path(), "a.txt"));
+    EXPECT_FALSE(FileExistsBeside(folder.Path(), "b.txt"));
+    EXPECT_TRUE(FileExistsBeside("C:", "windows"));
+}
+
+}  // namespace

@@ -1,0 +1,134 @@
+// Real processes under the names that matter, and real windows.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <optional>
+#include <string>
+
+#include "tests/unit/report_capture.h"
+#include "tests/unit/running_program.h"
+#include "tools/vistrel_diag/running_software_section.h"
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::UnorderedElementsAre;
+
+std::vector<std::string> RunningNotablePrograms() {
+    return ProbeRunningSoftware().notable;
+}
+
+TEST(RunningSoftwareProbe, FindsNothingWhileNothingNotableRuns) {
+    EXPECT_THAT(RunningNotablePrograms(), IsEmpty());
+    EXPECT_FALSE(IsVistrelRunning());
+    const ReportCapture report;
+    ReportRunningSoftwareSection();
+    EXPECT_EQ(report.Text().substr(0, 131),
+              "\n== WHAT ELSE WAS RUNNING DURING THIS TEST " + std::string(24, '=') +
+                  "\nNothing notable - no Vistrel, no SteamVR, no capture software.\n");
+}
+
+TEST(RunningSoftwareProbe, ListsAProgramThatRunsTwiceTwice) {
+    const RunningProgram first(L"sleeper", L"obs64.exe", L"60");
+    const RunningProgram second(L"sleeper", L"obs64.exe", L"60");
+    EXPECT_THAT(RunningNotablePrograms(), ElementsAre("obs64.exe", "obs64.exe"));
+    EXPECT_FALSE(IsVistrelRunning());
+}
+
+TEST(RunningSoftwareProbe, SpellsNamesAsTheProcessesDo) {
+    const RunningProgram server(L"sleeper", L"VRSERVER.EXE", L"60");
+    const RunningProgram streamer(L"sleeper", L"virtualdesktop.streamer.EXE", L"60");
+    const RunningProgram other(L"sleeper", L"ゲーム.exe", L"60");
+    EXPECT_THAT(RunningNotablePrograms(),
+                UnorderedElementsAre("VRSERVER.EXE", "virtualdesktop.streamer.EXE"));
+    EXPECT_FALSE(IsVistrelRunning());
+}
+
+TEST(RunningSoftwareProbe, TakesTheHostForTheProduct) {
+    const RunningProgram host(L"sleeper", L"ambulo.EXE", L"60");
+    EXPECT_TRUE(IsVistrelRunning());
+    const ReportCapture report;
+    ReportRunningSoftwareSection();
+    const std::string text = report.Text();
+    EXPECT_NE(text.find("\n  ambulo.EXE\n"), std::string::npos) << text;
+    const std::string last_line = "\n!! For clean timings, close Vistrel and run this again.\n";
+    EXPECT_EQ(text.substr(text.size() - last_line.size()), last_line);
+}
+
+TEST(RunningSoftwareProbe, WaitsUntilTheProductHasClosed) {
+    const RunningProgram product(L"sleeper", L"Vistrel.exe", L"2.5");
+    ::testing::internal::CaptureStdout();
+    WaitForVistrelToClose();
+    const std::string console = ::testing::internal::GetCapturedStdout();
+    const std::size_t first_dot = console.rfind("  Waiting.") + 9;
+    const std::size_t dots = console.find_first_not_of('.', first_dot) - first_dot;
+    // One a second; the program was started a moment before, on a machine that may be busy.
+    EXPECT_GE(dots, 1U) << console;
+    EXPECT_LE(dots, 3U) << console;
+    EXPECT_EQ(console.substr(first_dot + dots), "\n  Closed, thank you. Continuing.\n");
+    EXPECT_FALSE(IsVistrelRunning());
+}
+
+/// The foreground application while a window of that title is in the foreground.
+ForegroundApplication WhileInForeground(const std::wstring& name, const std::wstring& arguments) {
+    const RunningProgram program(L"titled_window", name, arguments);
+    EXPECT_TRUE(program.WaitForForeground());
+    return ProbeRunningSoftware().foreground.value_or(ForegroundApplication{"(none)", "(none)"});
+}
+
+TEST(ForegroundApplicationProbe, ReadsATitleInJapanese) {
+    const ForegroundApplication application = WhileInForeground(L"ゲーム.exe", L"60 \"ゲームの時間 🎮\"");
+    EXPECT_EQ(application.executable_name, "ゲーム.exe");
+    EXPECT_EQ(application.title, "ゲームの時間 🎮");
+}
+
+TEST(ForegroundApplicationProbe, CutsALongTitle) {
+    const ForegroundApplication application = WhileInForeground(L"long title.exe", L"60 é 600");
+    std::string expected;
+    for (int i = 0; i < 511; ++i) {
+        expected += "é";
+    }
+    EXPECT_EQ(application.title, expected);
+    EXPECT_EQ(application.executable_name, "long title.exe");
+}
+
+TEST(ForegroundApplicationProbe, NeverCutsACharacterInTwo) {
+    std::string expected;
+    for (int i = 0; i < 255; ++i) {
+        expected += "🎮";
+    }
+    EXPECT_EQ(WhileInForeground(L"long title.exe", L"60 🎮 300").title, expected);
+}
+
+TEST(ForegroundApplicationProbe, BearsAWindowWithoutATitle) {
+    const ForegroundApplication application = WhileInForeground(L"untitled.exe", L"60 \"\"");
+    EXPECT_EQ(application.executable_name, "untitled.exe");
+    EXPECT_EQ(application.title, "");
+}
+
+TEST(ForegroundApplicationProbe, LeavesATitleEmptyThatHasNoUtf8Form) {
+    EXPECT_EQ(WhileInForeground(L"odd title.exe", L"60 \"a\xDC00z\"").title, "");
+}
+
+TEST(ForegroundApplicationProbe, IsReportedInQuotesAfterTheNotablePrograms) {
+    const RunningProgram program(L"titled_window", L"obs32.exe", L"60 \"Aufnahme läuft\"");
+    ASSERT_TRUE(program.WaitForForeground());
+    const ReportCapture report;
+    ReportRunningSoftwareSection();
+    EXPECT_EQ(report.Text(), "\n== WHAT ELSE WAS RUNNING DURING THIS TEST " + std::string(24, '=') +
+                                 "\n  obs32.exe\nForeground app  : obs32.exe  \"Aufnahme läuft\"\n");
+}
+
+TEST(ForegroundApplicationProbe, IsNoneWithoutAForegroundWindow) {
+    for (int attempt = 0; GetForegroundWindow() != nullptr && attempt < 100; ++attempt) {
+        Sleep(20);
+    }
+    if (GetForegroundWindow() != nullptr) {
+        GTEST_SKIP() << "someone's window is in the foreground";
+    }
+    EXPECT_FALSE(ProbeRunningSoftware().foreground);
+}
+
+}  // namespace

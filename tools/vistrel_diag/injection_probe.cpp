@@ -1,0 +1,24 @@
+#include <windows.h>
+
+#include <string>
+
+#include "tools/vistrel_diag/injection_section.h"
+#include "tools/vistrel_diag/report.h"
+
+bool FileExistsBeside(std::string_view folder, std::string_view name) {
+    const std::string path = std::string(folder) + "\\" + std::string(name);
+    // The narrow call takes UTF-8 because the program's manifest makes that its code page.
+    return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+}
+
+std::optional<InjectedFiles> ProbeInjectedFiles(std::string_view tool_folder) {
+    if (tool_folder.empty()) {
+        return std::nullopt;
+    }
+    return FindInjectedFiles([tool_folder](const char* name) { return FileExistsBeside(tool_folder, name); });
+}
+
+void ReportInjectionSection(std::string_view tool_folder) {
+    Report::Section("INJECTED INTO VISTREL'S OWN FOLDER");
+    PrintInjectionSection(ProbeInjectedFiles(tool_folder));
+}

@@ -1,0 +1,30 @@
+// The report's section about files in the tool's own folder that make Windows load foreign code into the
+// product.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+/// What was found, by the names that were asked for; each list in the order of asking.
+struct InjectedFiles {
+    std::vector<const char*> proxy_dlls;     ///< named like a system library, so loaded in its place
+    std::vector<const char*> reshade_files;  ///< what a ReShade installation leaves, one of them a folder
+};
+
+/// Asks `exists` for every suspicious name.
+InjectedFiles FindInjectedFiles(const std::function<bool(const char* name)>& exists);
+
+/// Whether `folder` (UTF-8, no trailing separator) holds a file or folder of that name. False for whatever
+/// keeps the question from being answered.
+bool FileExistsBeside(std::string_view folder, std::string_view name);
+
+/// What lies in `tool_folder` (UTF-8, no trailing separator). Empty when the folder is not known (empty
+/// text).
+std::optional<InjectedFiles> ProbeInjectedFiles(std::string_view tool_folder);
+
+void PrintInjectionSection(const std::optional<InjectedFiles>& found);
+
+/// Reports what ProbeInjectedFiles finds.
+void ReportInjectionSection(std::string_view tool_folder);
