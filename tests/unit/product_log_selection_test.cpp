@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <random>
 #include <sstream>
-#include <streambuf>
 #include <string>
-#include <string_view>
 #include <vector>
+
+#include "tests/unit/repeated_text.h"
 
 namespace {
 
@@ -182,25 +182,6 @@ TEST(ProductLogSelection, AgreesWithPlainSelectionOnRandomLogs) {
         ASSERT_EQ(Select(text), SelectPlainly(text)) << "round " << round;
     }
 }
-
-/// A log of any size that is never in memory as a whole: the same text again and again.
-class RepeatedText : public std::streambuf {
-  public:
-    RepeatedText(std::string_view text, std::size_t times) : text_(text), times_(times) {}
-
-  private:
-    int_type underflow() override {
-        if (times_ == 0) {
-            return traits_type::eof();
-        }
-        --times_;
-        setg(text_.data(), text_.data(), text_.data() + text_.size());
-        return traits_type::to_int_type(text_.front());
-    }
-
-    std::string text_;
-    std::size_t times_;
-};
 
 TEST(ProductLogSelection, ManyRelevantLinesKeepTheLast) {
     RepeatedText text(Lines(1, 10'000, "DirectML: something failed here"), 50);

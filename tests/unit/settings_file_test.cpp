@@ -9,6 +9,7 @@
 
 #include "settings/diag_settings.h"
 #include "tests/unit/report_capture.h"
+#include "tools/vistrel_diag/settings_section.h"
 
 namespace {
 
@@ -94,6 +95,16 @@ TEST_F(SettingsFile, TheFirstThatOpensIsApplied) {
     EXPECT_EQ(SettingsFilePath(), second);
     EXPECT_EQ(DiagSettings::Instance().scale, 2.0F);
     EXPECT_EQ(report.Text(), "");
+}
+
+TEST_F(SettingsFile, AFileThatVanishesBeforeItIsQuotedIsNamed) {
+    const std::string file = Write("a.json", "{\"vistrel_scale\": 2}");
+    EXPECT_TRUE(ApplyFirstSettingsFile({file}));
+    std::filesystem::remove(file);
+    const ReportCapture report;
+    ReportSettingsVerbatim();
+    EXPECT_EQ(report.Text(), "\n== VISTREL SETTINGS, VERBATIM ====================================\n" + file +
+                                 " could not be opened.\n");
 }
 
 #ifdef _WIN32  // Elsewhere a folder can be opened as a file.
