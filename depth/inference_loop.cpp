@@ -10,8 +10,8 @@ bool IsUsableInputSize(std::int64_t width, std::int64_t height) {
 std::vector<float> MakeInputPattern(std::size_t count) {
     constexpr std::uint64_t kMultiplier = 2654435761;
     std::vector<float> pattern(count);
-    for (std::size_t i = 0; i < count; ++i) {
-        pattern[i] = static_cast<float>(std::uint64_t{i} * kMultiplier % 1000) / 1000.0F;
+    for (std::uint64_t i = 0; i < count; ++i) {
+        pattern[i] = static_cast<float>(i * kMultiplier % 1000) / 1000.0F;
     }
     return pattern;
 }

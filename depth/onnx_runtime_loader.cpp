@@ -20,12 +20,18 @@ constexpr std::uint32_t kApiVersion = 24;
 
 using GetApiBase = const OrtApiBase*(ORT_API_CALL*)();
 
+/// The module, loaded when it is not yet and never let go. Null when it cannot be loaded.
 HMODULE OnnxRuntimeModule() {
-    // A file that is no DLL must not open a message box in front of the person.
-    DWORD previous_mode = 0;
-    SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &previous_mode);
-    const HMODULE module = LoadLibraryW(kModuleName);
-    SetThreadErrorMode(previous_mode, nullptr);
+    static HMODULE module = nullptr;
+    if (module == nullptr) {
+        // A file that is no DLL must not open a message box in front of the person.
+        DWORD previous_mode = 0;
+        SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &previous_mode);
+        module = LoadLibraryW(kModuleName);
+        const DWORD error = GetLastError();
+        SetThreadErrorMode(previous_mode, nullptr);
+        SetLastError(error);
+    }
     return module;
 }
 

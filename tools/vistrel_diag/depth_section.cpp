@@ -57,13 +57,12 @@ ModelTiming PrintConfiguredModel(const DiagSettings& settings, const DepthModelT
     if (preset == nullptr && settings.custom_model_path.empty()) {
         Report::Line(
             "Quality is set to Custom but no custom model path is stored - the app would have no model to "
-            "load "
-            "here either.");
+            "load here either.");
         return {};
     }
-    const ModelTiming timing = preset != nullptr
-                                   ? timers.preset(*preset)
-                                   : timers.custom(settings.custom_model_path, settings.ai_resolution);
+    ModelTiming timing = preset != nullptr
+                             ? timers.preset(*preset)
+                             : timers.custom(settings.custom_model_path, settings.ai_resolution);
     PrintSingleModel(timing);
     return timing;
 }
