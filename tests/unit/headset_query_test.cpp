@@ -2,8 +2,12 @@
 #include <windows.h>
 
 #include <string>
+#include <tuple>
 
 #include "tests/lab/openxr/openxr_lab.h"
+#include "tests/unit/report_capture.h"
+#include "tools/vistrel_diag/display_section.h"
+#include "tools/vistrel_diag/gpu_section.h"
 #include "tools/vistrel_diag/headset_section.h"
 
 namespace {
@@ -192,5 +196,48 @@ TEST(HeadsetQuery, GenuineLoaderWithoutRuntime) {
     const OpenXrLab lab(LabLoader::Genuine, false);
     EXPECT_EQ(QueryOpenXrHeadset().message, kNoInstance);
 }
+
+/// A script of tests/lab/openxr/headsets with the report that belongs to it, on a hybrid laptop.
+class HeadsetGolden : public testing::TestWithParam<std::tuple<LabLoader, std::string>> {
+  protected:
+    void SetUp() override {
+        GpuInfo discrete;
+        discrete.name = "NVIDIA GeForce RTX 4060 Laptop GPU";
+        discrete.luid = {0xA001, 0};
+        GpuInfo integrated;
+        integrated.index = 1;
+        integrated.name = "Intel(R) UHD Graphics";
+        integrated.luid = {0xA002, 0};
+        DisplayInfo panel;
+        panel.primary = true;
+        panel.gpu = 1;
+        SetGpuList({discrete, integrated});
+        SetDisplayList({panel});
+    }
+    void TearDown() override {
+        SetGpuList({});
+        SetDisplayList({});
+    }
+};
+
+TEST_P(HeadsetGolden, Report) {
+    const auto& [loader, scenario] = GetParam();
+    const OpenXrLab lab(loader);
+    const std::string file = "tests/lab/openxr/headsets/" + scenario;
+    lab.SetScript(ReadSourceFile(file + ".txt"));
+    const ReportCapture report;
+    ReportHeadsetSection(QueryOpenXrHeadset());
+    EXPECT_EQ(report.Text(), ReadSourceFile(file + ".report"));
+}
+
+INSTANTIATE_TEST_SUITE_P(Scenarios, HeadsetGolden,
+                         testing::Combine(testing::Values(LabLoader::Genuine, LabLoader::StandIn),
+                                          testing::Values("awake", "other_gpu", "unknown_gpu", "asleep",
+                                                          "refused", "no_views")),
+                         [](const auto& instance) {
+                             return std::get<1>(instance.param) +
+                                    (std::get<0>(instance.param) == LabLoader::Genuine ? "_genuine"
+                                                                                       : "_stand_in");
+                         });
 
 }  // namespace

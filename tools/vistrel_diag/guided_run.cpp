@@ -15,6 +15,8 @@
 #include "tools/vistrel_diag/display_section.h"
 #include "tools/vistrel_diag/gpu_override_section.h"
 #include "tools/vistrel_diag/gpu_section.h"
+#include "tools/vistrel_diag/hand_tracking_probe.h"
+#include "tools/vistrel_diag/headset_section.h"
 #include "tools/vistrel_diag/injection_section.h"
 #include "tools/vistrel_diag/machine_section.h"
 #include "tools/vistrel_diag/product_log_section.h"
@@ -26,6 +28,8 @@
 #include "tools/vistrel_diag/verdict.h"
 
 namespace {
+
+constexpr double kHandWatchSeconds = 12.0;  // Enough to put two controllers down and raise the hands.
 
 /// Greets the person and opens the report.
 void Begin(const RunOptions& options, const std::string& tool_folder) {
@@ -53,7 +57,9 @@ std::optional<AdapterLuid> ReportPartOne(const std::string& tool_folder) {
     ReportSettingsInEffect();
     ReportSettingsVerbatim();
     ReportProductLog();
-    return std::nullopt;
+    const HeadsetQuery headset = QueryOpenXrHeadset();
+    ReportHeadsetSection(headset);
+    return headset.luid_known ? std::optional(headset.adapter_luid) : std::nullopt;
 }
 
 /// The measurements that need the benchmark device.
@@ -71,15 +77,25 @@ void MeasureDepthModel(const RunOptions& options, const std::string& tool_folder
     }
 }
 
+void OfferHandTracking(ID3D11Device* device) {
+    Report::Line("%s", "");
+    if (AskContinue(
+            "Run the hand-tracking check? (hold controllers, then set them down and raise your hands)")) {
+        ProbeHandTracking(device, kHandWatchSeconds);
+    }
+}
+
 void ReportPartTwo(const RunOptions& options, const BenchmarkDevice& benchmark, VerdictInput& verdict) {
     verdict.part_two_run = true;
     Report::Section("PART 2 - HEADSET ON, GAME RUNNING");
     ReportRunningSoftwareSection();
     Report::Line("%s", "");
     ReportVramLines("while the game is running");
+    ReportHeadsetSection(QueryOpenXrHeadset());
     if (!benchmark.device) {
         return;
     }
+    OfferHandTracking(benchmark.device.Get());
     const CaptureMeasurement capture =
         ReportGameFrameRate(benchmark.device.Get(), benchmark.context.Get(), options.capture_seconds);
     verdict.game_fps = capture.ok ? FramesPerSecond(capture) : 0.0;
