@@ -1,0 +1,60 @@
+"""Runs in front of the scripted OpenXR runtime of tests/lab/openxr, through the genuine loader.
+
+    headset = openxr.connect(install, "view 2016 2240\\nluid 00000000:00012C3D\\n")
+    run = run_tool(*lab.CHEAP, scenario="hybrid-laptop", env=headset.env)
+    assert headset.calls()[-1] == "unloaded"
+"""
+
+import pathlib
+from dataclasses import dataclass
+
+import lab
+
+FOLDER = lab.BUILD / "tests" / "lab" / "openxr"
+SCRIPTS = lab.ROOT / "tests" / "lab" / "openxr"
+
+
+@dataclass
+class Headset:
+    env: dict
+    log: pathlib.Path
+
+    def calls(self):
+        """What the runtime was asked, a line a call. Fails when the tool used the runtime wrongly."""
+        lines = self.log.read_text(encoding="utf-8").splitlines() if self.log.exists() else []
+        assert not [line for line in lines if line.startswith("WRONG")], "\n".join(lines)
+        return lines
+
+
+def register_runtime():
+    """The value is the same for every run; what it names is each run's own affair."""
+    exit_code, output, errors = lab.run_program(
+        [lab.ROOT / "cmake" / "wine", "reg", "add", r"HKLM\SOFTWARE\Khronos\OpenXR\1", "/v", "ActiveRuntime"]
+        + ["/t", "REG_EXPAND_SZ", "/d", "%VISTREL_LAB_OPENXR_MANIFEST%", "/f"]
+    )
+    assert exit_code == 0, (output, errors)
+
+
+def connect(install, script, loader="genuine_loader"):
+    """Puts a loader (a folder of the lab's) beside the tool, and a runtime that does what the script says behind it."""
+    install.add_library("openxr_loader.dll", FOLDER / loader / "openxr_loader.dll")
+    register_runtime()
+    script_file = install.folder.parent / "openxr_script.txt"
+    script_file.write_text(script, encoding="utf-8")
+    log = install.folder.parent / "openxr_log.txt"
+    return Headset(
+        {
+            "VISTREL_LAB_OPENXR_MANIFEST": lab.windows_path(FOLDER / "openxr_runtime" / "runtime.json"),
+            "VISTREL_LAB_OPENXR": lab.windows_path(script_file),
+            "VISTREL_LAB_OPENXR_LOG": lab.windows_path(log),
+        },
+        log,
+    )
+
+
+def probe_script(name):
+    return (SCRIPTS / "probes" / f"{name}.txt").read_text(encoding="utf-8")
+
+
+def probe_report(name):
+    return (SCRIPTS / "probes" / f"{name}.report").read_text(encoding="utf-8")
