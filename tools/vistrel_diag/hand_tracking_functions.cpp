@@ -1,26 +1,23 @@
 #include "tools/vistrel_diag/hand_tracking_functions.h"
 
 HandTrackingFunctions FindHandTrackingFunctions(PFN_xrGetInstanceProcAddr get_function, XrInstance instance) {
-    const auto find = [&]<typename Function>(Function& function, const char* name) {
-        function = FindOpenXrFunction<Function>(get_function, instance, name);
-    };
     HandTrackingFunctions xr = {};
-    find(xr.get_system, "xrGetSystem");
-    find(xr.get_requirements, "xrGetD3D11GraphicsRequirementsKHR");
-    find(xr.create_session, "xrCreateSession");
-    find(xr.destroy_session, "xrDestroySession");
-    find(xr.create_space, "xrCreateReferenceSpace");
-    find(xr.destroy_space, "xrDestroySpace");
-    find(xr.poll_event, "xrPollEvent");
-    find(xr.begin_session, "xrBeginSession");
-    find(xr.end_session, "xrEndSession");
-    find(xr.wait_frame, "xrWaitFrame");
-    find(xr.begin_frame, "xrBeginFrame");
-    find(xr.end_frame, "xrEndFrame");
-    find(xr.destroy_instance, "xrDestroyInstance");
-    find(xr.create_tracker, "xrCreateHandTrackerEXT");
-    find(xr.destroy_tracker, "xrDestroyHandTrackerEXT");
-    find(xr.locate_joints, "xrLocateHandJointsEXT");
+    FindOpenXrFunction(get_function, instance, "xrGetSystem", xr.get_system);
+    FindOpenXrFunction(get_function, instance, "xrGetD3D11GraphicsRequirementsKHR", xr.get_requirements);
+    FindOpenXrFunction(get_function, instance, "xrCreateSession", xr.create_session);
+    FindOpenXrFunction(get_function, instance, "xrDestroySession", xr.destroy_session);
+    FindOpenXrFunction(get_function, instance, "xrCreateReferenceSpace", xr.create_space);
+    FindOpenXrFunction(get_function, instance, "xrDestroySpace", xr.destroy_space);
+    FindOpenXrFunction(get_function, instance, "xrPollEvent", xr.poll_event);
+    FindOpenXrFunction(get_function, instance, "xrBeginSession", xr.begin_session);
+    FindOpenXrFunction(get_function, instance, "xrEndSession", xr.end_session);
+    FindOpenXrFunction(get_function, instance, "xrWaitFrame", xr.wait_frame);
+    FindOpenXrFunction(get_function, instance, "xrBeginFrame", xr.begin_frame);
+    FindOpenXrFunction(get_function, instance, "xrEndFrame", xr.end_frame);
+    FindOpenXrFunction(get_function, instance, "xrDestroyInstance", xr.destroy_instance);
+    FindOpenXrFunction(get_function, instance, "xrCreateHandTrackerEXT", xr.create_tracker);
+    FindOpenXrFunction(get_function, instance, "xrDestroyHandTrackerEXT", xr.destroy_tracker);
+    FindOpenXrFunction(get_function, instance, "xrLocateHandJointsEXT", xr.locate_joints);
     return xr;
 }
 

@@ -16,15 +16,12 @@ struct QueryFunctions {
 };
 
 QueryFunctions FindQueryFunctions(PFN_xrGetInstanceProcAddr get_function, XrInstance instance) {
-    const auto find = [&]<typename Function>(Function& function, const char* name) {
-        function = FindOpenXrFunction<Function>(get_function, instance, name);
-    };
     QueryFunctions xr = {};
-    find(xr.get_properties, "xrGetInstanceProperties");
-    find(xr.get_system, "xrGetSystem");
-    find(xr.enumerate_views, "xrEnumerateViewConfigurationViews");
-    find(xr.destroy_instance, "xrDestroyInstance");
-    find(xr.get_requirements, "xrGetD3D11GraphicsRequirementsKHR");
+    FindOpenXrFunction(get_function, instance, "xrGetInstanceProperties", xr.get_properties);
+    FindOpenXrFunction(get_function, instance, "xrGetSystem", xr.get_system);
+    FindOpenXrFunction(get_function, instance, "xrEnumerateViewConfigurationViews", xr.enumerate_views);
+    FindOpenXrFunction(get_function, instance, "xrDestroyInstance", xr.destroy_instance);
+    FindOpenXrFunction(get_function, instance, "xrGetD3D11GraphicsRequirementsKHR", xr.get_requirements);
     return xr;
 }
 

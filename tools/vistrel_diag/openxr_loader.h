@@ -63,14 +63,13 @@ XrInstance CreateOpenXrInstance(PFN_xrCreateInstance create_instance,
 /// The head-mounted display; XR_NULL_SYSTEM_ID when the runtime has none right now.
 XrSystemId FindHeadMountedDisplay(PFN_xrGetSystem get_system, XrInstance instance);
 
-/// A function of the instance; null when neither the loader nor the runtime has it.
+/// Looks up a function of the instance; null when neither the loader nor the runtime has it.
 template <typename Function>
-Function FindOpenXrFunction(PFN_xrGetInstanceProcAddr get_function, XrInstance instance, const char* name) {
+void FindOpenXrFunction(PFN_xrGetInstanceProcAddr get_function, XrInstance instance, const char* name,
+                        Function& function) {
     PFN_xrVoidFunction found = nullptr;
-    if (XR_FAILED(get_function(instance, name, &found))) {
-        return nullptr;
-    }
-    return reinterpret_cast<Function>(found);
+    const bool has_it = XR_SUCCEEDED(get_function(instance, name, &found));
+    function = has_it ? reinterpret_cast<Function>(found) : nullptr;
 }
 
 /// Owns one OpenXR handle. Where the runtime lacks the destroying function, the handle is left alone.
