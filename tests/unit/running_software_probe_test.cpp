@@ -10,6 +10,23 @@
 #include "tests/unit/running_program.h"
 #include "tools/vistrel_diag/running_software_section.h"
 
+// The foreground window of this program: the real one, but where a test says otherwise.
+namespace {
+
+std::optional<HWND> scripted_foreground;
+
+HWND WINAPI ForegroundWindow() {
+    return scripted_foreground ? *scripted_foreground
+                               : reinterpret_cast<HWND(WINAPI*)()>(GetProcAddress(
+                                     GetModuleHandleW(L"user32.dll"), "GetForegroundWindow"))();
+}
+
+}  // namespace
+
+extern "C" {
+decltype(&GetForegroundWindow) __imp_GetForegroundWindow = ForegroundWindow;
+}
+
 namespace {
 
 using ::testing::ElementsAre;
@@ -122,13 +139,21 @@ TEST(ForegroundApplicationProbe, IsReportedInQuotesAfterTheNotablePrograms) {
 }
 
 TEST(ForegroundApplicationProbe, IsNoneWithoutAForegroundWindow) {
-    for (int attempt = 0; GetForegroundWindow() != nullptr && attempt < 100; ++attempt) {
-        Sleep(20);
-    }
-    if (GetForegroundWindow() != nullptr) {
-        GTEST_SKIP() << "someone's window is in the foreground";
-    }
+    scripted_foreground = HWND();
     EXPECT_FALSE(ProbeRunningSoftware().foreground);
+    const ReportCapture report;
+    ReportRunningSoftwareSection();
+    EXPECT_EQ(report.Text().find("Foreground app"), std::string::npos);
+    scripted_foreground.reset();
+}
+
+TEST(ForegroundApplicationProbe, KnowsNothingOfAWindowThatIsGone) {
+    scripted_foreground = reinterpret_cast<HWND>(0x7FFFFFF0);
+    const std::optional<ForegroundApplication> foreground = ProbeRunningSoftware().foreground;
+    scripted_foreground.reset();
+    ASSERT_TRUE(foreground);
+    EXPECT_EQ(foreground->executable_name, "");
+    EXPECT_EQ(foreground->title, "");
 }
 
 }  // namespace
