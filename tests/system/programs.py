@@ -1,0 +1,66 @@
+"""The machine around the tool: programs that run under the names it looks for, and the user's GPU preferences."""
+
+import contextlib
+import os
+import shutil
+import subprocess
+
+import lab
+
+PROGRAMS = lab.BUILD / "tests" / "lab" / "programs"
+PREFERENCES = "HKCU\\Software\\Microsoft\\DirectX\\UserGpuPreferences"
+
+
+@contextlib.contextmanager
+def running(folder, program, name, *arguments):
+    """Runs the test program `program` as a process of that name while the block lasts."""
+    place = folder / f"program{len(list(folder.glob('program*')))}"
+    place.mkdir()
+    exe = shutil.copy(PROGRAMS / f"{program}.exe", place / name)
+    process = subprocess.Popen(
+        [str(lab.ROOT / "cmake" / "wine"), lab.windows_path(exe), *arguments],
+        stdin=subprocess.DEVNULL,
+        stdout=subprocess.PIPE,
+        env=lab.environment(),
+    )
+    try:
+        assert process.stdout.readline().strip() == b"ready"
+        yield process
+    finally:
+        process.terminate()
+        process.wait(30)
+
+
+def asleep(folder, name):
+    """A process of that name that does nothing."""
+    return running(folder, "sleeper", name, "600")
+
+
+def in_foreground(folder, name, title):
+    """A process of that name whose window of that title is in the foreground."""
+    return running(folder, "titled_window", name, "600", title)
+
+
+@contextlib.contextmanager
+def gpu_preferences(values):
+    """The current user's GPU preferences while the block lasts; `values` by application."""
+    for application, choice in values.items():
+        _registry("add", PREFERENCES, "/v", application, "/t", "REG_SZ", "/d", choice, "/f")
+    try:
+        yield
+    finally:
+        _registry("delete", PREFERENCES, "/f")
+
+
+def _registry(*arguments):
+    exit_code, output, errors = lab.run_program([lab.ROOT / "cmake" / "wine", "reg.exe", *arguments])
+    assert exit_code == 0, (arguments, output, errors)
+
+
+def add_proxy_dlls(install, *names):
+    """Puts a library under each of these names beside the tool. Returns the environment in which Wine loads its own
+    in their place, as the tool would not start with one that is no proxy at all."""
+    for name in names:
+        install.add_file(lab.BUILD / "tests" / "lab" / "vistrel_lab_machine.dll", name)
+    modules = ",".join(name.lower().removesuffix(".dll") for name in names)
+    return {"WINEDLLOVERRIDES": f"{os.environ['WINEDLLOVERRIDES']};{modules}=b"}
