@@ -46,7 +46,7 @@ void CurveScreen(StereoWarpConstants& constants, const DiagSettings& settings,
 
 StereoWarpConstants ComputeStereoWarpConstants(const DiagSettings& settings,
                                                const StereoWarpArguments& arguments,
-                                               const FixedWarpSettings& fixed) {
+                                               float separation_multiplier, const FixedWarpSettings& fixed) {
     const bool depth_from_reshade =
         settings.reshade_enabled || settings.depth_mode == DiagSettings::kReShadeDepthMode;
 
@@ -82,6 +82,6 @@ StereoWarpConstants ComputeStereoWarpConstants(const DiagSettings& settings,
     if (arguments.curve_mode != 0) {
         CurveScreen(constants, settings, arguments, fixed.curve_radius);
     }
-    constants.separation *= arguments.separation_multiplier;
+    constants.separation *= separation_multiplier;
     return constants;
 }

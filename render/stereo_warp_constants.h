@@ -60,10 +60,11 @@ struct StereoWarpArguments {
     float threshold = 0.0F;         ///< not above 0.03 stands for 0.063
     std::uint32_t curve_mode = 0;   ///< 0 flat, 1 full circle, 2 half circle, 3 `curve_angle`
     float curve_angle = 0.0F;       ///< radians; below 0.1 leaves no separation
-    float separation_multiplier = 1.0F;
 };
 
-/// The buffer's contents for one eye. All arithmetic is in single precision.
+/// The buffer's contents for one eye, whose separation is scaled by `separation_multiplier`. All arithmetic
+/// is in single precision.
 StereoWarpConstants ComputeStereoWarpConstants(const DiagSettings& settings,
                                                const StereoWarpArguments& arguments,
+                                               float separation_multiplier,
                                                const FixedWarpSettings& fixed = {});

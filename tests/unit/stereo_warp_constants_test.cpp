@@ -37,7 +37,7 @@ class Words {
 
 Words Compute(const DiagSettings& settings, const StereoWarpArguments& arguments,
               const FixedWarpSettings& fixed = {}) {
-    return Words(ComputeStereoWarpConstants(settings, arguments, fixed));
+    return Words(ComputeStereoWarpConstants(settings, arguments, 1.0F, fixed));
 }
 
 /// As the timing draws: 3 m wide, flat.
@@ -131,10 +131,10 @@ TEST(StereoWarpConstants, NegativeCountsArriveAsTheirBits) {
 TEST(StereoWarpConstants, SeparationFollowsItsPercentAndTheMultiplier) {
     DiagSettings settings;
     settings.f3d_separation_pct = 50.0F;
-    StereoWarpArguments arguments = TimingArguments();
+    const StereoWarpArguments arguments = TimingArguments();
     EXPECT_EQ(Compute(settings, arguments).Float(0), 63.0F * 50.0F * 0.01F * 0.001F / 3.0F);
-    arguments.separation_multiplier = -2.0F;
-    EXPECT_EQ(Compute(settings, arguments).Float(0), 63.0F * 50.0F * 0.01F * 0.001F / 3.0F * -2.0F);
+    EXPECT_EQ(ComputeStereoWarpConstants(settings, arguments, -2.0F).separation,
+              63.0F * 50.0F * 0.01F * 0.001F / 3.0F * -2.0F);
 }
 
 TEST(StereoWarpConstants, AnEyeDistanceOutOfRangeCountsAs63) {
@@ -285,10 +285,8 @@ TEST(StereoWarpConstants, ACurveRadiusBelowThreeCountsAsThree) {
 }
 
 TEST(StereoWarpConstants, TheMultiplierScalesACurvedSeparationToo) {
-    StereoWarpArguments arguments = Curved(2);
-    const float once = Compute(DiagSettings{}, arguments).Float(0);
-    arguments.separation_multiplier = 3.0F;
-    EXPECT_EQ(Compute(DiagSettings{}, arguments).Float(0), once * 3.0F);
+    const float once = ComputeStereoWarpConstants({}, Curved(2), 1.0F).separation;
+    EXPECT_EQ(ComputeStereoWarpConstants({}, Curved(2), 3.0F).separation, once * 3.0F);
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 class StereoWarpShader;
 struct ID3D11Device;
 struct ID3D11DeviceContext;
-struct IDXGIAdapter;
+struct IDXGIAdapter1;
 
 /// The warp timed at one eye size.
 struct WarpTiming {
@@ -19,10 +19,16 @@ struct WarpTiming {
     bool ok = false;
 };
 
+/// What textures took between two readings of the memory in use, in MB of 1,048,576 bytes. The readings are
+/// subtracted as unsigned numbers.
+inline double VideoMemoryTakenMb(std::uint64_t before, std::uint64_t after) {
+    return static_cast<double>(after - before) * (1.0 / 1048576.0);
+}
+
 /// Times `shader`, which is loaded, on eyes of `width` x `height` with `frame`, or the synthetic pattern, as
 /// the picture. `adapter` is the one that `device` runs on, or null when unknown (the memory taken is then
 /// 0). What fails is reported in one line and leaves the result not ok. Nothing of the textures stays bound
 /// to `context` or alive.
-WarpTiming TimeStereoWarp(ID3D11Device* device, ID3D11DeviceContext* context, IDXGIAdapter* adapter,
+WarpTiming TimeStereoWarp(ID3D11Device* device, ID3D11DeviceContext* context, IDXGIAdapter1* adapter,
                           const StereoWarpShader& shader, std::int32_t width, std::int32_t height,
                           const FrameView& frame);

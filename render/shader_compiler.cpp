@@ -1,0 +1,53 @@
+#include "render/shader_compiler.h"
+
+#include <d3dcompiler.h>
+
+#include "platform/utf8.h"
+
+namespace {
+
+/// Windows has the compiler since 8.1, but it is asked for only here: a system without it can still run every
+/// measurement that compiles nothing.
+pD3DCompile FindCompiler() {
+    const HMODULE module = LoadLibraryExW(L"d3dcompiler_47.dll", nullptr, LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
+    return module == nullptr ? nullptr : reinterpret_cast<pD3DCompile>(GetProcAddress(module, "D3DCompile"));
+}
+
+/// The compiler takes the name of a source in UTF-8 but quotes it in the process's code page, which is UTF-8
+/// only where Windows heeds the manifest.
+std::string Utf8FromCompilerText(std::string_view text) {
+    if (text.empty() || !Utf16FromUtf8(text).empty()) {
+        return std::string(text);
+    }
+    const int bytes = static_cast<int>(text.size());
+    std::wstring wide(text.size(), L'\0');  // No code page makes more UTF-16 units than it has bytes.
+    const int length = MultiByteToWideChar(CP_ACP, 0, text.data(), bytes, wide.data(), bytes);
+    return Utf8FromWide({wide.data(), static_cast<std::size_t>(length)});
+}
+
+/// The text in `blob`, which ends at its first zero or with the blob.
+std::string TextOf(ID3DBlob& blob) {
+    const std::string_view whole(static_cast<const char*>(blob.GetBufferPointer()), blob.GetBufferSize());
+    return Utf8FromCompilerText(whole.substr(0, whole.find('\0')));
+}
+
+}  // namespace
+
+CompiledShader CompileShader(std::string_view source, const char* source_name, const char* entry_point,
+                             const char* target, UINT flags) {
+    static const pD3DCompile compile = FindCompiler();
+    CompiledShader shader;
+    if (compile == nullptr) {
+        return shader;
+    }
+    Microsoft::WRL::ComPtr<ID3DBlob> messages;
+    const HRESULT result = compile(source.data(), source.size(), source_name, nullptr, nullptr, entry_point,
+                                   target, flags, 0, &shader.bytecode, &messages);
+    if (FAILED(result)) {
+        shader.bytecode.Reset();
+    }
+    if (messages) {
+        shader.message = TextOf(*messages.Get());
+    }
+    return shader;
+}

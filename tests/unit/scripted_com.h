@@ -1,0 +1,207 @@
+// Real COM objects with some of their methods replaced: the rest of a device stays genuine while a test makes
+// one call fail, and every object that the device makes is counted until it is gone.
+#pragma once
+
+#include <d3d11.h>
+#include <dxgi1_4.h>
+#include <windows.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <cstddef>
+#include <functional>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+/// Gives one object a table of methods of its own, of `Slots` methods, until this goes away.
+template <std::size_t Slots>
+class MethodTable {
+  public:
+    explicit MethodTable(void* object) : place_(static_cast<void***>(object)), original_(*place_) {
+        std::copy_n(original_, Slots, copy_.begin());
+        *place_ = copy_.data();
+    }
+    ~MethodTable() { *place_ = original_; }
+    MethodTable(const MethodTable&) = delete;
+    MethodTable& operator=(const MethodTable&) = delete;
+
+    /// Returns the method that stood there.
+    template <typename Method>
+    Method Replace(std::size_t slot, Method method) {
+        copy_.at(slot) = reinterpret_cast<void*>(method);
+        return reinterpret_cast<Method>(original_[slot]);
+    }
+
+  private:
+    void*** place_;
+    void** original_;
+    std::array<void*, Slots> copy_ = {};
+};
+
+// As many as the newest version has that may hide behind the interface on the machine of the tests.
+using DeviceMethods = MethodTable<54>;
+using ContextMethods = MethodTable<134>;
+using AdapterMethods = MethodTable<18>;
+
+#pragma GCC diagnostic push
+// No COM interface has a virtual destructor; Release() deletes the whole object.
+#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
+/// Counts the objects that carry it as private data: it is released when the last reference to its object
+/// goes.
+class ObjectCounter final : public IUnknown {
+  public:
+    static std::atomic<int>& Living() {
+        static std::atomic<int> living = 0;
+        return living;
+    }
+
+    static void Attach(ID3D11DeviceChild* object) {
+        static constexpr GUID kKey = {
+            0x6d3f8a41, 0x51c7, 0x4b02, {0x9e, 0x18, 0x33, 0x70, 0xc4, 0x2a, 0x95, 0x0b}};
+        auto* const counter = new ObjectCounter;
+        object->SetPrivateDataInterface(kKey, counter);
+        counter->Release();
+    }
+
+    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** object) override {
+        *object = nullptr;
+        return E_NOINTERFACE;
+    }
+    ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
+    ULONG STDMETHODCALLTYPE Release() override {
+        const ULONG left = --references_;
+        if (left == 0) {
+            delete this;
+        }
+        return left;
+    }
+
+  private:
+    ObjectCounter() { ++Living(); }
+    ~ObjectCounter() { --Living(); }
+
+    std::atomic<ULONG> references_ = 1;
+};
+#pragma GCC diagnostic pop
+
+/// A device whose creating calls can be made to fail. One at a time.
+class ScriptedDevice {
+  public:
+    explicit ScriptedDevice(ID3D11Device* device) : methods_(device) {
+        current_ = this;
+        Script<3, const D3D11_BUFFER_DESC*, const D3D11_SUBRESOURCE_DATA*, ID3D11Buffer**>();
+        Script<5, const D3D11_TEXTURE2D_DESC*, const D3D11_SUBRESOURCE_DATA*, ID3D11Texture2D**>();
+        Script<7, ID3D11Resource*, const D3D11_SHADER_RESOURCE_VIEW_DESC*, ID3D11ShaderResourceView**>();
+        Script<9, ID3D11Resource*, const D3D11_RENDER_TARGET_VIEW_DESC*, ID3D11RenderTargetView**>();
+        Script<12, const void*, SIZE_T, ID3D11ClassLinkage*, ID3D11VertexShader**>();
+        Script<15, const void*, SIZE_T, ID3D11ClassLinkage*, ID3D11PixelShader**>();
+        Script<23, const D3D11_SAMPLER_DESC*, ID3D11SamplerState**>();
+        Script<24, const D3D11_QUERY_DESC*, ID3D11Query**>();
+    }
+    ~ScriptedDevice() { current_ = nullptr; }
+    ScriptedDevice(const ScriptedDevice&) = delete;
+    ScriptedDevice& operator=(const ScriptedDevice&) = delete;
+
+    /// Creating calls so far.
+    int Calls() const { return calls_; }
+
+    /// Objects that the device has made and that still live.
+    int LivingObjects() const { return ObjectCounter::Living(); }
+
+    /// What becomes of the creating call with this number, counted from 1.
+    std::function<HRESULT(int)> result_of_call = [](int) { return S_OK; };
+
+  private:
+    template <std::size_t Slot, typename... Arguments>
+    void Script() {
+        original_<Arguments...> = methods_.Replace(Slot, &Create<Arguments...>);
+    }
+
+    template <typename... Arguments>
+    using Method = HRESULT(STDMETHODCALLTYPE*)(ID3D11Device*, Arguments...);
+
+    template <typename... Arguments>
+    static inline Method<Arguments...> original_ = nullptr;
+
+    template <typename... Arguments>
+    static HRESULT STDMETHODCALLTYPE Create(ID3D11Device* device, Arguments... arguments) {
+        auto* const made = std::get<sizeof...(Arguments) - 1>(std::tuple<Arguments...>(arguments...));
+        const HRESULT scripted = current_->result_of_call(++current_->calls_);
+        if (FAILED(scripted)) {
+            *made = nullptr;
+            return scripted;
+        }
+        const HRESULT result = original_<Arguments...>(device, arguments...);
+        if (SUCCEEDED(result)) {
+            ObjectCounter::Attach(*made);
+        }
+        return result;
+    }
+
+    static inline ScriptedDevice* current_ = nullptr;
+    DeviceMethods methods_;
+    int calls_ = 0;
+};
+
+/// A context whose GetData answers `result` the first `failures` times that it is asked. One at a time.
+class ScriptedQueryData {
+  public:
+    ScriptedQueryData(ID3D11DeviceContext* context, int failures, HRESULT result)
+        : methods_(context), failures_(failures), result_(result) {
+        current_ = this;
+        original_ = methods_.Replace(29, &GetData);
+    }
+    ~ScriptedQueryData() { current_ = nullptr; }
+    ScriptedQueryData(const ScriptedQueryData&) = delete;
+    ScriptedQueryData& operator=(const ScriptedQueryData&) = delete;
+
+    int FailuresLeft() const { return failures_; }
+
+  private:
+    static HRESULT STDMETHODCALLTYPE GetData(ID3D11DeviceContext* context, ID3D11Asynchronous* query,
+                                             void* data, UINT size, UINT flags) {
+        if (current_->failures_ > 0) {
+            --current_->failures_;
+            return current_->result_;
+        }
+        return current_->original_(context, query, data, size, flags);
+    }
+
+    static inline ScriptedQueryData* current_ = nullptr;
+    ContextMethods methods_;
+    decltype(&GetData) original_ = nullptr;
+    int failures_;
+    HRESULT result_;
+};
+
+/// An adapter whose memory use is what a list says, one entry a query. One at a time.
+class ScriptedVideoMemory {
+  public:
+    ScriptedVideoMemory(IDXGIAdapter1* adapter, std::vector<UINT64> usage)
+        : methods_(adapter), usage_(std::move(usage)) {
+        current_ = this;
+        methods_.Replace(14, &QueryVideoMemoryInfo);
+    }
+    ~ScriptedVideoMemory() { current_ = nullptr; }
+    ScriptedVideoMemory(const ScriptedVideoMemory&) = delete;
+    ScriptedVideoMemory& operator=(const ScriptedVideoMemory&) = delete;
+
+  private:
+    static HRESULT STDMETHODCALLTYPE QueryVideoMemoryInfo(IDXGIAdapter3*, UINT node,
+                                                          DXGI_MEMORY_SEGMENT_GROUP segment,
+                                                          DXGI_QUERY_VIDEO_MEMORY_INFO* memory) {
+        if (node != 0 || segment != DXGI_MEMORY_SEGMENT_GROUP_LOCAL) {
+            return E_INVALIDARG;
+        }
+        *memory = {};
+        memory->CurrentUsage = current_->usage_.at(current_->queries_++);
+        return S_OK;
+    }
+
+    static inline ScriptedVideoMemory* current_ = nullptr;
+    AdapterMethods methods_;
+    std::vector<UINT64> usage_;
+    std::size_t queries_ = 0;
+};

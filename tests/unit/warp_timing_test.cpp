@@ -1,0 +1,292 @@
+#include "tools/vistrel_diag/warp_timing.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <vector>
+
+#include "tests/unit/lab_device.h"
+#include "tests/unit/report_capture.h"
+#include "tests/unit/scripted_com.h"
+#include "tests/unit/scripted_compiler.h"
+#include "tests/unit/warp_shader_install.h"
+#include "tools/vistrel_diag/d3d11_timestamp_queries.h"
+#include "tools/vistrel_diag/warp_frame.h"
+
+namespace {
+
+class WarpTimingTest : public testing::Test {
+  protected:
+    WarpTimingTest() { LoadSampleShader(lab_.device.Get(), shader_); }
+    ~WarpTimingTest() override {
+        scripted_compile = nullptr;
+        DiagSettings::Instance() = DiagSettings();
+    }
+
+    WarpTiming Time(std::int32_t width, std::int32_t height, IDXGIAdapter1* adapter = nullptr) {
+        return TimeStereoWarp(lab_.device.Get(), lab_.context.Get(), adapter, shader_, width, height, {});
+    }
+
+    LabDevice lab_;
+    StereoWarpShader shader_;
+};
+
+void ExpectFailed(const WarpTiming& timing) {
+    EXPECT_FALSE(timing.ok);
+    EXPECT_EQ(timing.gpu_ms, 0.0);
+}
+
+TEST_F(WarpTimingTest, TimesAndLeavesNothingBehind) {
+    const ReportCapture report;
+    ScriptedDevice scripted(lab_.device.Get());
+    const WarpTiming timing = Time(160, 90);
+    EXPECT_TRUE(timing.ok);
+    EXPECT_EQ(timing.width, 160);
+    EXPECT_EQ(timing.height, 90);
+    EXPECT_GT(timing.gpu_ms, 0.0);
+    EXPECT_EQ(timing.vram_mb, 0.0);
+    EXPECT_EQ(scripted.LivingObjects(), 0);
+    EXPECT_EQ(report.Text(), "");
+}
+
+struct FailingCall {
+    int call;
+    const char* line;  // Empty where the timing bears it.
+};
+
+/// The creating calls of one timing: 4 textures with 5 views, the vertex shader and the sampler, the
+/// luminance shader, then three queries for the calibration and for each of three batches.
+const std::vector<FailingCall> kFailingCalls = {
+    {1, "!! could not create the 160x90 colour texture (out of VRAM?)\n"},
+    {2, "!! could not create the 160x90 depth texture\n"},
+    {3, "!! could not create the 160x90 depth texture\n"},
+    {4, "!! could not create the 160x90 depth texture\n"},
+    {5, "!! could not create the 160x90 depth texture\n"},
+    {6, "!! could not create eye target 0 at 160x90\n"},
+    {7, "!! could not create eye target 0 at 160x90\n"},
+    {8, "!! could not create eye target 1 at 160x90\n"},
+    {9, "!! could not create eye target 1 at 160x90\n"},
+    {10, "!! vertex shader failed to compile\n"},
+    {11, "!! vertex shader failed to compile\n"},
+    {13, "!! GPU timing produced nothing usable at 160x90\n"},
+    {14, "!! GPU timing produced nothing usable at 160x90\n"},
+    {15, "!! GPU timing produced nothing usable at 160x90\n"},
+};
+constexpr int kLuminanceShaderCall = 12;
+constexpr int kFirstBatchCall = 16;
+constexpr int kLastCall = 24;
+
+TEST_F(WarpTimingTest, EachFailureHasItsLineAndLeaksNothing) {
+    for (const FailingCall& failing : kFailingCalls) {
+        SCOPED_TRACE(failing.call);
+        const ReportCapture report;
+        ScriptedDevice scripted(lab_.device.Get());
+        scripted.result_of_call = [&](int call) { return call == failing.call ? E_OUTOFMEMORY : S_OK; };
+        ExpectFailed(Time(160, 90));
+        EXPECT_EQ(report.Text(), failing.line);
+        EXPECT_EQ(scripted.Calls(), failing.call);
+        EXPECT_EQ(scripted.LivingObjects(), 0);
+    }
+}
+
+TEST_F(WarpTimingTest, ALostDeviceEndsInTheSameLines) {
+    for (const FailingCall& failing : kFailingCalls) {
+        SCOPED_TRACE(failing.call);
+        const ReportCapture report;
+        ScriptedDevice scripted(lab_.device.Get());
+        scripted.result_of_call = [&](int call) {
+            return call >= failing.call ? DXGI_ERROR_DEVICE_REMOVED : S_OK;
+        };
+        ExpectFailed(Time(160, 90));
+        EXPECT_EQ(report.Text(), failing.line);
+        EXPECT_EQ(scripted.LivingObjects(), 0);
+    }
+}
+
+TEST_F(WarpTimingTest, GoesOnWithoutADepthMap) {
+    const ReportCapture report;
+    ScriptedDevice scripted(lab_.device.Get());
+    scripted.result_of_call = [](int call) { return call == kLuminanceShaderCall ? E_FAIL : S_OK; };
+    EXPECT_TRUE(Time(160, 90).ok);
+    EXPECT_EQ(report.Text(), "!! shader compile failed: CreatePixelShader failed (0x80004005)\n");
+    EXPECT_EQ(scripted.LivingObjects(), 0);
+}
+
+TEST_F(WarpTimingTest, ALostBatchIsNotMissed) {
+    for (int failing = kFirstBatchCall; failing <= kLastCall; ++failing) {
+        SCOPED_TRACE(failing);
+        const ReportCapture report;
+        ScriptedDevice scripted(lab_.device.Get());
+        scripted.result_of_call = [&](int call) { return call == failing ? E_OUTOFMEMORY : S_OK; };
+        EXPECT_TRUE(Time(32, 18).ok);
+        EXPECT_EQ(report.Text(), "");
+        EXPECT_EQ(scripted.LivingObjects(), 0);
+    }
+}
+
+TEST_F(WarpTimingTest, ADeviceLostAfterTheCalibrationLeavesItsTime) {
+    const ReportCapture report;
+    ScriptedDevice scripted(lab_.device.Get());
+    scripted.result_of_call = [](int call) {
+        return call >= kFirstBatchCall ? DXGI_ERROR_DEVICE_REMOVED : S_OK;
+    };
+    const WarpTiming timing = Time(160, 90);
+    EXPECT_TRUE(timing.ok);
+    EXPECT_GT(timing.gpu_ms, 0.0);
+    EXPECT_EQ(report.Text(), "");
+}
+
+TEST_F(WarpTimingTest, KeepsAskingForDataAfterErrors) {
+    for (const HRESULT result : {S_FALSE, DXGI_ERROR_DEVICE_REMOVED, DXGI_ERROR_INVALID_CALL}) {
+        const ReportCapture report;
+        ScriptedQueryData scripted(lab_.context.Get(), 50, result);
+        EXPECT_TRUE(Time(32, 18).ok);
+        EXPECT_EQ(scripted.FailuresLeft(), 0);
+        EXPECT_EQ(report.Text(), "");
+    }
+}
+
+/// A compiler that fails for one target with `message`, or silently without one.
+auto FailingCompiler(std::string target, std::string message) {
+    return [=](std::string_view asked, ID3DBlob**, ID3DBlob** messages) -> HRESULT {
+        if (asked != target) {
+            return E_PENDING;
+        }
+        if (!message.empty()) {
+            D3DCreateBlob(message.size() + 1, messages);
+            std::memcpy((*messages)->GetBufferPointer(), message.c_str(), message.size() + 1);
+        }
+        return E_FAIL;
+    };
+}
+
+TEST_F(WarpTimingTest, ReportsAVertexShaderThatDoesNotCompile) {
+    const ReportCapture report;
+    ScriptedDevice scripted(lab_.device.Get());
+    scripted_compile = FailingCompiler("vs_5_0", "error X0000");
+    ExpectFailed(Time(160, 90));
+    EXPECT_EQ(report.Text(), "!! vertex shader failed to compile\n");
+    EXPECT_EQ(scripted.LivingObjects(), 0);
+}
+
+TEST_F(WarpTimingTest, QuotesTheCompilerOnTheDepthMap) {
+    const ReportCapture report;
+    scripted_compile = FailingCompiler("ps_5_0", "(1,1): error X3000: syntax error %s");
+    EXPECT_TRUE(Time(32, 18).ok);
+    EXPECT_EQ(report.Text(), "!! shader compile failed: (1,1): error X3000: syntax error %s\n");
+}
+
+TEST_F(WarpTimingTest, ReportsASilentCompilerOnTheDepthMap) {
+    const ReportCapture report;
+    scripted_compile = FailingCompiler("ps_5_0", "");
+    EXPECT_TRUE(Time(32, 18).ok);
+    EXPECT_EQ(report.Text(), "!! shader compile failed: \n");
+}
+
+constexpr UINT64 kMegabyte = 1048576;
+
+TEST_F(WarpTimingTest, CountsTheMemoryThatTheTexturesTook) {
+    ScriptedVideoMemory scripted(lab_.adapter.Get(), {100 * kMegabyte, 137 * kMegabyte + kMegabyte / 2});
+    EXPECT_EQ(Time(32, 18, lab_.adapter.Get()).vram_mb, 37.5);
+}
+
+TEST_F(WarpTimingTest, SubtractsMemoryAsUnsigned) {
+    ScriptedVideoMemory scripted(lab_.adapter.Get(), {kMegabyte, 0});
+    EXPECT_EQ(Time(32, 18, lab_.adapter.Get()).vram_mb, 17592186044415.0);
+}
+
+TEST_F(WarpTimingTest, KeepsTheMemoryOfATimingThatFailedLater) {
+    ScriptedVideoMemory memory(lab_.adapter.Get(), {0, 8 * kMegabyte});
+    ScriptedDevice scripted(lab_.device.Get());
+    scripted.result_of_call = [](int call) { return call == 13 ? E_FAIL : S_OK; };
+    const WarpTiming timing = Time(32, 18, lab_.adapter.Get());
+    ExpectFailed(timing);
+    EXPECT_EQ(timing.vram_mb, 8.0);
+}
+
+TEST_F(WarpTimingTest, ForgetsTheMemoryOfTexturesThatFailed) {
+    ScriptedVideoMemory memory(lab_.adapter.Get(), {0});
+    ScriptedDevice scripted(lab_.device.Get());
+    scripted.result_of_call = [](int call) { return call == 9 ? E_FAIL : S_OK; };
+    EXPECT_EQ(Time(32, 18, lab_.adapter.Get()).vram_mb, 0.0);
+}
+
+TEST_F(WarpTimingTest, TimesTheWidestEye) {
+    EXPECT_TRUE(Time(16384, 4).ok);
+}
+
+TEST_F(WarpTimingTest, BearsSizesThatNoDeviceOrMemoryHas) {
+    const ReportCapture report;
+    ScriptedDevice scripted(lab_.device.Get());
+    constexpr std::int32_t kLargest = std::numeric_limits<std::int32_t>::max();
+    ExpectFailed(Time(16385, 4));
+    ExpectFailed(Time(4, 16385));
+    ExpectFailed(Time(kLargest, kLargest));
+    ExpectFailed(Time(kLargest, kLargest / 16));
+    ExpectFailed(Time(0, 90));
+    ExpectFailed(Time(160, -1));
+    EXPECT_EQ(scripted.LivingObjects(), 0);
+    EXPECT_EQ(report.Text(), R"(!! could not create the 16385x4 colour texture (out of VRAM?)
+!! could not create the 4x16385 colour texture (out of VRAM?)
+!! could not create the 2147483647x2147483647 colour texture (out of VRAM?)
+!! could not create the 2147483647x134217727 colour texture (out of VRAM?)
+!! could not create the 0x90 colour texture (out of VRAM?)
+!! could not create the 160x-1 colour texture (out of VRAM?)
+)");
+}
+
+/// How many times as long the second of two things takes. Other work on the machine only ever makes a time
+/// longer, so each counts with the best of its rounds, and rounds go on until the ratio lies between `low`
+/// and `high` or clearly will not.
+template <typename First, typename Second>
+double SettledRatio(First&& first, Second&& second, double low, double high) {
+    constexpr int kMostRounds = 8;
+    double first_best = std::numeric_limits<double>::infinity();
+    double second_best = first_best;
+    double ratio = 0.0;
+    for (int round = 0; round < kMostRounds && !(ratio > low && ratio < high); ++round) {
+        first_best = std::min(first_best, first());
+        second_best = std::min(second_best, second());
+        ratio = second_best / first_best;
+    }
+    return ratio;
+}
+
+TEST_F(WarpTimingTest, TwiceThePixelsCostAboutTwice) {
+    const double ratio = SettledRatio([this] { return Time(480, 270).gpu_ms; },
+                                      [this] { return Time(480, 540).gpu_ms; }, 1.4, 3.0);
+    EXPECT_GT(ratio, 1.4);
+    EXPECT_LT(ratio, 3.0);
+}
+
+TEST_F(WarpTimingTest, MoreStepsCostMore) {
+    const auto time_with_steps = [this](std::int32_t steps) {
+        DiagSettings::Instance().f3d_search_steps = steps;
+        return Time(320, 180).gpu_ms;
+    };
+    const double ratio = SettledRatio([&] { return time_with_steps(4); }, [&] { return time_with_steps(64); },
+                                      1.5, std::numeric_limits<double>::infinity());
+    EXPECT_GT(ratio, 1.5);
+}
+
+TEST_F(WarpTimingTest, TwiceTheFramesCostTheSameEach) {
+    WarpResources resources;
+    ASSERT_TRUE(CreateWarpTextures(*lab_.device.Get(), {}, 320, 180, resources));
+    ASSERT_TRUE(CreateWarpStates(*lab_.device.Get(), 320, 180, resources));
+    DrawDepthMap(*lab_.device.Get(), *lab_.context.Get(), resources);
+    D3D11TimestampQueries queries(*lab_.device.Get(), *lab_.context.Get());
+    const auto time_frames = [&](int frames) {
+        return GpuTimeFrames(queries, frames,
+                             [&] { DrawWarpFrame(*lab_.context.Get(), resources, shader_, 3.0F); });
+    };
+    time_frames(4);
+    const double ratio =
+        SettledRatio([&] { return time_frames(8); }, [&] { return time_frames(16); }, 0.6, 1.6);
+    EXPECT_GT(ratio, 0.6);
+    EXPECT_LT(ratio, 1.6);
+}
+
+}  // namespace

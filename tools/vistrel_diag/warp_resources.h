@@ -1,0 +1,36 @@
+// What the GPU holds while the warp is timed at one eye size.
+#pragma once
+
+#include <d3d11.h>
+#include <wrl/client.h>
+
+#include <array>
+#include <cstdint>
+
+#include "tools/vistrel_diag/colour_picture.h"
+
+struct EyeTarget {
+    Microsoft::WRL::ComPtr<ID3D11Texture2D> texture;
+    Microsoft::WRL::ComPtr<ID3D11RenderTargetView> view;
+};
+
+struct WarpResources {
+    Microsoft::WRL::ComPtr<ID3D11Texture2D> colour;
+    Microsoft::WRL::ComPtr<ID3D11ShaderResourceView> colour_view;
+    Microsoft::WRL::ComPtr<ID3D11Texture2D> depth;
+    Microsoft::WRL::ComPtr<ID3D11RenderTargetView> depth_target;
+    Microsoft::WRL::ComPtr<ID3D11ShaderResourceView> depth_view;
+    std::array<EyeTarget, 2> eyes;
+    Microsoft::WRL::ComPtr<ID3D11VertexShader> full_screen;
+    Microsoft::WRL::ComPtr<ID3D11SamplerState> sampler;
+    D3D11_VIEWPORT viewport = {};
+};
+
+/// Makes the textures and their views, `width` x `height` each, with `frame` or the synthetic pattern as the
+/// colour picture and nothing yet as the depth. What cannot be made is reported in one line; false then.
+bool CreateWarpTextures(ID3D11Device& device, const FrameView& frame, std::int32_t width, std::int32_t height,
+                        WarpResources& resources);
+
+/// Makes the full-screen vertex shader, the sampler and the viewport. Reports and returns as above.
+bool CreateWarpStates(ID3D11Device& device, std::int32_t width, std::int32_t height,
+                      WarpResources& resources);
