@@ -26,6 +26,7 @@
 #include "tools/vistrel_diag/running_software_section.h"
 #include "tools/vistrel_diag/settings_section.h"
 #include "tools/vistrel_diag/verdict.h"
+#include "tools/vistrel_diag/warp_section.h"
 
 namespace {
 
@@ -67,6 +68,10 @@ void MeasurePartOne(const RunOptions& options, const BenchmarkDevice& benchmark,
     const CaptureMeasurement capture =
         ReportCaptureSection(benchmark.device.Get(), benchmark.context.Get(), options.capture_seconds);
     verdict.desktop_fps = capture.ok ? FramesPerSecond(capture) : 0.0;
+    for (const WarpTiming& timing : ReportWarpSection(benchmark.device.Get(), benchmark.context.Get(),
+                                                      benchmark.gpu.adapter.get(), capture)) {
+        verdict.warp_costs.push_back({timing.width, timing.height, timing.gpu_ms});
+    }
 }
 
 void MeasureDepthModel(const RunOptions& options, const std::string& tool_folder, int gpu_index,

@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "tools/vistrel_diag/capture_measurement.h"
+#include "tools/vistrel_diag/display_section.h"
 #include "tools/vistrel_diag/warp_timing.h"
 
 /// An eye size to time and what the table calls it.
@@ -14,13 +16,27 @@ struct WarpSize {
     std::string label;
 };
 
+struct DesktopSize {
+    std::int32_t width = 0;
+    std::int32_t height = 0;
+};
+
+/// The size of the captured desktop; without a capture that of the primary display, the last one when several
+/// are; 0 by 0 when there is none.
+DesktopSize SizeOfDesktop(const CaptureMeasurement& capture, const std::vector<DisplayInfo>& displays);
+
 /// The sizes to time, in order: the desktop (unless either side is 0), 1440p and 1080p, none of them twice.
-std::vector<WarpSize> WarpSizes(std::int32_t desktop_width, std::int32_t desktop_height);
+std::vector<WarpSize> WarpSizes(const DesktopSize& desktop);
 
 /// Why there is no table: `error` is the shader's.
 void PrintWarpShaderFailure(const std::string& error);
 
 void PrintWarpTableHeader();
 
-/// One row of the table; nothing when the timing is not ok.
 void PrintWarpRow(const WarpSize& size, const WarpTiming& timing);
+
+/// Reports STEREO WARP COST on `device`, with `context` its immediate context and `adapter` the one it runs
+/// on, null when unknown. The picture is that of `capture`, or the synthetic pattern. Returns the timings
+/// that succeeded, in the order of the table.
+std::vector<WarpTiming> ReportWarpSection(ID3D11Device* device, ID3D11DeviceContext* context,
+                                          IDXGIAdapter1* adapter, const CaptureMeasurement& capture);
