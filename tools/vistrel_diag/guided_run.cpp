@@ -7,6 +7,7 @@
 
 #include "platform/luid.h"
 #include "platform/module_folder.h"
+#include "settings/diag_settings.h"
 #include "settings/settings_file.h"
 #include "tools/vistrel_diag/benchmark_device.h"
 #include "tools/vistrel_diag/capture_section.h"
@@ -134,6 +135,8 @@ void CarryOutRun(const RunOptions& options) {
     if (!options.quick) {
         OfferPartTwo(options, benchmark, verdict);
     }
+    verdict.ai_fps_limit = DiagSettings::Instance().ai_fps_limit;
+    verdict.depth_mode = DiagSettings::Instance().depth_mode;
     ReportVerdict(verdict);
     rescue.WriteOrdinaryReport([&tool_folder] { Report::WriteFile(tool_folder); });
 
