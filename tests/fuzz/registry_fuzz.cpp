@@ -1,0 +1,23 @@
+// Any bytes as a registry value's data: the text is what stands before the first zero unit.
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+#include "platform/registry_text.h"
+#include "platform/utf8.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string text = TextFromRegistryData({data, size});
+
+    std::u16string units;
+    for (std::size_t i = 0; i < size / 2; ++i) {
+        units += static_cast<char16_t>(data[2 * i] + 256 * data[2 * i + 1]);
+    }
+    units = units.c_str();
+    // Well-formed text comes back unit for unit; any other is empty.
+    if (text.empty() ? !units.empty() && !Utf8FromUtf16(units).empty() : Utf16FromUtf8(text) != units) {
+        std::abort();
+    }
+    return 0;
+}
