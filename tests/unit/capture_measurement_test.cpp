@@ -242,6 +242,7 @@ TEST_F(CaptureMeasurementTest, ADesktopInAFormatWithoutAPicture) {
         EXPECT_FALSE(measurement.ok);
         EXPECT_EQ(measurement.error, "the capture started but never produced a frame");
         EXPECT_THAT(measurement.pixels, IsEmpty());
+        EXPECT_EQ(measurement.new_frames, 0U);
     }
 }
 

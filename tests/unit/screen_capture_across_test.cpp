@@ -82,6 +82,15 @@ TEST_F(ScreenCaptureAcross, ASecondDeviceThatCannotBeMadeIsTriedAgain) {
     Machine().adapters[0].create_device_result = S_OK;
     Machine().tick_ms += 500;
     EXPECT_THAT(ErrorsOf([&] { capture_->GetFrame(); }), testing::EndsWith(kRestored));
+    Machine().adapters[0].luid.LowPart = 50;
+    Machine().adapters[0].create_device_result = DXGI_ERROR_DEVICE_REMOVED;
+    PushResult(DXGI_ERROR_ACCESS_LOST);
+    ErrorsOf([&] { capture_->GetFrame(); });
+    Machine().adapters[0].luid.LowPart = 40;  // Back to the one before, whose device is gone.
+    Machine().adapters[0].create_device_result = S_OK;
+    Machine().tick_ms += 500;
+    EXPECT_THAT(ErrorsOf([&] { capture_->GetFrame(); }), testing::EndsWith(kRestored));
+    EXPECT_EQ(Machine().devices_made.size(), 5U);
 }
 
 TEST_F(ScreenCaptureAcross, EveryPixelArrives) {

@@ -57,6 +57,17 @@ TEST_F(ScreenCaptureCursor, OnAnotherMonitorItIsOutsideOfThePicture) {
     EXPECT_EQ(PixelsOf(view.Get()), FakePixels({}));
 }
 
+TEST_F(ScreenCaptureCursor, OnEveryNewImage) {
+    ASSERT_TRUE(Start("B"));
+    for (int image = 0; image < 3; ++image) {
+        Push({});
+        capture_->GetFrame();
+        Machine().cursor.ptScreenPos.x += 100;
+    }
+    ASSERT_EQ(Machine().drawn_icons.size(), 3U);
+    EXPECT_EQ(Machine().drawn_icons[2].x, 210);
+}
+
 TEST_F(ScreenCaptureCursor, OnlyAfterANewImage) {
     ASSERT_TRUE(Start("B"));
     capture_->GetFrame();

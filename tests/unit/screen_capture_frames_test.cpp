@@ -68,6 +68,7 @@ TEST_F(ScreenCaptureFrames, LossIsRestoredAtOnce) {
     EXPECT_EQ(ErrorsOf([&] { capture_->GetFrame(); }), std::string(kLost) + kRestored);
     EXPECT_FALSE(capture_->IsNewFrame());
     EXPECT_EQ(Machine().duplications, 2);
+    EXPECT_EQ(capture_->GetFrame().Get(), nullptr) << "the picture is made anew from the first image";
     Push({.width = 32, .height = 20, .seed = 9});
     const View after = capture_->GetFrame();
     EXPECT_TRUE(capture_->IsNewFrame());
