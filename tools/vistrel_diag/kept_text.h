@@ -33,7 +33,7 @@ class KeptText {
     std::string Copy() const;
 
   private:
-    static constexpr std::size_t kBlockSize = 64 * 1024;
+    static constexpr std::size_t kBlockSize = std::size_t{64} * 1024;
     struct Block {
         std::array<char, kBlockSize> bytes = {};
         std::atomic<Block*> next = nullptr;
