@@ -172,7 +172,7 @@ def rate_cases():
     for limit in single_neighbours(1.0) + [0.0, 0.5, -5.0, 2.5]:
         yield Case(model=10.0, limit=limit)
     for fps in around(1.0) + [0.0, 0.4]:
-        yield Case(model=10.0, game_fps=fps, desktop_fps=45.5)
+        yield Case(model=10.0, game_fps=fps, desktop_fps=45.5, limit=1000.0)
         yield Case(model=10.0, desktop_fps=fps, limit=1000.0)
 
 

@@ -1,0 +1,235 @@
+"""The whole guided run: its order, its prompts with every kind of answer, and console and report side by side."""
+
+import pytest
+
+import lab
+
+READY = "Ready to start part 1?"
+PART_TWO = "Headset on and game running?"
+HANDS = "Run the hand-tracking check? (hold controllers, then set them down and raise your hands)"
+GUIDED = ("--no-models", "--capture-seconds", "0.5")
+
+RULE = "=====================================================\n"
+BANNER = (
+    RULE + " Vistrel diagnostic\n" + RULE + "\n"
+    "This measures what Vistrel costs on your GPU. It changes no\n"
+    "settings and needs no administrator rights.\n"
+    "\n"
+    "It runs in two parts and takes about two minutes:\n"
+    "  1. with nothing running  - to time the warp and the AI model\n"
+    "  2. with your headset on and a game running - to check your\n"
+    "     VRAM, which GPU the headset uses, and your real frame rate\n"
+    "\n"
+    "Vistrel itself must stay CLOSED for both parts.\n"
+    "When it finishes, a .txt file appears next to this program.\n"
+    "Please send that file.\n"
+)
+INSTRUCTIONS = (
+    "\n" + RULE + " Part 1 done. Part 2 needs your headset and a game.\n" + RULE + "\n"
+    "  1. Turn the headset on and let SteamVR (or Virtual Desktop)\n"
+    "     finish starting.\n"
+    "  2. Launch one of the games that runs badly, in WINDOWED or\n"
+    "     BORDERLESS mode.\n"
+    "  3. Leave Vistrel CLOSED.\n"
+    "\n"
+    "Then come back here and press Enter. You will get 15 seconds to\n"
+    "click back on the game before measuring starts, so the game is\n"
+    "in the foreground while it runs.\n"
+)
+COUNTDOWN = (
+    "\nClick on the game window now.\n"
+    + "".join(f"\r  starting in {n:2d} s ... " for n in range(15, 0, -1))
+    + "\r  measuring now.        \n"
+)
+SKIPPED = (
+    "The user skipped the loaded run, so VRAM pressure, the required GPU, and the game's frame rate are all unknown here."
+)
+VERDICT_SKIPPED = (
+    ">>> Part 2 was skipped, so nothing above accounts for VRAM pressure or a cross-GPU capture. Both can cause this on "
+    "their own."
+)
+
+PART_ONE_SECTIONS = [
+    "PART 1 - BASELINE, NOTHING ELSE RUNNING",
+    "WHAT ELSE WAS RUNNING DURING THIS TEST",
+    "MACHINE",
+    "GPUs",
+    "DISPLAYS  (this is what the warp resolution comes from)",
+    "PER-APP GPU OVERRIDES",
+    "INJECTED INTO VISTREL'S OWN FOLDER",
+    "VISTREL SETTINGS IN EFFECT",
+    "VISTREL SETTINGS, VERBATIM",
+    "WHAT VISTREL ITSELF LOGGED LAST RUN",
+    "HEADSET / OPENXR",
+    "BENCHMARK SETUP",
+]
+DEVICE_SECTIONS = ["SCREEN CAPTURE", "STEREO WARP COST  (both eyes, one headset frame)"]
+PART_TWO_SECTIONS = [
+    "PART 2 - HEADSET ON, GAME RUNNING",
+    "WHAT ELSE WAS RUNNING DURING THIS TEST",
+    "HEADSET / OPENXR",
+]
+HANDS_SECTION = "HAND TRACKING (bare hand vs controller)"
+
+
+def prompt(question):
+    return f"\n{question}\n  [Enter] continue     [s] then Enter to skip\n> "
+
+
+def progress(width, height):
+    return f"  measuring {width}x{height} ...\r" + " " * 35 + "\r"
+
+
+def patient(name):
+    """The scenario on a clock whose waits take no time, so that a guided run does not either."""
+    return "clock scripted\n" + (lab.SCENARIOS / f"{name}.txt").read_text(encoding="utf-8")
+
+
+def sections(run):
+    """The titles in order."""
+    lines = run.report_text.split("\n")
+    return [line[3:].rstrip("=")[:-1] for line in lines if line.startswith("== ")]
+
+
+def without(text, *console_only):
+    """The text without these, each of which stands in it once, in this order."""
+    kept, rest = "", text
+    for part in console_only:
+        before, found, rest = rest.partition(part)
+        assert found, f"{part!r} is missing in {rest or before!r}"
+        kept += before
+    return kept + rest
+
+
+def closing(install):
+    return (
+        "\n" + RULE + " Done. Report written to:\n"
+        f"   {install.windows_folder}\\{lab.REPORT_NAME}\n"
+        "\n"
+        " Please send that one file.\n" + RULE + "\nPress Enter to close.\n"
+    )
+
+
+def test_full_run_in_order(run_tool, install):
+    install.add_shader()
+    run = run_tool(*GUIDED, scenario=patient("desktop-pc"), stdin=b"\n\n\n\n")
+    assert run.exit_code == 0
+    assert sections(run) == (
+        PART_ONE_SECTIONS
+        + DEVICE_SECTIONS
+        + ["DEPTH MODEL INFERENCE"]
+        + PART_TWO_SECTIONS
+        + [HANDS_SECTION, "VERDICT"]
+    )
+    assert VERDICT_SKIPPED not in run.report_text
+    assert run.report_text == without(
+        run.console_text,
+        BANNER,
+        prompt(READY),
+        progress(1920, 1080),
+        progress(2560, 1440),
+        INSTRUCTIONS,
+        prompt(PART_TWO),
+        COUNTDOWN,
+        prompt(HANDS),
+        closing(install),
+    )
+
+
+def test_opening_lines(run_tool, install):
+    run = run_tool(*lab.CHEAP, scenario=patient("desktop-pc"))
+    assert run.report_text.startswith(
+        "Vistrel diagnostic report v1.0\n"
+        "Generated by vistrel_diag - measures what the Vistrel stereo warp and depth model cost on this machine.\n"
+        f"Running from: {install.windows_folder}\n"
+        "\n"
+        f"{lab.header('PART 1 - BASELINE, NOTHING ELSE RUNNING')}\n"
+        "\n"
+    )
+
+
+def test_quick_run_asks_nothing(run_tool, install):
+    install.add_shader()
+    run = run_tool(*lab.CHEAP, scenario=patient("desktop-pc"))
+    assert sections(run) == PART_ONE_SECTIONS + DEVICE_SECTIONS + ["DEPTH MODEL INFERENCE", "VERDICT"]
+    assert VERDICT_SKIPPED in run.section("VERDICT").split("\n")
+    assert run.report_text == without(
+        run.console_text, BANNER, progress(1920, 1080), progress(2560, 1440), closing(install)
+    )
+
+
+@pytest.mark.parametrize("answer", [b"s\n", b"S\n", b"skip\r\n", b"s please\n", b"s", b"s\0y\n"])
+def test_part_two_can_be_skipped(run_tool, answer):
+    run = run_tool(*GUIDED, scenario=patient("desktop-pc"), stdin=b"\n" + answer)
+    assert run.exit_code == 0
+    assert run.section("PART 2 - SKIPPED") == SKIPPED
+    assert not run.has_section(PART_TWO_SECTIONS[0])
+    assert COUNTDOWN not in run.console_text
+
+
+@pytest.mark.parametrize("answer", [b"\n", b"yes\n", b" s\n", b"\0s\n", b"\xc3\x9f\n", b"\x1a\n", b""])
+def test_any_other_answer_goes_on(run_tool, answer):
+    run = run_tool(*GUIDED, scenario=patient("desktop-pc"), stdin=b"\n" + answer)
+    assert run.exit_code == 0
+    assert not run.has_section("PART 2 - SKIPPED")
+    assert sections(run)[-len(PART_TWO_SECTIONS) - 2 :] == PART_TWO_SECTIONS + [HANDS_SECTION, "VERDICT"]
+
+
+def test_the_first_answer_skips_nothing(run_tool):
+    run = run_tool(*GUIDED, scenario=patient("desktop-pc"), stdin=b"s\ns\n")
+    assert sections(run)[: len(PART_ONE_SECTIONS)] == PART_ONE_SECTIONS
+    assert run.has_section("PART 2 - SKIPPED")
+
+
+def test_end_of_the_input_at_the_first_prompt(run_tool):
+    run = run_tool(*GUIDED, scenario=patient("desktop-pc"), stdin=b"")
+    assert run.exit_code == 0
+    assert run.has_section(HANDS_SECTION)
+    assert run.console_text.endswith("\nPress Enter to close.\n")
+
+
+@pytest.mark.parametrize("length", [63, 64, 500])
+def test_a_long_answer_answers_one_prompt(run_tool, length):
+    long_answer = b"y" * 62 + b"s" * (length - 62) + b"\n"
+    run = run_tool(*GUIDED, scenario=patient("desktop-pc"), stdin=b"\n" + long_answer + b"s\n")
+    assert run.has_section(PART_TWO_SECTIONS[0])
+    assert not run.has_section(HANDS_SECTION)
+
+
+def test_hand_tracking_check_can_be_skipped(run_tool):
+    run = run_tool(*GUIDED, scenario=patient("desktop-pc"), stdin=b"\n\nS\n")
+    assert sections(run)[-len(PART_TWO_SECTIONS) - 1 :] == PART_TWO_SECTIONS + ["VERDICT"]
+
+
+def test_without_a_device(run_tool, install):
+    install.add_shader()
+    run = run_tool(*GUIDED, scenario=patient("device-fails"), stdin=b"\n\n")
+    assert run.exit_code == 0
+    assert sections(run) == PART_ONE_SECTIONS + ["DEPTH MODEL INFERENCE"] + PART_TWO_SECTIONS + ["VERDICT"]
+    assert HANDS not in run.console_text
+    assert "Frame rate reaching" not in run.report_text
+    assert run.section("VERDICT").split("\n")[0] == (
+        "The warp could not be measured, so no verdict. The sections above are still worth reading."
+    )
+
+
+def test_part_two_lines(run_tool):
+    run = run_tool(*GUIDED, scenario=patient("desktop-pc"), stdin=b"\n\ns\n")
+    text = run.report_text
+    part_two = text[text.index(lab.header(PART_TWO_SECTIONS[0])) :]
+    assert (
+        "\n\nVRAM while the game is running:\n"
+        "  GPU 0 NVIDIA GeForce RTX 3070            903 MB of 7250 MB  (12%)\n"
+        f"\n{lab.header('HEADSET / OPENXR')}\n"
+    ) in part_two
+    # The hand-tracking question leaves a blank line of its own before the one of the frame rate.
+    assert "\n\n\nFrame rate reaching the capture: " in part_two
+
+
+def test_seconds_are_those_of_both_captures(run_tool):
+    run = run_tool(*GUIDED, scenario=patient("desktop-pc"), stdin=b"\n\ns\n")
+    lines = run.report_text.split("\n")
+    first = [line for line in lines if line.startswith("New frames      : ")]
+    second = [line for line in lines if line.startswith("Frame rate reaching the capture: ")]
+    assert len(first) == len(second) == 1
+    assert " in 0.5" in first[0] and " in 0.5" in second[0]
