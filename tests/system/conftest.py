@@ -1,5 +1,6 @@
 import os
 import pathlib
+import shutil
 import sys
 
 import pytest
@@ -28,3 +29,16 @@ def run_tool(install):
         return lab.run_tool(install, *arguments, **options)
 
     return run
+
+
+@pytest.fixture
+def clean_user(tmp_path):
+    """A user for whom the product never ran; what was there comes back afterwards. The test locks wine_prefix."""
+    folder = lab.user_data_folder()
+    aside = tmp_path / "user_data_aside"
+    if folder.exists():
+        shutil.move(folder, aside)
+    yield folder
+    shutil.rmtree(folder, ignore_errors=True)
+    if aside.exists():
+        shutil.move(aside, folder)

@@ -33,6 +33,13 @@ def windows_path(path):
     return "Z:" + str(path).replace("/", "\\")
 
 
+def user_data_folder():
+    """Where the product keeps a user's settings and its log, in this prefix."""
+    users = pathlib.Path(os.environ["WINEPREFIX"]) / "drive_c" / "users"
+    (local_data,) = (path for path in users.glob("*/AppData/Local") if path.parts[-3] != "Public")
+    return local_data / "Vistrel"
+
+
 @dataclass
 class Run:
     """What came of one run."""
@@ -160,8 +167,8 @@ def simulated(scenario, scratch):
     return front, {"VISTREL_LAB_STATISTICS": windows_path(counts_file)}, counts_file
 
 
-def read_counts(path):
-    assert path.exists(), "the program ended without the machine's counts: it crashed or was ended"
+def read_counts(path, errors=b""):
+    assert path.exists(), "the program ended without the machine's counts: " + errors.decode("utf-8", "replace")
     return {name: int(value) for name, value in (line.split() for line in path.read_text().splitlines())}
 
 
@@ -184,7 +191,7 @@ def run_tool(
     report = install.report.read_bytes() if install.report.exists() else None
     run = Run(exit_code, console, errors, report)
     if counts_file is not None:
-        run.counts = read_counts(counts_file)
+        run.counts = read_counts(counts_file, errors)
         if clean:
             assert run.counts["live_objects"] == 0, run.counts
             assert run.counts["violations"] == 0, run.counts

@@ -50,7 +50,8 @@ TEST(Scenario, ReadsAnAdapter) {
     const Scenario scenario = Read(
         "adapter NVIDIA  GeForce # a comment\n  vendor 0x10DE\n  luid FFFFFFFF:0000A001\n  dedicated 8018 "
         "MB\n"
-        "  shared 2 MB\n  memory 3 MB of 4 MB\n  reserved 5 MB\n  software\n  without IDXGIAdapter3\n"
+        "  shared 2 MB\n  memory 3 MB of 4 MB\n  reserved 5 MB\n"
+        "  draws 800 megapixels per second\n  software\n  without IDXGIAdapter3\n"
         "  outputs end with 0x1\n  enumeration fails 0x2\n  description fails 0x3\n  device fails 0x4\n");
     ASSERT_EQ(scenario.adapters.size(), 1U);
     const Adapter& adapter = scenario.adapters[0];
@@ -63,6 +64,7 @@ TEST(Scenario, ReadsAnAdapter) {
     EXPECT_EQ(adapter.used_bytes, 3ULL * 1024 * 1024);
     EXPECT_EQ(adapter.budget_bytes, 4ULL * 1024 * 1024);
     EXPECT_EQ(adapter.reserved_bytes, 5ULL * 1024 * 1024);
+    EXPECT_THAT(adapter.draw_rate, Optional(800));
     EXPECT_TRUE(adapter.software);
     EXPECT_TRUE(adapter.without_adapter3);
     EXPECT_THAT(adapter.outputs_end_with, Optional(1U));
@@ -148,6 +150,7 @@ TEST(Scenario, SaysWhichLineIsNotUnderstoodAndWhy) {
     EXPECT_EQ(ErrorOf("adapter A\n dedicated 8 GB\n"), "line 2: 'MB' is expected instead of 'GB'");
     EXPECT_EQ(ErrorOf("adapter A\n without IDXGIOutput1\n"),
               "line 2: only an output can be without IDXGIOutput1");
+    EXPECT_EQ(ErrorOf("adapter A\n output D\n frames 0 per second\n"), "line 3: a rate of 0 is none");
     EXPECT_EQ(ErrorOf("adapter A\n output D\n size 800\n"), "line 3: '800' is not a size like 1920x1080");
     EXPECT_EQ(ErrorOf("adapter A\n output D\n lost after 3 frames\n  moves to 1\n"),
               "an output moves to an adapter that the scenario does not have");

@@ -7,6 +7,7 @@
 
 #include "tests/lab/machine/adapters.h"
 #include "tests/lab/machine/frame_guard.h"
+#include "tests/lab/machine/gpu_clock.h"
 #include "tests/lab/machine/machine.h"
 #include "tests/lab/machine/simulated_object.h"
 #include "tests/lab/machine/statistics.h"
@@ -72,6 +73,9 @@ void TagDevice(ID3D11Device* device, std::size_t position) {
     ComPtr<ID3D11DeviceContext> context;
     device->GetImmediateContext(&context);
     GuardFrames(context.Get());
+    if (TheMachine().scenario.adapters[position].draw_rate) {
+        WatchGpuTime(context.Get());
+    }
     if (position < Counts().devices_made_on.size()) {
         ++Counts().devices_made_on[position];
     }

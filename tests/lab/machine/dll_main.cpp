@@ -2,10 +2,12 @@
 // process ends.
 #include <windows.h>
 
+#include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <string>
 
+#include "tests/lab/machine/clock.h"
 #include "tests/lab/machine/import_patch.h"
 #include "tests/lab/machine/machine.h"
 #include "tests/lab/machine/statistics.h"
@@ -46,6 +48,11 @@ void WriteStatistics() {
 }
 
 }  // namespace
+
+// For another test DLL in the process whose work is to take time.
+extern "C" __declspec(dllexport) void LabPassTime(std::int64_t microseconds) {
+    lab::PassTime(microseconds);
+}
 
 BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID) {
     if (reason == DLL_PROCESS_ATTACH) {

@@ -42,7 +42,7 @@ bool MayCopy(ID3D11DeviceContext* context, ID3D11Resource* destination, ID3D11Re
         ++Counts().uses_after_release;
     }
     const ComPtr<ID3D11Device> device = DeviceOf(context);
-    if (DeviceOf(destination) != device || DeviceOf(source) != device) {
+    if (DeviceOf(destination).Get() != device.Get() || DeviceOf(source).Get() != device.Get()) {
         ++Counts().copies_across_devices;
         return false;
     }

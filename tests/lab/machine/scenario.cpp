@@ -148,9 +148,7 @@ class ScenarioReader {
             frames.never = words.Next("a rate") == "never";
             frames.rate = 0;
         } else {
-            frames.rate = words.Number("a rate");
-            words.Expect("per");
-            words.Expect("second");
+            frames.rate = words.Rate("");
         }
         return frames;
     }
@@ -195,6 +193,7 @@ class ScenarioReader {
         {"memory", [this](Words& words) { ReadMemory(words); }},
         {"reserved",
          [this](Words& words) { LastAdapter().reserved_bytes = words.Megabytes() * kBytesPerMegabyte; }},
+        {"draws", [this](Words& words) { LastAdapter().draw_rate = words.Rate("megapixels"); }},
         {"software", [this](Words&) { LastAdapter().software = true; }},
         {"without", [this](Words& words) { ReadWithout(words); }},
         {"enumeration", [this](Words& words) { LastAdapter().enumeration_fails = words.FailsWith(); }},

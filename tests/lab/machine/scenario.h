@@ -88,6 +88,8 @@ struct Adapter {
     std::uint64_t used_bytes = 0;
     std::uint64_t budget_bytes = 0;
     std::uint64_t reserved_bytes = 0;
+    /// Megapixels a second in scripted time; empty when the real GPU's time counts.
+    std::optional<int> draw_rate;
     bool software = false;
     bool without_adapter3 = false;
     std::optional<ResultCode> enumeration_fails;

@@ -102,6 +102,19 @@ std::uint64_t Words::Megabytes() {
     return amount;
 }
 
+int Words::Rate(std::string_view of_what) {
+    const int rate = Number("a rate");
+    if (rate < 1) {
+        throw ScenarioError("a rate of " + std::to_string(rate) + " is none");
+    }
+    if (!of_what.empty()) {
+        Expect(of_what);
+    }
+    Expect("per");
+    Expect("second");
+    return rate;
+}
+
 Size Words::Dimensions() {
     const std::string word = Next("a size");
     const auto [width, height] = Halves(word, 'x', "a size like 1920x1080");

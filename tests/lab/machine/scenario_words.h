@@ -39,6 +39,8 @@ class Words {
     ResultCode EndWith();
     /// "8192 MB"
     std::uint64_t Megabytes();
+    /// "800 megapixels per second"
+    int Rate(std::string_view of_what);
     /// "1920x1080"
     Size Dimensions();
     /// "-1920,0"

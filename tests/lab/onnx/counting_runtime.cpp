@@ -196,6 +196,9 @@ OrtStatus* ORT_API_CALL Run(OrtSession*, const OrtRunOptions* run_options, const
     TheCountingRuntime().arguments.push_back(
         std::string("run ") + (run_options == nullptr ? "plain " : "with options ") + std::to_string(inputs) +
         " [" + input_names[0] + "] " + std::to_string(outputs) + " [" + output_names[0] + "]");
+    if (TheCountingRuntime().while_running != nullptr) {
+        TheCountingRuntime().while_running();
+    }
     return AnswerMade("Run", "Value", output);
 }
 

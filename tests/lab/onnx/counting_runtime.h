@@ -19,6 +19,7 @@ struct CountingRuntime {
     bool fails_late = false;    ///< ...and has made its object all the same
     bool throws = false;        ///< ...or rather, throws a std::runtime_error
     std::string message = "the runtime's own words";
+    void (*while_running)() = nullptr;  ///< called by each Run
 
     // Seen.
     std::map<std::string, int> made;     ///< objects by kind, over the whole life

@@ -7,8 +7,9 @@
 //     throw=ENTRY        it throws a C++ exception instead
 //     call=N             at its Nth call, not the first
 //     message=WORD       with this message
-//     ledger=FILE        writes to FILE, when the process ends, a line "KIND made N alive N" for each kind of
-//     object
+//     pixel-takes=NS     each pixel of the input takes a Run so many nanoseconds, of the simulated machine's
+//     clock ledger=FILE        writes to FILE, when the process ends, a line "KIND made N alive N" for each
+//     kind of object
 #include <windows.h>
 
 #include <cstdlib>
@@ -24,6 +25,25 @@ bool no_base = false;
 bool old_version = false;
 std::string ledger_file;
 int table_requests = 0;
+double nanoseconds_per_pixel = 0;
+
+/// Passes the time that a Run takes: on a simulated machine by its clock, which may be scripted.
+void TakeTime() {
+    double nanoseconds = nanoseconds_per_pixel;
+    const std::vector<std::int64_t>& shape = TheCountingRuntime().tensor_shape;
+    for (std::size_t i = 2; i < shape.size(); ++i) {
+        nanoseconds *= static_cast<double>(shape[i]);
+    }
+    const double microseconds = nanoseconds / 1000;
+    using PassTime = void (*)(std::int64_t microseconds);
+    HMODULE const machine = GetModuleHandleW(L"vistrel_lab_machine.dll");
+    if (machine != nullptr) {
+        reinterpret_cast<PassTime>(GetProcAddress(machine, "LabPassTime"))(
+            static_cast<std::int64_t>(microseconds));
+    } else {
+        Sleep(static_cast<DWORD>(microseconds / 1000));
+    }
+}
 
 void Obey(const std::string& word) {
     CountingRuntime& runtime = TheCountingRuntime();
@@ -41,6 +61,9 @@ void Obey(const std::string& word) {
         runtime.failing_call = std::atoi(value.c_str());
     } else if (name == "message") {
         runtime.message = value;
+    } else if (name == "pixel-takes") {
+        nanoseconds_per_pixel = std::atof(value.c_str());
+        runtime.while_running = TakeTime;
     } else if (name == "ledger") {
         ledger_file = value;
     }
