@@ -3,6 +3,7 @@
 import pytest
 
 import lab
+import programs
 
 READY = "Ready to start part 1?"
 PART_TWO = "Headset on and game running?"
@@ -186,6 +187,29 @@ def test_end_of_the_input_at_the_first_prompt(run_tool):
     assert run.exit_code == 0
     assert run.has_section(HANDS_SECTION)
     assert run.console_text.endswith("\nPress Enter to close.\n")
+
+
+@pytest.mark.parametrize("typed", [b"x", b"\n", b"\nx", b"\n\n", b"\n\nx", b"\n\n\n"], ids=repr)
+def test_end_of_the_input_goes_on_at_every_prompt(run_tool, install, typed):
+    """Before an answer and in the middle of one."""
+    run = run_tool(*GUIDED, scenario=patient("desktop-pc"), stdin=typed)
+    assert run.exit_code == 0
+    assert run.has_section(HANDS_SECTION)
+    asked = [BANNER, prompt(READY), INSTRUCTIONS, prompt(PART_TWO), COUNTDOWN, prompt(HANDS), closing(install)]
+    assert run.report_text == without(run.console_text, *asked)
+
+
+def test_the_wait_for_the_product_leaves_no_dots_in_the_report(run_tool, install, tmp_path):
+    with programs.asleep(tmp_path, "Vistrel.exe"):
+        run = run_tool(*GUIDED, scenario=patient("device-fails"), stdin=b"\ns\n")
+    wait = (
+        "\n  Vistrel is running. It holds the screen capture, so please close it now.\n  Waiting"
+        + 60 * "."
+        + "\n  Still running - carrying on anyway; the report will say so.\n"
+    )
+    asked = [BANNER, prompt(READY), wait, INSTRUCTIONS, prompt(PART_TWO), closing(install)]
+    assert run.report_text == without(run.console_text, *asked)
+    assert "!! Vistrel IS RUNNING. That changes how to read everything below:\n" in run.report_text
 
 
 @pytest.mark.parametrize("length", [63, 64, 500])
