@@ -46,6 +46,11 @@ void CopyRow(const std::uint8_t* source, const std::vector<std::uint32_t>& colum
 void ScaleFrame(const FrameView& frame, ColourPicture& picture) {
     const std::size_t source_row_bytes = static_cast<std::size_t>(frame.width) * kPixelBytes;
     const auto width = static_cast<std::size_t>(picture.width);
+    if (frame.width == picture.width && frame.height == picture.height) {
+        std::memcpy(picture.pixels.get(), frame.pixels.data(),
+                    picture.RowBytes() * static_cast<std::size_t>(picture.height));
+        return;
+    }
     const auto columns = NearestPositions(frame.width, picture.width);
     const auto rows = NearestPositions(frame.height, picture.height);
     for (std::size_t y = 0; y < rows.size(); ++y) {

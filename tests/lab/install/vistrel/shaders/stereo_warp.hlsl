@@ -14,9 +14,9 @@ cbuffer WarpConstants : register(b0)
     uint SearchSteps;
     uint DebugStage;        // 1 depth, 2 shift, 3 length of the march
     float EdgeMagnet;
-    float DepthHasMips;
+    float DepthHasMips;     // such a map is smooth: half the jump makes an edge
     float DepthResolution;
-    float DepthIsRoot;
+    float HalfRowLower;     // the depth map lies half of its rows lower
     float DepthInverted;
     float FillSmooth;
     float CurveRadius;
@@ -41,44 +41,30 @@ struct Pixel
     float2 Tex : TEXCOORD0;
 };
 
-float DepthAt(float2 place)
+// How one eye sees the depth map.
+struct View
 {
-    float depth = Depth.SampleLevel(Linear, place, DepthHasMips).r;
-    depth = lerp(depth, 1 - depth, DepthInverted);
-    return lerp(depth, depth * depth, DepthIsRoot);
-}
+    float side;      // 1 for the left eye, -1 for the right
+    float scale;     // of the shift
+    float forward;   // of the depth; -1 when it is inverted
+    float backward;
+};
 
-// How far this eye sees something of this depth from its place, in shares of the screen's width.
-float ShiftOf(float depth, float side)
+// How far the eye sees something of this depth from its place, in shares of the screen's width.
+float ShiftOf(float depth, View view)
 {
-    float shift = min((depth - ScreenDepth) * DepthStrength, PopoutLimit);
-    return shift * Separation * 0.5 * (1 - side * EyeBalance);
-}
-
-// Depth at `place`, drawn to the nearer side of an edge.
-float MagneticDepth(float2 place, float depth)
-{
-    float reach = 1 / DepthResolution;
-    float nearer = max(DepthAt(place - float2(reach, 0)), DepthAt(place + float2(reach, 0)));
-    return nearer - depth > Threshold ? lerp(depth, nearer, EdgeMagnet) : depth;
-}
-
-float2 OnScreen(float2 place)
-{
-    float wrapped = CurveWraps > 0 ? frac(place.x) : place.x;
-    return float2(StayOnScreen > 0 ? saturate(wrapped) : wrapped, place.y);
+    float nearness = depth * view.forward + view.backward;
+    return min((nearness - ScreenDepth) * DepthStrength, PopoutLimit) * view.scale;
 }
 
 // A flat place on the curved screen, whose sides are farther round than they look.
 float2 Curved(float2 place)
 {
-    if (CurveMode <= 0)
-    {
-        return place;
-    }
     float2 centred = place - 0.5;
     centred.x *= 1 + centred.x * centred.x * ScreenSize / CurveRadius;
-    return centred * (1 + CurveMargin) + 0.5;
+    float2 curved = centred * (1 + CurveMargin) + 0.5;
+    curved.x = CurveWraps > 0 ? frac(curved.x) : curved.x;
+    return CurveMode > 0 ? curved : place;
 }
 
 bool IsFlat(float2 place)
@@ -90,66 +76,56 @@ bool IsFlat(float2 place)
 float4 PSMain(Pixel pixel) : SV_Target
 {
     float2 place = Curved(pixel.Tex);
-    float side = Eye == 0 ? 1 : -1;
-    float nearest = ShiftOf(1, side);
-    float farthest = ShiftOf(0, side);
-    if (IsFlat(place))
-    {
-        nearest = 0;
-        farthest = 0;
-    }
+    View view;
+    view.side = Eye == 0 ? 1 : -1;
+    view.scale = IsFlat(place) ? 0 : Separation * 0.5 * (1 - view.side * EyeBalance);
+    view.forward = 1 - 2 * DepthInverted;
+    view.backward = DepthInverted;
 
-
-    float step = (nearest - farthest) / max(SearchSteps, 1);
-    float edge = Threshold * abs(nearest - farthest);
-    float found_shift = nearest;
-    float surface_before = farthest;
-    bool hole = false;
-    uint taken = 0;
+    float nearest = ShiftOf(1 - DepthInverted, view);
+    float farthest = ShiftOf(DepthInverted, view);
     uint steps = min(SearchSteps, 256);
-    [loop] for (uint i = 0; i <= steps; ++i)
+    float step = (nearest - farthest) / max(steps, 1);
+
+    float2 size;
+    Depth.GetDimensions(size.x, size.y);
+
+    // The march: the first surface that reaches as far out as the ray is what this eye sees.
+    float ray = nearest;
+    float depth = 1;
+    float surface = nearest;
+    float surface_before = nearest;
+    uint taken = 0;
+    [loop] for (; taken <= steps; ++taken)
     {
-        float ray_shift = nearest - i * step;
-        float surface = ShiftOf(DepthAt(OnScreen(place - float2(side * ray_shift, 0))), side);
-        taken = i;
-        if (surface >= ray_shift)
+        float2 texel = clamp(float2(place.x - view.side * ray, place.y) * size, 0, size - 1);
+        depth = Depth.Load(int3(texel, 0)).r;
+        surface = ShiftOf(depth, view);
+        if (surface >= ray)
         {
-            // The surface lies between this step and the one before. Where it jumps there, this eye looks behind
-            // the edge of something near, at what the picture does not hold: it gets what lies beside the edge.
-            hole = i > 0 && surface - surface_before > edge;
-            float gap_before = ray_shift + step - surface_before;
-            float back = gap_before / max(gap_before + surface - ray_shift, 0.000001);
-            found_shift = i == 0 ? nearest : (hole ? ray_shift + step : ray_shift + step * (1 - back));
             break;
         }
         surface_before = surface;
-        found_shift = ray_shift;
+        ray -= step;
     }
-    float2 found = OnScreen(place - float2(side * found_shift, 0));
 
-    float depth = DepthAt(found);
-    if (EdgeMagnet > 0)
-    {
-        found = OnScreen(place - float2(side * ShiftOf(MagneticDepth(found, depth), side), 0));
-    }
+    // It lies between this step and the one before. Where it jumps there, this eye looks behind the edge of something
+    // near, at what the picture does not hold: it gets what lies beside the edge, farther away from it when holes are
+    // filled smoothly, and with some of the near side when edges attract.
+    float jump = taken > 0 ? surface - surface_before : 0;
+    bool hole = jump > Threshold * (1 - 0.5 * DepthHasMips) * (nearest - farthest);
+    float gap_before = ray + step - surface_before;
+    float share = saturate(gap_before / max(gap_before + surface - ray, 0.000001));
+    float back = hole ? 1 + FillSmooth - EdgeMagnet : 1 - share;
+    float found_shift = ray + (taken > 0 ? step * back : 0);
+    float2 found = float2(place.x - view.side * found_shift, place.y);
+    found.x = StayOnScreen > 0 ? saturate(found.x) : found.x;
+    found.y += 0.5 * HalfRowLower / max(DepthResolution, 1);
+
     float3 colour = Colour.SampleLevel(Linear, found, 0).rgb;
-    if (hole && FillSmooth > 0)
-    {
-        float2 aside = OnScreen(found - float2(side * (nearest - farthest), 0));
-        colour = lerp(colour, Colour.SampleLevel(Linear, aside, 0).rgb, 0.5);
-    }
-    if (DebugStage == 1)
-    {
-        colour = depth;
-    }
-    else if (DebugStage == 2)
-    {
-        colour = found_shift * 50 + 0.5;
-    }
-    else if (DebugStage == 3)
-    {
-        colour = float(taken) / max(SearchSteps, 1);
-    }
-    // The eyes are written in sRGB, which the desktop's picture already is.
-    return float4(pow(saturate(colour), 2.2), 1);
+    colour = DebugStage == 1 ? depth : colour;
+    colour = DebugStage == 2 ? found_shift * 50 + 0.5 : colour;
+    colour = DebugStage == 3 ? float(taken) / max(steps, 1) : colour;
+    // The eyes are written in sRGB, which the desktop's picture already is; a square is close to that curve.
+    return float4(colour * colour, 1);
 }
