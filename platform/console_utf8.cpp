@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <atomic>
+#include <string>
 
 namespace {
 
@@ -20,12 +21,20 @@ BOOL WINAPI OnConsoleEvent(DWORD /*event*/) {
     return FALSE;  // The event then ends the program as it would have without this handler.
 }
 
+}  // namespace
+
 bool StandardOutputIsConsole() {
     DWORD mode = 0;
     return GetConsoleMode(GetStdHandle(STD_OUTPUT_HANDLE), &mode) != 0;
 }
 
-}  // namespace
+void WriteToConsole(std::string_view text) {
+    const int bytes = static_cast<int>(text.size());
+    std::wstring wide(text.size(), L'\0');  // Never more units than there are bytes.
+    const int units = MultiByteToWideChar(CP_UTF8, 0, text.data(), bytes, wide.data(), bytes);
+    DWORD written = 0;
+    WriteConsoleW(GetStdHandle(STD_OUTPUT_HANDLE), wide.data(), static_cast<DWORD>(units), &written, nullptr);
+}
 
 ConsoleUtf8Output::ConsoleUtf8Output() {
     if (!StandardOutputIsConsole()) {

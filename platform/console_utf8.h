@@ -1,9 +1,19 @@
 // A console that shows the program's UTF-8 text as it is meant.
 #pragma once
 
-/// While it lives, a real console takes standard output as UTF-8. The code page found is put back at the end,
-/// also when the person ends the program with Ctrl-C or closes the console. Does nothing for a pipe or a
-/// file. At most one at a time.
+#include <string_view>
+
+/// Whether standard output is a real console, and not a pipe or a file.
+bool StandardOutputIsConsole();
+
+/// Puts UTF-8 text on the console that standard output is. The C runtime hands a console byte for byte, in
+/// which most characters are lost; this hands it characters. What is not well formed shows as replacement
+/// characters.
+void WriteToConsole(std::string_view text);
+
+/// While it lives, a real console also takes the bytes of standard error as UTF-8. The code page found is put
+/// back at the end, also when the person ends the program with Ctrl-C or closes the console. Does nothing for
+/// a pipe or a file. At most one at a time.
 class ConsoleUtf8Output {
   public:
     ConsoleUtf8Output();

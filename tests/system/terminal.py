@@ -6,6 +6,7 @@ makes Ctrl-C an event.
 
 import codecs
 import re
+import termios
 import time
 
 import pexpect
@@ -133,7 +134,16 @@ class Terminal:
 
     def answer(self, prompt, keys):
         self.wait_for(prompt)
+        self.wait_until_read_from()
         self.child.send(keys)
+
+    def wait_until_read_from(self, seconds=30):
+        """Until the program reads for the first time, keys would mean what they mean at a shell: Ctrl-C a signal, and
+        Enter a line feed."""
+        deadline = time.monotonic() + seconds
+        while termios.tcgetattr(self.child.child_fd)[3] & termios.ICANON:
+            assert time.monotonic() < deadline, f"nothing is read:\n{self.screen.text()}"
+            self.read()
 
     def wait_for_end(self, seconds=60):
         """The exit code, as the shell that started the program sees it."""

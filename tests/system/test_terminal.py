@@ -86,6 +86,23 @@ def test_a_person_who_goes_on(install, answer):
     assert lab.header("PART 2 - HEADSET ON, GAME RUNNING") in install.report.read_bytes().decode("utf-8")
 
 
+def test_control_z_ends_the_input_and_goes_on(install):
+    with terminal.Terminal(install, *GUIDED, scenario=patient("device-fails")) as person:
+        person.answer(on_screen(START), "\x1a\r")
+        person.answer(on_screen(HEADSET), "\x1a\r")
+        person.answer(CLOSE, "\x1a\r")
+        assert person.wait_for_end() == 0
+    assert lab.header("PART 2 - HEADSET ON, GAME RUNNING") in install.report.read_bytes().decode("utf-8")
+
+
+def test_names_are_shown_in_their_own_letters(install):
+    with terminal.Terminal(install, *GUIDED, "--quick", scenario=patient("odd-names")) as person:
+        person.wait_for("GPU 0           : Видеокарта ")
+        person.wait_for("  Displays      : \\\\.\\DISPLAY_é\n")
+        person.answer(CLOSE, "\r")
+        assert person.wait_for_end() == 0
+
+
 def test_control_c_before_the_first_line_leaves_an_older_report_alone(install):
     install.write(lab.REPORT_NAME, "older")
     with terminal.Terminal(install, *GUIDED) as person:

@@ -91,6 +91,21 @@ TEST(Console, ALongAnswerWithAZeroInItEndsWithItsLineToo) {
     testing::internal::GetCapturedStdout();
 }
 
+std::string& Taken() {
+    static std::string text;
+    return text;
+}
+
+TEST(Console, TextGoesToTheWriterThatWasSet) {
+    SetConsoleWriter([](std::string_view text) { Taken() += text; });
+    testing::internal::CaptureStdout();
+    ConsolePrint("%d %s\n", 1, "one");
+    SetConsoleWriter(nullptr);
+    ConsolePrint("back");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "back");
+    EXPECT_EQ(Taken(), "1 one\n");
+}
+
 #ifdef _WIN32
 TEST(Console, ControlZInAFileIsTheEndOfTheInput) {
     const ConsoleInput input("\x1As\ns\n");

@@ -4,12 +4,15 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace {
 
 struct FakeConsole {
     bool exists = true;
     UINT code_page = 437;
     PHANDLER_ROUTINE handler = nullptr;
+    std::wstring shown;
 };
 
 FakeConsole& Console() {
@@ -36,12 +39,19 @@ WINBOOL WINAPI SetHandler(PHANDLER_ROUTINE handler, WINBOOL add) {
     return TRUE;
 }
 
+WINBOOL WINAPI Show(HANDLE, const void* text, DWORD length, LPDWORD written, void*) {
+    Console().shown.append(static_cast<const wchar_t*>(text), length);
+    *written = length;
+    return TRUE;
+}
+
 }  // namespace
 
 extern "C" {
 decltype(&GetConsoleMode) __imp_GetConsoleMode = GetMode;
 decltype(&GetConsoleOutputCP) __imp_GetConsoleOutputCP = GetCodePage;
 decltype(&SetConsoleOutputCP) __imp_SetConsoleOutputCP = SetCodePage;
+decltype(&WriteConsoleW) __imp_WriteConsoleW = Show;
 decltype(&SetConsoleCtrlHandler) __imp_SetConsoleCtrlHandler = SetHandler;
 }
 
@@ -77,6 +87,25 @@ TEST_F(ConsoleUtf8, PutsTheCodePageBackOnCtrlCAndLetsItEndTheProgram) {
     ASSERT_NE(Console().handler, nullptr);
     EXPECT_FALSE(Console().handler(CTRL_C_EVENT));
     EXPECT_EQ(Console().code_page, 437U);
+}
+
+TEST_F(ConsoleUtf8, ShowsCharactersAndNotBytes) {
+    WriteToConsole("\xC3\xA9\xD0\x92\xF0\x9F\x98\x80 100%s\r\n");
+    EXPECT_EQ(Console().shown, L"\u00E9\u0412\U0001F600 100%s\r\n");
+    Console().shown.clear();
+    WriteToConsole("");
+    EXPECT_EQ(Console().shown, L"");
+}
+
+TEST_F(ConsoleUtf8, ShowsALineThatWasCutInsideACharacter) {
+    WriteToConsole(std::string(4094, 'x') + "\xC3\n");
+    EXPECT_EQ(Console().shown, std::wstring(4094, L'x') + L"\uFFFD\n");
+}
+
+TEST_F(ConsoleUtf8, TellsAConsoleFromAPipe) {
+    EXPECT_TRUE(StandardOutputIsConsole());
+    Console().exists = false;
+    EXPECT_FALSE(StandardOutputIsConsole());
 }
 
 TEST_F(ConsoleUtf8, CanBeUsedAgain) {

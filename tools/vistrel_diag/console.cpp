@@ -10,6 +10,12 @@ namespace {
 
 constexpr std::size_t kLongestAnswer = 63;
 
+void WriteToStandardOutput(std::string_view text) {
+    std::fwrite(text.data(), 1, text.size(), stdout);
+}
+
+ConsoleWriter console_writer = WriteToStandardOutput;
+
 /// One line of the input without its end, cut after kLongestAnswer characters: what goes beyond is taken from
 /// the input as well, so that it cannot answer a later prompt. Empty at the end of the input.
 std::optional<std::string> ReadAnswer() {
@@ -28,12 +34,16 @@ std::optional<std::string> ReadAnswer() {
 
 }  // namespace
 
+void SetConsoleWriter(ConsoleWriter writer) {
+    console_writer = writer != nullptr ? writer : WriteToStandardOutput;
+}
+
 void ConsolePrint(const char* format, ...) {
     std::va_list arguments;
     va_start(arguments, format);
     const std::string text = FormatTextV(format, arguments);
     va_end(arguments);
-    std::fwrite(text.data(), 1, text.size(), stdout);
+    console_writer(text);
 }
 
 void FlushConsole() {

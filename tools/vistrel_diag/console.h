@@ -1,7 +1,14 @@
 // What the person at the console sees and answers, and the report never holds.
 #pragma once
 
+#include <string_view>
+
 #include "platform/format.h"
+
+/// What takes the text instead of standard output from now on: the console itself, where there is one. Null:
+/// standard output again.
+using ConsoleWriter = void (*)(std::string_view text);
+void SetConsoleWriter(ConsoleWriter writer);
 
 /// Printf-style to standard output; nothing is kept and no line end is added.
 void ConsolePrint(const char* format, ...) VISTREL_PRINTF(1, 2);

@@ -4,6 +4,7 @@
 #include "platform/console_utf8.h"
 #include "platform/utf8.h"
 #include "tools/vistrel_diag/command_line.h"
+#include "tools/vistrel_diag/console.h"
 #include "tools/vistrel_diag/guided_run.h"
 
 /// Always ends with 0: what fails is in the report.
@@ -13,6 +14,9 @@ int wmain(int argument_count, wchar_t** argument_values) {
         arguments.push_back(Utf8FromWide(argument_values[i]));
     }
     const ConsoleUtf8Output utf8_output;
+    if (StandardOutputIsConsole()) {
+        SetConsoleWriter(WriteToConsole);
+    }
     const CommandLine command_line = ParseCommandLine(arguments);
     if (command_line.help) {
         PrintUsage();
