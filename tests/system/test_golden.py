@@ -4,6 +4,8 @@ import pytest
 
 import golden
 import lab
+import openxr
+import programs
 
 STAND_IN_RUNTIME = lab.BUILD / "tests" / "lab" / "onnx" / "whole" / "onnxruntime.dll"
 MODELS = lab.BUILD / "models"
@@ -44,6 +46,37 @@ def test_machine_with_the_product_installed(vistrel_install, clean_user, run_too
 def test_machine_without_the_product(install, clean_user, run_tool, scenario):
     run = run_tool(*lab.CHEAP, scenario=scenario)
     golden.check(f"{scenario}.txt", run.report_text, install)
+
+
+# Machines of which more is special than their adapters and displays.
+
+
+def test_hybrid_laptop_with_the_headset_on_the_other_gpu(vistrel_install, clean_user, run_tool):
+    script = "runtime SteamVR/OpenXR\nversion 2.9.6\nview 2016 2240\nview 2016 2240\nluid 00000000:00012C3D\n"
+    headset = openxr.connect(vistrel_install, script)
+    run = run_tool("--quick", "--no-models", scenario="hybrid-laptop", env={**MODELS_AT_20_NS, **headset.env})
+    golden.check("headset-on-the-other-gpu.txt", run.report_text, vistrel_install)
+
+
+def test_reshade_user(vistrel_install, clean_user, run_tool):
+    """Depth comes from ReShade, which was installed on the product in place of the game."""
+    vistrel_install.write("settings.json", '{"vistrel_depth_mode": 1, "vistrel_scale": 1.5, "theme": "dark"}')
+    vistrel_install.write("ReShade.ini", "")
+    env = programs.add_proxy_dlls(vistrel_install, "opengl32.dll")
+    run = run_tool("--quick", "--no-models", scenario="desktop-pc", env={**MODELS_AT_20_NS, **env})
+    golden.check("reshade-user.txt", run.report_text, vistrel_install)
+
+
+def test_product_running(vistrel_install, clean_user, run_tool, tmp_path):
+    with programs.asleep(tmp_path, "Vistrel.exe"):
+        run = run_tool("--quick", "--no-models", scenario="duplication-taken", env=MODELS_AT_20_NS)
+    golden.check("product-running.txt", run.report_text, vistrel_install)
+
+
+def test_captured_by_another_program(vistrel_install, clean_user, run_tool, tmp_path):
+    with programs.asleep(tmp_path, "obs64.exe"):
+        run = run_tool("--no-models", scenario="duplication-taken", stdin=b"\n\ns\n", env=MODELS_AT_20_NS)
+    golden.check("captured-by-another-program.txt", run.report_text, vistrel_install)
 
 
 # Nobody waits for the countdown: the desktop PC's clock is scripted.
