@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "tests/unit/lab_device.h"
+#include "tests/unit/recorded_context.h"
 #include "tests/unit/report_capture.h"
 #include "tests/unit/scripted_com.h"
 #include "tests/unit/scripted_compiler.h"
@@ -17,6 +18,12 @@
 #include "tools/vistrel_diag/warp_frame.h"
 
 namespace {
+
+// The creating calls of one timing: 4 textures with 5 views, the vertex shader and the sampler, the luminance
+// shader, then three queries for the calibration and for each of three batches.
+constexpr int kLuminanceShaderCall = 12;
+constexpr int kFirstBatchCall = 16;
+constexpr int kLastCall = 24;
 
 class WarpTimingTest : public testing::Test {
   protected:
@@ -52,13 +59,56 @@ TEST_F(WarpTimingTest, TimesAndLeavesNothingBehind) {
     EXPECT_EQ(report.Text(), "");
 }
 
+/// `count` times `word`.
+std::string Repeated(int count, const std::string& word) {
+    std::string words;
+    for (int i = 0; i < count; ++i) {
+        words += word;
+    }
+    return words;
+}
+
+TEST_F(WarpTimingTest, WarmsUpBeforeTheFirstStampAndClearsUpInTheEnd) {
+    RecordedContext recorded(lab_.context.Get());
+    ScriptedDevice scripted(lab_.device.Get());
+    scripted.result_of_call = [](int call) { return call >= kFirstBatchCall ? E_FAIL : S_OK; };
+    ASSERT_TRUE(Time(160, 90).ok);
+    const std::string depth_map = "draw ";
+    const std::string frame = "fill draw fill draw ";  // Both eyes.
+    EXPECT_EQ(recorded.Calls(), depth_map + Repeated(4, frame) + "flush begin-clock end-stamp " + frame +
+                                    "end-stamp end-clock clear flush ");
+}
+
+TEST_F(WarpTimingTest, DrawsTheLeftEyeFirstOnAScreenOfTheSettingsScale) {
+    DiagSettings::Instance().scale = 2.5F;
+    RecordedContext recorded(lab_.context.Get());
+    ASSERT_TRUE(Time(32, 18).ok);
+    StereoWarpArguments arguments;
+    arguments.screen_size = 7.5F;
+    for (std::size_t i = 0; i < recorded.Constants().size(); ++i) {
+        arguments.eye = i % 2;
+        const StereoWarpConstants expected =
+            ComputeStereoWarpConstants(DiagSettings::Instance(), arguments, 1.0F);
+        ASSERT_EQ(std::memcmp(&recorded.Constants()[i], &expected, sizeof(expected)), 0) << i;
+    }
+}
+
+TEST_F(WarpTimingTest, DrawsThreeBatchesOfOneSize) {
+    RecordedContext recorded(lab_.context.Get());
+    ASSERT_TRUE(Time(32, 18).ok);
+    const std::size_t warm_up_and_calibration = 4 + 1;
+    const std::size_t frames = recorded.Constants().size() / 2 - warm_up_and_calibration;
+    EXPECT_EQ(frames % 3, 0U);
+    EXPECT_GE(frames, 3U);
+    EXPECT_LE(frames, 3U * 40U);
+}
+
 struct FailingCall {
     int call;
     const char* line;  // Empty where the timing bears it.
 };
 
-/// The creating calls of one timing: 4 textures with 5 views, the vertex shader and the sampler, the
-/// luminance shader, then three queries for the calibration and for each of three batches.
+/// Those that end the timing, with the line that says so.
 const std::vector<FailingCall> kFailingCalls = {
     {1, "!! could not create the 160x90 colour texture (out of VRAM?)\n"},
     {2, "!! could not create the 160x90 depth texture\n"},
@@ -75,9 +125,6 @@ const std::vector<FailingCall> kFailingCalls = {
     {14, "!! GPU timing produced nothing usable at 160x90\n"},
     {15, "!! GPU timing produced nothing usable at 160x90\n"},
 };
-constexpr int kLuminanceShaderCall = 12;
-constexpr int kFirstBatchCall = 16;
-constexpr int kLastCall = 24;
 
 TEST_F(WarpTimingTest, EachFailureHasItsLineAndLeaksNothing) {
     for (const FailingCall& failing : kFailingCalls) {
