@@ -246,6 +246,23 @@ TEST_F(CaptureMeasurementTest, ADesktopInAFormatWithoutAPicture) {
     }
 }
 
+TEST_F(CaptureMeasurementTest, APictureOfOtherThanFourByteTexelsIsLeftOut) {
+    Machine().gdi_flag_ignored = true;  // A driver that is more obliging than it need be.
+    UseFrames({{.format = DXGI_FORMAT_R16G16B16A16_FLOAT}});
+    const ReportCapture report;
+    testing::internal::CaptureStdout();
+    const CaptureMeasurement measurement = ReportCaptureSection(device_.Get(), context_.Get(), 0.5);
+    testing::internal::GetCapturedStdout();
+    EXPECT_THAT(measurement.pixels, IsEmpty());
+    EXPECT_EQ(report.Text(), R"(
+== SCREEN CAPTURE ================================================
+Duplicated      : 64x48
+New frames      : 1 in 0.50 s  ->  2.0 fps from the desktop
+(An idle desktop, so this is not a game's rate - part 2 measures that.)
+NOTE: could not read a frame back, so the benchmark uses a synthetic pattern instead of your real screen content.
+)");
+}
+
 TEST_F(CaptureMeasurementTest, TheWholeSection) {
     UseFrames({{}});
     const ReportCapture report;

@@ -65,6 +65,7 @@ struct FakeDesktop {
     HRESULT map_result = S_OK;           ///< of ID3D11DeviceContext::Map
     UINT extra_row_pitch = 0;            ///< added to what Map tells, by way of a copy
     bool staging_textures_fail = false;  ///< ID3D11Device::CreateTexture2D
+    bool gdi_flag_ignored = false;       ///< textures with it can be made in any format
     bool shader_views_fail = false;      ///< ID3D11Device::CreateShaderResourceView
 
     // What happened.

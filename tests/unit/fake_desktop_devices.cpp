@@ -55,7 +55,11 @@ HRESULT STDMETHODCALLTYPE FakeCreateTexture(ID3D11Device* device, const D3D11_TE
         *texture = nullptr;
         return E_OUTOFMEMORY;
     }
-    return real_create_texture(device, description, data, texture);
+    D3D11_TEXTURE2D_DESC changed = *description;
+    if (Machine().gdi_flag_ignored) {
+        changed.MiscFlags &= ~UINT{D3D11_RESOURCE_MISC_GDI_COMPATIBLE};
+    }
+    return real_create_texture(device, &changed, data, texture);
 }
 
 HRESULT STDMETHODCALLTYPE FakeCreateView(ID3D11Device* device, ID3D11Resource* resource,
