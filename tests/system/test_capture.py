@@ -34,12 +34,13 @@ def failure(error):
     return f"Screen capture FAILED: {error}\n(This is Vistrel's own capture path, so it would fail here too.)"
 
 
-@pytest.mark.parametrize("rate, shown", [(60, "60.3"), (144, "144.3"), (240, "240.3"), (1000, "1000.3")])
+@pytest.mark.parametrize("rate, shown", [(60, "61.0"), (144, "145.0"), (240, "241.0"), (1000, "1000.9")])
 def test_every_image_is_counted(run_tool, rate, shown):
-    run, section, errors = capture(run_tool, f"frames-{rate}")
-    assert section == success("1280x720", 3 * rate + 1, rate=shown)
+    # One second: each image is really copied, which takes this machine longer than the scripted clock says.
+    run, section, errors = capture(run_tool, f"frames-{rate}", "--capture-seconds", "1")
+    assert section == success("1280x720", rate + 1, "1.00", shown)
     assert errors == ""
-    assert run.counts["frames_shown"] == run.counts["frames_delivered"] == 3 * rate + 1
+    assert run.counts["frames_shown"] == run.counts["frames_delivered"] == rate + 1
     assert run.counts["frames_merged"] == 0
 
 
