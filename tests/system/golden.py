@@ -15,7 +15,6 @@ FOLDER = pathlib.Path(__file__).resolve().parent / "golden"
 HOST_MASKS = [
     (r"^(OS              : )\S.* \(build \d+\.\d*\)$", r"\1<os> (build <n>.<n>)"),
     (r"^(CPU             : )\S.* \(\d+ logical\)$", r"\1<cpu> (<n> logical)"),
-    (r"^(Foreground app  : ).*$", r"\1<window>"),
     (r"C:\\users\\[^\\]+\\", r"C:\\users\\<user>\\"),
     (r"^(RAM             : )\d+\.\d GB total, \d+\.\d GB free$", r"\1<n> GB total, <n> GB free"),
 ]
