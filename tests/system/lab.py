@@ -188,7 +188,7 @@ def run_tool(
     exit_code, console, errors = run_program(
         command, stdin, cwd or install.folder, environment(**more, **(env or {})), timeout
     )
-    report = install.report.read_bytes() if install.report.exists() else None
+    report = install.report.read_bytes() if install.report.is_file() else None
     run = Run(exit_code, console, errors, report)
     if counts_file is not None:
         run.counts = read_counts(counts_file, errors)

@@ -42,6 +42,23 @@ def in_foreground(folder, name, title):
 
 
 @contextlib.contextmanager
+def held(path, share):
+    """Another program has the file open meanwhile, and shares it with others for "none", "read" or "write"."""
+    holder = subprocess.Popen(
+        [lab.ROOT / "cmake" / "wine", lab.BUILD / "tests" / "system" / "hold_file.exe", lab.windows_path(path), share],
+        stdin=subprocess.PIPE,
+        stdout=subprocess.PIPE,
+        env=lab.environment(),
+    )
+    try:
+        assert holder.stdout.readline().strip() == b"held"
+        yield
+    finally:
+        holder.stdin.close()
+        assert holder.wait(30) == 0
+
+
+@contextlib.contextmanager
 def gpu_preferences(values):
     """The current user's GPU preferences while the block lasts; `values` by application."""
     for application, choice in values.items():

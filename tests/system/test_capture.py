@@ -9,9 +9,6 @@ import lab
 
 QUICK = ("--quick", "--no-models")
 IDLE = "(An idle desktop, so this is not a game's rate - part 2 measures that.)"
-SYNTHETIC = (
-    "NOTE: could not read a frame back, so the benchmark uses a synthetic pattern instead of your real screen content."
-)
 PREFIX = "[ScreenCaptureDxgi] "
 LOST = PREFIX + "Access lost. Reinitializing...\n"
 RESTORED = PREFIX + "Duplication restored.\n"
@@ -131,6 +128,22 @@ def test_a_display_that_moves_to_another_gpu_and_back(run_tool):
     )
     assert [run.counts["devices_made_on_0"], run.counts["devices_made_on_1"]] == [1, 1]
     assert run.counts["duplications_refused"] == 2
+
+
+def test_failures_that_are_no_loss_pass_by(run_tool):
+    run, section, errors = capture(run_tool, "acquiring-fails")
+    # The 60 images of the first second have merged into the one that is acquired at its end.
+    assert section == success("1280x720", 121, rate="40.3")
+    assert errors == ""
+    assert run.counts["frames_merged"] == 60
+    assert run.counts["made_duplications"] == 1
+
+
+def test_the_real_desktop(run_tool):
+    _, section, errors = capture(run_tool, "real-desktop", "--capture-seconds", "1")
+    assert section.startswith("Duplicated      : 1280x720\nNew frames      : ")
+    assert section.endswith(IDLE)  # And so without the note that nothing could be read back.
+    assert errors == ""
 
 
 def test_an_unplugged_monitor(run_tool):

@@ -1,6 +1,13 @@
 """The tool as a process: exit code, console and file, whatever the command line and the folder."""
 
+import os
+import pathlib
+import shutil
+
+import pytest
+
 import lab
+import programs
 
 USAGE = (
     "vistrel_diag [--quick] [--no-models] [--refresh HZ] [--capture-seconds N]\n"
@@ -24,12 +31,13 @@ def test_console_and_file_hold_the_same_lines(run_tool):
         position = lines_of_console.index(line, position) + 1
 
 
-def test_unicode_folder(tmp_path):
-    install = lab.Install(tmp_path / "Ünïcødé folder")
-    run = lab.run_tool(install, *lab.CHEAP, scenario=ONE_GPU)
-    assert run.exit_code == 0
-    assert f"Running from: {install.windows_folder}\n" in run.report_text
-    assert done_message(install) in run.console_text
+@pytest.fixture
+def drive_c_install():
+    """An install folder on drive C with a blank and letters beyond ASCII in its name."""
+    folder = pathlib.Path(os.environ["WINEPREFIX"]) / "drive_c" / "Ünïcødé folder"
+    install = lab.Install(folder)
+    yield install
+    shutil.rmtree(folder)
 
 
 def done_message(install):
@@ -45,14 +53,59 @@ def done_message(install):
     )
 
 
-def test_report_file_that_cannot_be_opened(run_tool, install):
-    install.report.mkdir()  # A folder of that name refuses every user, administrators too.
-    run = lab.run_program(
-        [lab.ROOT / "cmake" / "wine", lab.windows_path(install.exe), *lab.CHEAP], cwd=install.folder
-    )
-    exit_code, console, _ = run
-    text = console.decode("utf-8").replace("\r\n", "\n")
-    assert exit_code == 0
-    assert text.endswith(
-        "\n!! Could not write the report file. Copy the text above instead.\n\nPress Enter to close.\n"
-    )
+NOT_WRITTEN = "\n!! Could not write the report file. Copy the text above instead.\n\nPress Enter to close.\n"
+
+
+def test_folder_with_letters_beyond_ascii(drive_c_install, tmp_path):
+    run = lab.run_tool(drive_c_install, *lab.CHEAP, scenario=ONE_GPU, scratch=tmp_path)
+    assert run.exit_code == 0
+    assert "Running from: C:\\Ünïcødé folder\n" in run.report_text
+    assert run.console_text.endswith(done_message(drive_c_install))
+
+
+def test_an_older_report_is_replaced(run_tool, install):
+    install.write(lab.REPORT_NAME, "an older report\n" * 10000)
+    run = run_tool(*lab.CHEAP, scenario=ONE_GPU)
+    assert run.report_text.startswith("Vistrel diagnostic report v1.0\n")
+    assert "an older report" not in run.report_text
+    assert run.console_text.endswith(done_message(install))
+
+
+def test_a_report_that_another_program_reads_is_written_all_the_same(run_tool, install):
+    install.write(lab.REPORT_NAME, "an older report\n")
+    with programs.held(install.report, "write"):
+        run = run_tool(*lab.CHEAP, scenario=ONE_GPU)
+    assert run.report_text.startswith("Vistrel diagnostic report v1.0\n")
+    assert run.console_text.endswith(done_message(install))
+
+
+def test_a_report_that_another_program_holds(run_tool, install):
+    install.write(lab.REPORT_NAME, "an older report\n")
+    with programs.held(install.report, "none"):
+        run = run_tool(*lab.CHEAP, scenario=ONE_GPU)
+    assert run.exit_code == 0
+    assert run.console_text.endswith(NOT_WRITTEN)
+    assert install.report.read_bytes() == b"an older report\n"
+
+
+@pytest.mark.skipif(os.geteuid() == 0, reason="Wine lets root write to every file")
+def test_a_report_that_is_read_only(run_tool, install):
+    install.write(lab.REPORT_NAME, "an older report\n")
+    install.report.chmod(0o444)
+    run = run_tool(*lab.CHEAP, scenario=ONE_GPU)
+    assert run.exit_code == 0
+    assert run.console_text.endswith(NOT_WRITTEN)
+    assert install.report.read_bytes() == b"an older report\n"
+
+
+def test_a_folder_in_the_reports_place(run_tool, install):
+    install.report.mkdir()
+    run = run_tool(*lab.CHEAP, scenario=ONE_GPU)
+    assert run.exit_code == 0
+    assert run.console_text.endswith(NOT_WRITTEN)
+
+
+def test_nothing_is_written_but_the_report(run_tool, install):
+    before = sorted(path.name for path in install.folder.rglob("*"))
+    run_tool(*lab.CHEAP, scenario=ONE_GPU)
+    assert sorted(path.name for path in install.folder.rglob("*")) == sorted([*before, lab.REPORT_NAME])

@@ -3,11 +3,10 @@
 The user of these tests has letters in the name of the data folder that no single-byte code page holds together.
 """
 
-import contextlib
 import shutil
-import subprocess
 
 import lab
+import programs
 import pytest
 
 KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Explorer\User Shell Folders"
@@ -54,23 +53,6 @@ def user_data(local_data):
     folder = local_data / "Vistrel"
     shutil.rmtree(folder, ignore_errors=True)
     return folder
-
-
-@contextlib.contextmanager
-def held(path, share):
-    """Another program has the file open meanwhile, and shares it with others for "none", "read" or "write"."""
-    holder = subprocess.Popen(
-        [lab.ROOT / "cmake" / "wine", lab.BUILD / "tests" / "system" / "hold_file.exe", lab.windows_path(path), share],
-        stdin=subprocess.PIPE,
-        stdout=subprocess.PIPE,
-        env=lab.environment(),
-    )
-    try:
-        assert holder.stdout.readline().strip() == b"held"
-        yield
-    finally:
-        holder.stdin.close()
-        assert holder.wait(30) == 0
 
 
 def write(path, content):
@@ -183,11 +165,11 @@ def test_a_folder_of_that_name_is_skipped(run_tool, install, user_data):
 def test_a_locked_file_is_skipped(run_tool, install, user_data):
     path = write(user_data / "usersettings.json", '{"vistrel_scale": 1.5}')
     install.write("settings.json", '{"vistrel_scale": 2}')
-    with held(path, "none"):
+    with programs.held(path, "none"):
         run = run_tool(*lab.CHEAP)
     assert applied(run) == (install.windows_folder + "\\settings.json", "2.00")
     assert "!! settings.json" not in run.report_text
-    with held(path, "read"):
+    with programs.held(path, "read"):
         assert applied(run_tool(*lab.CHEAP)) == (lab.windows_path(path), "1.50")
 
 
@@ -209,7 +191,7 @@ def test_the_last_run_of_the_log_is_quoted(run_tool, user_data):
         "Initializing D3D11 Match found\r\nERROR of an earlier run\r\n"
         "Initializing D3D11 Match found: Größe 100%s\r\nunrelated\r\nDirectML ready\r\nFAILED\r\n  it failed",
     )
-    with held(path, "write"):
+    with programs.held(path, "write"):
         run = run_tool(*lab.CHEAP)
     assert run.section(LOG) == (
         f"{lab.windows_path(path)}\n\n"
@@ -234,7 +216,7 @@ def test_a_log_without_relevant_lines(run_tool, user_data):
 
 def test_a_log_that_nobody_may_read_is_no_log(run_tool, user_data):
     path = write(user_data / "vistrel_init_log.txt", "ERROR\n")
-    with held(path, "none"):
+    with programs.held(path, "none"):
         assert run_tool(*lab.CHEAP).section(LOG).startswith(f"No log at {lab.windows_path(path)}\n")
 
 

@@ -286,6 +286,17 @@ TEST_F(Duplication, AnUnpluggedOutputIsGone) {
     EXPECT_FALSE(program.OutputOf(0));
 }
 
+TEST_F(Duplication, CanFailToAcquireWithoutBeingLost) {
+    SetUpWith(std::string(kSmall) + "acquiring fails 0x887A0001 2 times\n");
+    Program program(0);
+    ASSERT_EQ(program.Duplicate(), S_OK);
+    EXPECT_EQ(program.Acquire(), DXGI_ERROR_INVALID_CALL);
+    EXPECT_EQ(program.Acquire(), DXGI_ERROR_INVALID_CALL);
+    EXPECT_EQ(program.Acquire(), S_OK);
+    program.Release();
+    EXPECT_EQ(Counts().access_losses, 0);
+}
+
 TEST_F(Duplication, SeesAnAcquireWithoutARelease) {
     SetUpWith(kSmall);
     Program program(0);

@@ -110,7 +110,7 @@ TEST(Scenario, EveryOutputIsADisplayInTheOrderOfTheText) {
 TEST(Scenario, ReadsHowAnOutputIsDuplicated) {
     const Scenario scenario = Read(
         "adapter A\n output D\n  frames 144 per second\n  format bgra-typeless\n  picture desktop\n"
-        "  refuses 0x80070005 3 times\n"
+        "  refuses 0x80070005 3 times\n  acquiring fails 0x887A0001 for 9 ms\n"
         "  lost after 30 frames\n   size 800x600\n   format fp16\n   moves to 0\n   refuses 0x887A0022 for "
         "700 ms\n"
         "  lost after 500 ms\n   unplugged\n");
@@ -121,6 +121,9 @@ TEST(Scenario, ReadsHowAnOutputIsDuplicated) {
     ASSERT_TRUE(output.refusal);
     EXPECT_EQ(output.refusal->result, 0x80070005U);
     EXPECT_THAT(output.refusal->times, Optional(3));
+    ASSERT_TRUE(output.acquiring);
+    EXPECT_EQ(output.acquiring->result, 0x887A0001U);
+    EXPECT_THAT(output.acquiring->milliseconds, Optional(9));
     ASSERT_EQ(output.losses.size(), 2U);
     const Loss& first = output.losses[0];
     EXPECT_THAT(first.after_frames, Optional(30));

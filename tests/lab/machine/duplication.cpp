@@ -61,6 +61,9 @@ class SimulatedDuplication final : public SimulatedDxgiObject<IDXGIOutputDuplica
         if (ClockIsScripted()) {
             PassTime(kCostOfAcquiring);
         }
+        if (FailsNow()) {
+            return static_cast<HRESULT>(Script().acquiring->result);
+        }
         WaitForChange(timeout);
         if (LoseIfDue()) {
             return DXGI_ERROR_ACCESS_LOST;
@@ -119,6 +122,13 @@ class SimulatedDuplication final : public SimulatedDxgiObject<IDXGIOutputDuplica
         PassTime(std::min(change, deadline) - Elapsed());
     }
 
+    bool FailsNow() {
+        const std::optional<Refusal>& failure = Script().acquiring;
+        const bool fails = failure && StillRefuses(*failure, failed_, Elapsed());
+        failed_ += fails ? 1 : 0;
+        return fails;
+    }
+
     bool LoseIfDue() {
         const Loss* const loss = NextLoss();
         if (!lost_ && loss != nullptr && LossIsDue(*loss, delivered_, Elapsed())) {
@@ -161,6 +171,7 @@ class SimulatedDuplication final : public SimulatedDxgiObject<IDXGIOutputDuplica
     std::int64_t began_;
     std::int64_t seen_ = 0;
     std::int64_t delivered_ = 0;
+    int failed_ = 0;
     bool lost_ = false;
     ComPtr<ID3D11Texture2D> held_;
 };

@@ -224,6 +224,11 @@ class ScenarioReader {
             {"frames", [this](Words& words) { LastOutput().frames = ReadFrames(words); }},
             {"format", [this](Words& words) { LastOutput().format = words.Format(); }},
             {"refuses", [this](Words& words) { LastOutput().refusal = words.RefusalOf(); }},
+            {"acquiring",
+             [this](Words& words) {
+                 words.Expect("fails");
+                 LastOutput().acquiring = words.RefusalOf();
+             }},
             {"picture",
              [this](Words& words) {
                  LastOutput().picture =

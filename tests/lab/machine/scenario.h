@@ -72,6 +72,7 @@ struct Output {
     std::optional<ResultCode> description_fails;
     bool without_output1 = false;
     std::optional<Refusal> refusal;
+    std::optional<Refusal> acquiring;  ///< AcquireNextFrame, counted from the duplication's begin
     Frames frames;
     PixelFormat format = PixelFormat::kBgra;
     Picture picture = Picture::kPattern;
