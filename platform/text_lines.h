@@ -7,6 +7,11 @@
 #include <string_view>
 #include <vector>
 
+// The fuzzed build makes it small, so that short inputs are longer than the buffer.
+#ifndef VISTREL_TEXT_BUFFER_BYTES
+#define VISTREL_TEXT_BUFFER_BYTES (256 * 1024)
+#endif
+
 /// Splits a stream opened in binary mode as the text mode of Windows would: a line ends at a line feed, a
 /// carriage return right before that is dropped, and the character 0x1A ends the text. Ill-formed text and
 /// zero bytes pass through.
@@ -26,8 +31,10 @@ class TextLines {
     /// longer than this.
     static constexpr std::size_t kOverlap = 64;
 
+    static constexpr std::size_t kBufferBytes = VISTREL_TEXT_BUFFER_BYTES;
+
     /// `file` must outlive this.
-    explicit TextLines(std::istream& file, std::size_t buffer_bytes = std::size_t{256} * 1024);
+    explicit TextLines(std::istream& file, std::size_t buffer_bytes = kBufferBytes);
 
     /// Empty at the end of the text.
     std::optional<Piece> Next();

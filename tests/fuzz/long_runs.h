@@ -5,10 +5,13 @@
 #include <cstdint>
 #include <string>
 
-/// The input as text in which each of the first few bytes 0x02 has become a long run of 'x': five of them on
-/// one line are more than any buffer of the program holds.
+#include "platform/text_lines.h"
+
+/// The input as text in which each of the first few bytes 0x02 has become a long run of 'x': one is more than
+/// the buffer of TextLines holds here, and five on one line are more than a report line takes.
 inline std::string WithLongRuns(const std::uint8_t* data, std::size_t size) {
-    constexpr std::size_t kRun = 65'535;  // Four of them end just before the buffer of TextLines does.
+    static_assert(TextLines::kBufferBytes == 256, "build this with -DVISTREL_TEXT_BUFFER_BYTES=256");
+    constexpr std::size_t kRun = 1'023;  // Four of them end just before the buffer and the report line do.
     constexpr int kMostRuns = 6;
     std::string text;
     int runs = 0;
