@@ -2,9 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <thread>
 
 #include "tests/unit/report_capture.h"
 
@@ -168,6 +170,37 @@ TEST_F(ReportFile, ThatCannotBeOpenedIsSaidOnTheConsole) {
               "\n!! Could not write the report file. Copy the text above instead.\n");
     EXPECT_FALSE(written.opened);
     EXPECT_EQ(written.path, "vistrel_diag_report.txt");
+}
+
+/// As a handler of Ctrl-C reads it, on a thread of its own.
+TEST(Report, IsReadByAnotherThreadWhileItGrows) {
+    constexpr int kSections = 500;
+    constexpr int kReadings = 100;
+    const ReportCapture report;
+    // Relaxed, for neither thread may order what the other does to the report.
+    std::atomic<int> readings = 0;
+    std::atomic<bool> done = false;
+    std::size_t torn = 0;
+    std::thread reader([&] {
+        while (!done.load(std::memory_order_relaxed)) {
+            const std::string text = Report::Text().Copy();
+            torn += !text.empty() && !text.ends_with("\r\n");
+            // Here, every title is one letter repeated.
+            const std::string title = Report::CurrentSection();
+            torn += title.starts_with("A") && title.find_first_not_of('A') != std::string::npos;
+            torn += title.starts_with("B") && title.find_first_not_of('B') != std::string::npos;
+            readings.fetch_add(1, std::memory_order_relaxed);
+        }
+    });
+    const std::string console = ConsoleTextOf([&readings] {
+        for (int i = 0; i < kSections || readings.load(std::memory_order_relaxed) < kReadings; ++i) {
+            Report::Section(std::string(60, i % 3 == 0 ? 'A' : 'B'));
+        }
+    });
+    done.store(true, std::memory_order_relaxed);
+    reader.join();
+    EXPECT_EQ(torn, 0U);
+    EXPECT_EQ(report.Text(), console);
 }
 
 }  // namespace

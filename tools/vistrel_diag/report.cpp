@@ -1,10 +1,11 @@
 #include "tools/vistrel_diag/report.h"
 
-#include <array>
 #include <atomic>
 #include <cstdarg>
 #include <filesystem>
+#include <forward_list>
 #include <fstream>
+#include <string>
 
 #include "tools/vistrel_diag/console.h"
 
@@ -13,28 +14,24 @@ namespace {
 
 constexpr std::size_t kHeaderRuleColumns = 62;  // Shared by the title and the rule behind it.
 
-constexpr std::size_t kTitleBytes = 64;
-
 KeptText& Kept() {
     static KeptText text;
     return text;
 }
 
-/// The current section's title, for readers on other threads: written beside the published one, then
-/// published.
+/// The current section's title, for readers on other threads. A reader may hold on to a title for however
+/// long: none is written to or freed once it has been published.
 class PublishedTitle {
   public:
     void Set(std::string_view title) {
-        auto& next = titles_[published_.load() == titles_[0].data() ? 1 : 0];
-        next.fill('\0');
-        title.copy(next.data(), next.size() - 1);
-        published_.store(next.data());
+        titles_.emplace_front(title);
+        published_.store(titles_.front().c_str(), std::memory_order_release);
     }
-    const char* Get() const { return published_.load(); }
+    const char* Get() const { return published_.load(std::memory_order_acquire); }
 
   private:
-    std::array<std::array<char, kTitleBytes>, 2> titles_ = {};
-    std::atomic<const char*> published_ = titles_[0].data();
+    std::forward_list<std::string> titles_;
+    std::atomic<const char*> published_ = "";
 };
 
 PublishedTitle& SectionTitle() {
