@@ -1,0 +1,175 @@
+"""What bench/table.py measures. A measurement takes the log to write its own words to and yields rows."""
+
+import math
+import os
+import pathlib
+import re
+import resource
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+
+from table import ROOT, Row, parse_rows
+
+sys.path.insert(0, str(ROOT / "tests" / "system"))
+import lab  # noqa: E402
+
+BENCH = lab.BUILD / "bench"
+INSTALL = ROOT / "build" / "install"
+START_ROUNDS = 11
+LOG_ROUNDS = 3
+
+
+def program(name, *arguments, cwd=INSTALL):
+    """A measurement that a bench program makes by itself."""
+
+    def measure(log):
+        command = [ROOT / "cmake" / "wine", lab.windows_path(BENCH / f"{name}.exe"), *arguments]
+        code, output, errors = lab.run_program(command, cwd=cwd, timeout=600)
+        text = output.decode("utf-8", "replace").replace("\r\n", "\n")
+        log.write(f"== {name}\n{text}{errors.decode('utf-8', 'replace')}\n")
+        log.flush()
+        if code != 0:
+            raise SystemExit(f"bench: {name} ended with {code}: {errors.decode('utf-8', 'replace').strip()}")
+        yield from parse_rows(text)
+
+    return measure
+
+
+def depth_model(log):
+    """Beside the genuine ONNX Runtime, which the tool loads from its own folder."""
+    with tempfile.TemporaryDirectory(prefix="vistrel-bench-") as folder:
+        for source in (BENCH / "model_timing_bench.exe", *(lab.GENUINE_LIBRARIES / f"{n}.dll" for n in ("onnxruntime", "DirectML"))):
+            os.symlink(source, pathlib.Path(folder) / source.name)
+        for size in ("182x182", "518x294", "924x518"):
+            model = lab.BUILD / "models" / f"distill_any_depth_small_{size}_fp16.onnx"
+            command = [ROOT / "cmake" / "wine", "model_timing_bench.exe", lab.windows_path(model), *size.split("x")]
+            _, output, errors = lab.run_program(command, cwd=folder, timeout=600)
+            log.write(f"== model {size}\n{output.decode()}{errors.decode('utf-8', 'replace')}\n")
+            yield from parse_rows(output.decode())
+
+
+def capture_counts(log):
+    """Whole runs on desktops that change at a known rate: what the report counts against what was shown."""
+    for rate in (60, 144, 240, 1000):
+        with tempfile.TemporaryDirectory(prefix="vistrel-bench-") as folder:
+            install = lab.Install(pathlib.Path(folder) / "install")
+            run = lab.run_tool(
+                install, "--quick", "--no-models", "--capture-seconds", "1", scenario=f"frames-{rate}", timeout=300
+            )
+        told = int(re.search(r"^New frames      : (\d+) in ", run.report_text, re.MULTILINE)[1])
+        names = ("frames_shown", "frames_delivered", "frames_merged")
+        log.write(f"== capture at {rate} fps: {told} told, " + ", ".join(f"{run.counts[n]} {n}" for n in names) + "\n")
+        lost = run.counts["frames_merged"] + run.counts["frames_shown"] - run.counts["frames_delivered"]
+        yield Row(f"capture at {rate} fps, images counted", "images the desktop showed", told / run.counts["frames_shown"], 1, 1)
+        yield Row(f"capture at {rate} fps, images lost", "images the desktop showed", lost / run.counts["frames_shown"], 0, 0)
+
+
+def seconds_to_first_line(exe):
+    started = time.perf_counter()
+    process = subprocess.Popen(
+        [ROOT / "cmake" / "wine", exe], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+        cwd=exe.parent, start_new_session=True,
+    )
+    process.stdout.readline()
+    seconds = time.perf_counter() - started
+    # The tool waits for a person now; nothing is left for it to do.
+    os.killpg(process.pid, signal.SIGKILL)
+    process.communicate()
+    return seconds
+
+
+def start(log):
+    with tempfile.TemporaryDirectory(prefix="vistrel-bench-") as folder:
+        tool = lab.Install(folder).exe
+        empty = BENCH / "empty_program.exe"
+        same_libraries = BENCH / "same_libraries_program.exe"
+        best = {tool: math.inf, empty: math.inf, same_libraries: math.inf}
+        for _ in range(START_ROUNDS):
+            for exe, seconds in best.items():
+                best[exe] = min(seconds, seconds_to_first_line(exe))
+        bytes_of = {exe: exe.stat().st_size for exe in best}
+    for exe in best:
+        log.write(f"== start: {exe.name} {best[exe]:.3f} s, {bytes_of[exe]} bytes\n")
+    for baseline, words, most in (
+        (empty, "empty static program", None),
+        (same_libraries, "empty program, same libraries", 1.25),
+    ):
+        yield Row("start to the first line", words, best[tool] / best[baseline], None, most)
+        yield Row("size of the exe", words, bytes_of[tool] / bytes_of[baseline], None, most and 2.0)
+
+
+def markers():
+    """The words that make a line of the product's log relevant."""
+    source = (ROOT / "tools/vistrel_diag/product_log_selection.cpp").read_text(encoding="utf-8")
+    listed = re.search(r"kMarkers = \{(.*?)\};", source, re.DOTALL)[1]
+    words = re.findall(r'"([^"]+)"', listed)
+    assert len(words) == 15, words
+    return words
+
+
+LOG_LINES = {
+    "no line relevant": ["frame handed to the compositor, queue"],
+    "a third relevant": ["frame handed to the compositor, queue"] * 2 + ["DepthEstimator: inference took 21.4 ms"],
+    "every line relevant": ["DirectML provider attached, something failed"],
+}
+
+
+def write_log(path, texts, megabytes):
+    """A log of these texts in turn; a line is about 60 bytes."""
+    lines = (f"21:22:{n // 1000 % 60:02}.{n % 1000:03} [INFO ] {texts[n % len(texts)]} {n}\r\n" for n in range(30000))
+    block = "".join(lines).encode()
+    with open(path, "wb") as file:
+        for _ in range(megabytes * 1024 * 1024 // len(block) + 1):
+            file.write(block)
+
+
+def grep_seconds(words, path):
+    """Processor time. Its output is read, for grep stops at the first match when nobody does."""
+    before = resource.getrusage(resource.RUSAGE_CHILDREN)
+    subprocess.run(["grep", "-cF", "-f", words, path], env={"LC_ALL": "C"}, stdout=subprocess.PIPE, check=False)
+    after = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
+
+
+def select_from_log(path):
+    command = [ROOT / "cmake" / "wine", BENCH / "product_log_bench.exe", lab.windows_path(path)]
+    _, output, _ = lab.run_program(command, timeout=600)
+    seconds, memory = re.match(rb"([\d.]+) s, ([\d.]+) MB", output).groups()
+    return float(seconds), float(memory)
+
+
+def product_log(megabytes):
+    def measure(log):
+        with tempfile.TemporaryDirectory(prefix="vistrel-bench-") as folder:
+            words = pathlib.Path(folder) / "words"
+            words.write_text("\n".join(markers()) + "\n")
+            path = pathlib.Path(folder) / "big.log"
+            for kind, texts in LOG_LINES.items():
+                write_log(path, texts, megabytes)
+                grep = tool = math.inf
+                most_memory = 0.0
+                for _ in range(LOG_ROUNDS):
+                    grep = min(grep, grep_seconds(words, path))
+                    seconds, memory = select_from_log(path)
+                    tool, most_memory = min(tool, seconds), max(most_memory, memory)
+                log.write(f"== {megabytes} MB of log, {kind}: {tool:.2f} s, {most_memory:.1f} MB; grep {grep:.2f} s\n")
+                yield Row(f"product log, {kind}", "grep -F, same words and file", tool / grep, None, 1)
+                yield Row(f"product log, {kind}, memory", "16 MB", most_memory / 16, None, 1)
+
+    return measure
+
+
+def all_of_them(megabytes):
+    """By name, in the table's order; `megabytes` of product log."""
+    return {
+        "model": depth_model,
+        "warp": program("warp_timing_bench"),
+        "capture": capture_counts,
+        "getframe": program("capture_bench"),
+        "start": start,
+        "log": product_log(megabytes),
+        "picture": program("colour_picture_bench"),
+    }
