@@ -1,19 +1,34 @@
 #include "platform/text_lines.h"
 
 #include <algorithm>
+#include <cstdint>
 #include <cstring>
 
 namespace {
 
 constexpr char kEndOfText = '\x1A';
 
+/// Where `character` is in the buffer from `begin` to `end`. Looks at eight bytes at a time: the memchr of
+/// Windows' C runtime looks at them one by one, and took longer than all that is done with a line.
 std::optional<std::size_t> Find(const std::vector<char>& buffer, std::size_t begin, std::size_t end,
                                 char character) {
-    const void* found = std::memchr(buffer.data() + begin, character, end - begin);
-    if (found == nullptr) {
-        return {};
+    constexpr std::uint64_t kLowBits = 0x0101010101010101;
+    constexpr std::uint64_t kHighBits = 0x8080808080808080;
+    const std::uint64_t wanted = kLowBits * static_cast<unsigned char>(character);
+    for (std::uint64_t bytes = 0; begin + sizeof(bytes) <= end; begin += sizeof(bytes)) {
+        std::memcpy(&bytes, buffer.data() + begin, sizeof(bytes));
+        const std::uint64_t difference = bytes ^ wanted;
+        const bool has_zero_byte = ((difference - kLowBits) & ~difference & kHighBits) != 0;
+        if (has_zero_byte) {
+            break;
+        }
     }
-    return static_cast<std::size_t>(static_cast<const char*>(found) - buffer.data());
+    for (; begin < end; ++begin) {
+        if (buffer[begin] == character) {
+            return begin;
+        }
+    }
+    return {};
 }
 
 }  // namespace

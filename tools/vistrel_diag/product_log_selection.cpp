@@ -31,66 +31,77 @@ constexpr std::array<std::string_view, 15> kMarkers = {
 /// Starts a run of the product. Counts only in a line that a marker has made relevant.
 constexpr std::string_view kRunAnchor = "Initializing D3D11";
 
-constexpr std::size_t kShortestMarker =
-    std::min_element(kMarkers.begin(), kMarkers.end(), [](std::string_view a, std::string_view b) {
-        return a.size() < b.size();
-    })->size();
-
-static_assert(std::all_of(kMarkers.begin(), kMarkers.end(),
-                          [](std::string_view marker) { return marker.size() <= TextLines::kOverlap; }));
-
-// Searching for fifteen markers one by one would cost fifteen passes over a log that may be huge. Every
-// marker has at least five characters, so of the three triples of neighbours in its first five, one begins at
-// a position that is a multiple of three. Looking at those positions alone finds all of them, and a table
-// over a hash of the triple turns nearly every position away at once.
-constexpr std::size_t kTriple = 3;
-constexpr std::size_t kTriplesOfMarker = kShortestMarker - kTriple + 1;
-constexpr std::uint32_t kTableBits = 14;
-
-constexpr std::size_t TripleSlot(const char* text) {
-    const auto byte = [text](std::size_t i) {
-        return static_cast<std::uint32_t>(static_cast<unsigned char>(text[i]));
-    };
-    const std::uint32_t triple = byte(0) | byte(1) << 8U | byte(2) << 16U;
-    return (triple * 0x9E3779B1U) >> (32U - kTableBits);
-}
-
-constexpr std::array<bool, std::size_t{1} << kTableBits> kMayBeMarker = [] {
-    std::array<bool, std::size_t{1} << kTableBits> table = {};
-    for (const std::string_view marker : kMarkers) {
-        for (std::size_t i = 0; i < kTriplesOfMarker; ++i) {
-            table[TripleSlot(marker.data() + i)] = true;
+/// Finds any of some words. Searching for them one by one would cost as many passes over a log that may be
+/// huge. Instead: when every word has at least n characters, then of the n - 2 triples of neighbours in its
+/// first n, one begins at a position that is a multiple of n - 2. Looking at those positions alone finds all
+/// words, and a table over a hash of the triple turns nearly every position away at once.
+template <std::size_t Count>
+class WordSearch {
+  public:
+    explicit constexpr WordSearch(const std::array<std::string_view, Count>& words) : words_(words) {
+        std::size_t shortest = words[0].size();
+        for (const std::string_view word : words) {
+            shortest = std::min(shortest, word.size());
         }
-    }
-    return table;
-}();
-
-bool BeginsWithMarker(std::string_view text) {
-    return std::any_of(kMarkers.begin(), kMarkers.end(),
-                       [text](std::string_view marker) { return text.starts_with(marker); });
-}
-
-bool ContainsMarker(std::string_view text) {
-    for (std::size_t i = 0; i + kTriple <= text.size(); i += kTriplesOfMarker) {
-        if (!kMayBeMarker[TripleSlot(text.data() + i)]) {
-            continue;
-        }
-        for (std::size_t back = 0; back < kTriplesOfMarker && back <= i; ++back) {
-            if (BeginsWithMarker(text.substr(i - back))) {
-                return true;
+        stride_ = shortest - kTriple + 1;
+        for (const std::string_view word : words) {
+            for (std::size_t i = 0; i < stride_; ++i) {
+                may_be_word_[Slot(word.data() + i)] = true;
             }
         }
     }
-    return false;
-}
+
+    bool FindsOneIn(std::string_view text) const {
+        for (std::size_t i = 0; i + kTriple <= text.size(); i += stride_) {
+            if (!may_be_word_[Slot(text.data() + i)]) {
+                continue;
+            }
+            for (std::size_t back = 0; back < stride_ && back <= i; ++back) {
+                if (BeginsWithWord(text.substr(i - back))) {
+                    return true;
+                }
+            }
+        }
+        return false;
+    }
+
+  private:
+    static constexpr std::size_t kTriple = 3;
+    static constexpr std::uint32_t kTableBits = 14;
+
+    static constexpr std::size_t Slot(const char* text) {
+        const auto byte = [text](std::size_t i) {
+            return static_cast<std::uint32_t>(static_cast<unsigned char>(text[i]));
+        };
+        const std::uint32_t triple = byte(0) | byte(1) << 8U | byte(2) << 16U;
+        return (triple * 0x9E3779B1U) >> (32U - kTableBits);
+    }
+
+    bool BeginsWithWord(std::string_view text) const {
+        return std::any_of(words_.begin(), words_.end(),
+                           [text](std::string_view word) { return text.starts_with(word); });
+    }
+
+    std::array<std::string_view, Count> words_;
+    std::size_t stride_ = 0;
+    std::array<bool, std::size_t{1} << kTableBits> may_be_word_ = {};
+};
+
+constexpr WordSearch kMarkerSearch(kMarkers);
+constexpr WordSearch kAnchorSearch(std::array{kRunAnchor});
+
+static_assert(kRunAnchor.size() <= TextLines::kOverlap);
+static_assert(std::all_of(kMarkers.begin(), kMarkers.end(),
+                          [](std::string_view marker) { return marker.size() <= TextLines::kOverlap; }));
 
 /// The last lines added, in a ring whose strings are used again.
 class LastLines {
   public:
     void Clear() { count_ = 0; }
 
-    void Add(std::string_view line) {
-        lines_[count_ % lines_.size()] = line;
+    /// Takes the text of `line` and leaves another to use again.
+    void Add(std::string& line) {
+        lines_[count_ % lines_.size()].swap(line);
         ++count_;
     }
 
@@ -121,11 +132,11 @@ std::vector<std::string> SelectProductLogLines(std::istream& log) {
             relevant = false;
             starts_run = false;
         }
-        relevant = relevant || ContainsMarker(piece->text);
+        relevant = relevant || kMarkerSearch.FindsOneIn(piece->text);
         if (piece->ends && !relevant) {
             continue;
         }
-        starts_run = starts_run || piece->text.find(kRunAnchor) != std::string_view::npos;
+        starts_run = starts_run || kAnchorSearch.FindsOneIn(piece->text);
         start += piece->Fresh().substr(0, Report::kLongestLine - start.size());
         if (piece->ends) {
             // What came before the last line that starts a run is never quoted.
