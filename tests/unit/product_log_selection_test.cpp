@@ -108,6 +108,19 @@ TEST(ProductLogSelection, OnlyTheLastRunIsSelected) {
                 ElementsAre("Initializing D3D11 WARNING second", "ERROR b"));
 }
 
+TEST(ProductLogSelection, TheAnchorCountsWhereverItStandsAndOnlyWhole) {
+    const std::string anchor = "Initializing D3D11";
+    for (std::size_t before = 0; before < 40; ++before) {
+        const std::string start = std::string(before, 'I') + anchor + " failed";
+        EXPECT_THAT(Select("ERROR\n" + start + "\n"), ElementsAre(start)) << before;
+    }
+    for (std::size_t i = 0; i < anchor.size(); ++i) {
+        std::string other = anchor + " failed";
+        ++other[i];
+        EXPECT_THAT(Select("ERROR\n" + other + "\n"), SizeIs(2)) << other;
+    }
+}
+
 TEST(ProductLogSelection, AnAnchorWithoutAMarkerIsNone) {
     EXPECT_THAT(Select("ERROR a\nInitializing D3D11\nERROR b\n"), ElementsAre("ERROR a", "ERROR b"));
 }

@@ -45,6 +45,16 @@ TEST(TextLines, LinesEndAtLineFeeds) {
     EXPECT_THAT(LinesOf("\n\nx\n\n"), ElementsAre("", "", "x", ""));
 }
 
+TEST(TextLines, ALineFeedIsFoundAmongBytesLikeIt) {
+    for (const char like : {'\x0B', '\x09', '\x8A', '\x0E', '\x00', '\xFF'}) {
+        for (std::size_t before = 0; before < 20; ++before) {
+            const std::string first(before, like);
+            EXPECT_THAT(LinesOf(first + "\n" + std::string(20, like)),
+                        ElementsAre(first, std::string(20, like)));
+        }
+    }
+}
+
 TEST(TextLines, TheLastLineNeedsNoLineFeed) {
     EXPECT_THAT(LinesOf("one\ntwo"), ElementsAre("one", "two"));
     EXPECT_THAT(LinesOf("x"), ElementsAre("x"));
