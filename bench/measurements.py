@@ -20,35 +20,35 @@ BENCH = lab.BUILD / "bench"
 INSTALL = ROOT / "build" / "install"
 START_ROUNDS = 11
 LOG_ROUNDS = 3
+RUN_ROUNDS = 5
 
 
-def program(name, *arguments, cwd=INSTALL):
-    """A measurement that a bench program makes by itself."""
+def run_bench(name, exe, log, *arguments, cwd=INSTALL):
+    """The rows that a bench program prints."""
+    code, output, errors = lab.run_program([ROOT / "cmake" / "wine", exe, *arguments], cwd=cwd, timeout=600)
+    text = output.decode("utf-8", "replace").replace("\r\n", "\n")
+    log.write(f"== {name}\n{text}{errors.decode('utf-8', 'replace')}\n")
+    log.flush()
+    if code != 0:
+        raise SystemExit(f"bench: {name} ended with {code}: {errors.decode('utf-8', 'replace').strip()}")
+    return parse_rows(text)
 
-    def measure(log):
-        command = [ROOT / "cmake" / "wine", lab.windows_path(BENCH / f"{name}.exe"), *arguments]
-        code, output, errors = lab.run_program(command, cwd=cwd, timeout=600)
-        text = output.decode("utf-8", "replace").replace("\r\n", "\n")
-        log.write(f"== {name}\n{text}{errors.decode('utf-8', 'replace')}\n")
-        log.flush()
-        if code != 0:
-            raise SystemExit(f"bench: {name} ended with {code}: {errors.decode('utf-8', 'replace').strip()}")
-        yield from parse_rows(text)
 
-    return measure
+def program(name):
+    """A measurement that a bench program makes by itself, in the sample install folder."""
+    return lambda log: run_bench(name, BENCH / f"{name}.exe", log)
 
 
 def depth_model(log):
     """Beside the genuine ONNX Runtime, which the tool loads from its own folder."""
     with tempfile.TemporaryDirectory(prefix="vistrel-bench-") as folder:
-        for source in (BENCH / "model_timing_bench.exe", *(lab.GENUINE_LIBRARIES / f"{n}.dll" for n in ("onnxruntime", "DirectML"))):
+        libraries = [lab.GENUINE_LIBRARIES / f"{name}.dll" for name in ("onnxruntime", "DirectML")]
+        for source in (BENCH / "model_timing_bench.exe", *libraries):
             os.symlink(source, pathlib.Path(folder) / source.name)
         for size in ("182x182", "518x294", "924x518"):
             model = lab.BUILD / "models" / f"distill_any_depth_small_{size}_fp16.onnx"
-            command = [ROOT / "cmake" / "wine", "model_timing_bench.exe", lab.windows_path(model), *size.split("x")]
-            _, output, errors = lab.run_program(command, cwd=folder, timeout=600)
-            log.write(f"== model {size}\n{output.decode()}{errors.decode('utf-8', 'replace')}\n")
-            yield from parse_rows(output.decode())
+            yield from run_bench(f"model {size}", "model_timing_bench.exe", log, lab.windows_path(model),
+                                 *size.split("x"), cwd=folder)
 
 
 def capture_counts(log):
@@ -99,6 +99,48 @@ def start(log):
     ):
         yield Row("start to the first line", words, best[tool] / best[baseline], None, most)
         yield Row("size of the exe", words, bytes_of[tool] / bytes_of[baseline], None, most and 2.0)
+
+
+def tool_folder(folder):
+    """An install folder with a warp that draws quickly, with settings, and without depth models."""
+    install = lab.Install(folder)
+    install.add_shader("trivial")
+    install.add_file(ROOT / "tests" / "lab" / "install" / "settings.json", "settings.json")
+    return install
+
+
+def seconds_of_run(exe, *arguments):
+    started = time.perf_counter()
+    code, _, errors = lab.run_program([ROOT / "cmake" / "wine", exe, *arguments], cwd=exe.parent, timeout=300)
+    if code != 0:
+        raise SystemExit(f"bench: {exe.name} ended with {code}: {errors.decode('utf-8', 'replace').strip()}")
+    return time.perf_counter() - started
+
+
+def quick_run(log):
+    """The whole run against its unavoidable calls, by the clock on the wall: much of either is waiting."""
+    with tempfile.TemporaryDirectory(prefix="vistrel-bench-") as folder:
+        install = tool_folder(folder)
+        bare_exe = install.add_file(BENCH / "bare_run_bench.exe", "bare_run_bench.exe")
+        tool = bare = math.inf
+        for _ in range(RUN_ROUNDS):
+            bare = min(bare, seconds_of_run(bare_exe))
+            tool = min(tool, seconds_of_run(install.exe, *lab.CHEAP))
+    log.write(f"== quick run: {tool:.2f} s, its unavoidable calls {bare:.2f} s\n")
+    yield Row("whole quick run, no models, no capture", "its unavoidable calls alone", tool / bare, None, 1.25)
+
+
+def sections(log):
+    with tempfile.TemporaryDirectory(prefix="vistrel-bench-") as folder:
+        install = tool_folder(folder)
+        exe = install.add_file(BENCH / "section_cost_bench.exe", "section_cost_bench.exe")
+        yield from run_bench("section_cost_bench", exe, log, cwd=install.folder)
+
+
+def settings(log):
+    with tempfile.TemporaryDirectory(prefix="vistrel-bench-") as folder:
+        path = lab.windows_path(pathlib.Path(folder) / "settings.json")
+        yield from run_bench("settings_bench", BENCH / "settings_bench.exe", log, path)
 
 
 def markers():
@@ -170,6 +212,9 @@ def all_of_them(megabytes):
         "capture": capture_counts,
         "getframe": program("capture_bench"),
         "start": start,
+        "run": quick_run,
+        "sections": sections,
+        "settings": settings,
         "log": product_log(megabytes),
         "picture": program("colour_picture_bench"),
     }

@@ -1,0 +1,143 @@
+// What a quick run's sections cost beyond the calls of the system that they make: the whole run, watched from
+// another thread, which looks every other millisecond where the run is. Time in this program's code or in the
+// C runtime is the tool's own; all else is the system's. Counts the snapshots of the processes as well.
+//
+// Run it in place of the tool, in a folder without depth models.
+#include <windows.h>
+// The tool help header needs the types of this one first.
+#include <psapi.h>
+#include <tlhelp32.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cstdint>
+#include <map>
+#include <string>
+#include <thread>
+
+#include "bench/ratio.h"
+#include "platform/stopwatch.h"
+#include "tools/vistrel_diag/guided_run.h"
+#include "tools/vistrel_diag/report.h"
+
+namespace {
+
+std::atomic<int> snapshots = 0;
+
+}  // namespace
+
+// Both in place of the import libraries'.
+HANDLE WINAPI CreateToolhelp32Snapshot(DWORD flags, DWORD process) {
+    static const auto real = reinterpret_cast<decltype(&CreateToolhelp32Snapshot)>(
+        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "CreateToolhelp32Snapshot"));
+    ++snapshots;
+    return real(flags, process);
+}
+// A window is in front, as on any person's machine.
+extern "C" {
+decltype(&GetForegroundWindow) __imp_GetForegroundWindow = GetDesktopWindow;
+}
+
+namespace {
+
+class CodeRange {
+  public:
+    explicit CodeRange(const wchar_t* module) {
+        MODULEINFO information = {};
+        GetModuleInformation(GetCurrentProcess(), GetModuleHandleW(module), &information,
+                             sizeof(information));
+        begin_ = reinterpret_cast<std::uint64_t>(information.lpBaseOfDll);
+        end_ = begin_ + information.SizeOfImage;
+    }
+    bool Has(std::uint64_t address) const { return begin_ <= address && address < end_; }
+
+  private:
+    std::uint64_t begin_ = 0;
+    std::uint64_t end_ = 0;
+};
+
+struct SectionTime {
+    double own_ms = 0.0;
+    double all_ms = 0.0;
+};
+
+/// Looks at a thread until it is told to stop.
+class Watcher {
+  public:
+    explicit Watcher(HANDLE watched) : watched_(watched), thread_([this] { Watch(); }) {}
+
+    const std::map<std::string, SectionTime>& Stop() {
+        stop_ = true;
+        thread_.join();
+        return sections_;
+    }
+
+  private:
+    void Watch() {
+        const CodeRange program(nullptr);
+        const CodeRange c_runtime(L"msvcrt.dll");
+        double before = watch_.Seconds();
+        while (!stop_) {
+            Sleep(2);
+            const std::uint64_t place = PlaceOfThread();
+            const double now = watch_.Seconds();
+            SectionTime& section = sections_[Report::CurrentSection()];
+            const double ms = (now - before) * 1000.0;
+            section.all_ms += ms;
+            section.own_ms += program.Has(place) || c_runtime.Has(place) ? ms : 0.0;
+            before = now;
+        }
+    }
+
+    /// While it is stopped the thread may hold any lock of the process: nothing may be asked for meanwhile.
+    std::uint64_t PlaceOfThread() {
+        alignas(16) CONTEXT context = {};
+        context.ContextFlags = CONTEXT_CONTROL;
+        SuspendThread(watched_);
+        const bool known = GetThreadContext(watched_, &context) != FALSE;
+        ResumeThread(watched_);
+        return known ? context.Rip : 0;
+    }
+
+    HANDLE watched_;
+    Stopwatch watch_;
+    std::atomic<bool> stop_ = false;
+    std::map<std::string, SectionTime> sections_;
+    std::thread thread_;  // Uses all that stands before it.
+};
+
+HANDLE ThisThread() {
+    HANDLE thread = nullptr;
+    DuplicateHandle(GetCurrentProcess(), GetCurrentThread(), GetCurrentProcess(), &thread, 0, FALSE,
+                    DUPLICATE_SAME_ACCESS);
+    return thread;
+}
+
+}  // namespace
+
+int main() {
+    Watcher watcher(ThisThread());
+    RunOptions options;
+    options.quick = true;
+    options.run_models = false;
+    options.capture_seconds = 0.0;
+    CarryOutRun(options);
+
+    constexpr double kMostMs = 50.0;
+    std::string costliest;
+    SectionTime whole;
+    double most_ms = -1.0;
+    for (const auto& [title, time] : watcher.Stop()) {
+        std::printf("own %7.1f of %8.1f ms: %s\n", time.own_ms, time.all_ms, title.c_str());
+        whole.own_ms += time.own_ms;
+        whole.all_ms += time.all_ms;
+        if (time.own_ms > most_ms) {
+            most_ms = time.own_ms;
+            costliest = title.substr(0, title.find("  "));
+        }
+    }
+    PrintRatio("own code, " + costliest + " (most)", "50 ms", most_ms / kMostMs, {{}, 1.0});
+    PrintRatio("own code of a quick run", "wall clock of the run", whole.own_ms / whole.all_ms, {{}, 0.1});
+    PrintRatio("process snapshots of a quick run", "two: all, who is in front", snapshots / 2.0, {{}, 1.0});
+    return 0;
+}
