@@ -27,6 +27,7 @@ std::optional<ForegroundApplication> ProbeForegroundApplication() {
     ForegroundApplication application;
     application.title = TitleOf(window);
     if (has_process) {  // The window may be gone already, and 0 is the id of the idle process.
+        // A snapshot of its own: the program in front may have been started since the one before.
         application.executable_name = ExecutableNameOf(process_id, TakeProcessSnapshot());
     }
     return application;
