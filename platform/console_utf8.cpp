@@ -10,14 +10,8 @@ namespace {
 /// The code page to put back; 0 while there is none. Windows calls the handler below on a thread of its own.
 std::atomic<UINT> code_page_found = 0;
 
-void PutCodePageBack() {
-    if (const UINT code_page = code_page_found.exchange(0); code_page != 0) {
-        SetConsoleOutputCP(code_page);
-    }
-}
-
 BOOL WINAPI OnConsoleEvent(DWORD /*event*/) {
-    PutCodePageBack();
+    PutConsoleCodePageBack();
     return FALSE;  // The event then ends the program as it would have without this handler.
 }
 
@@ -36,6 +30,12 @@ void WriteToConsole(std::string_view text) {
     WriteConsoleW(GetStdHandle(STD_OUTPUT_HANDLE), wide.data(), static_cast<DWORD>(units), &written, nullptr);
 }
 
+void PutConsoleCodePageBack() {
+    if (const UINT code_page = code_page_found.exchange(0); code_page != 0) {
+        SetConsoleOutputCP(code_page);
+    }
+}
+
 ConsoleUtf8Output::ConsoleUtf8Output() {
     if (!StandardOutputIsConsole()) {
         return;
@@ -48,6 +48,6 @@ ConsoleUtf8Output::ConsoleUtf8Output() {
 ConsoleUtf8Output::~ConsoleUtf8Output() {
     if (code_page_found != 0) {
         SetConsoleCtrlHandler(OnConsoleEvent, FALSE);
-        PutCodePageBack();
+        PutConsoleCodePageBack();
     }
 }

@@ -11,9 +11,13 @@ bool StandardOutputIsConsole();
 /// characters.
 void WriteToConsole(std::string_view text);
 
+/// Gives a real console the code page back that ConsoleUtf8Output found. For a process that dies: takes no
+/// lock and allocates nothing. Does nothing the second time.
+void PutConsoleCodePageBack();
+
 /// While it lives, a real console also takes the bytes of standard error as UTF-8. The code page found is put
-/// back at the end, also when the person ends the program with Ctrl-C or closes the console. Does nothing for
-/// a pipe or a file. At most one at a time.
+/// back at the end, also when the person ends the program with Ctrl-C or closes the console; a program that
+/// crashes calls PutConsoleCodePageBack. Does nothing for a pipe or a file. At most one at a time.
 class ConsoleUtf8Output {
   public:
     ConsoleUtf8Output();

@@ -89,6 +89,17 @@ TEST_F(ConsoleUtf8, PutsTheCodePageBackOnCtrlCAndLetsItEndTheProgram) {
     EXPECT_EQ(Console().code_page, 437U);
 }
 
+TEST_F(ConsoleUtf8, PutsTheCodePageBackOnceForAProgramThatDies) {
+    PutConsoleCodePageBack();
+    EXPECT_EQ(Console().code_page, 437U);
+    const ConsoleUtf8Output utf8;
+    PutConsoleCodePageBack();
+    EXPECT_EQ(Console().code_page, 437U);
+    Console().code_page = 850;  // What somebody else makes of it from then on stays.
+    PutConsoleCodePageBack();
+    EXPECT_EQ(Console().code_page, 850U);
+}
+
 TEST_F(ConsoleUtf8, ShowsCharactersAndNotBytes) {
     WriteToConsole("\xC3\xA9\xD0\x92\xF0\x9F\x98\x80 100%s\r\n");
     EXPECT_EQ(Console().shown, L"\u00E9\u0412\U0001F600 100%s\r\n");

@@ -87,6 +87,10 @@ TEST(ReportSection, IsRememberedByItsTitle) {
     EXPECT_STREQ(Report::CurrentSection(), "GPUs");
     Report::Section("DISPLAYS  (this is what the warp resolution comes from)");
     EXPECT_STREQ(Report::CurrentSection(), "DISPLAYS  (this is what the warp resolution comes from)");
+    const ReportCapture report;
+    Report::EnterSection("MACHINE");
+    EXPECT_STREQ(Report::CurrentSection(), "MACHINE");
+    EXPECT_EQ(report.FileText(), "");
 }
 
 class ReportFile : public testing::Test {

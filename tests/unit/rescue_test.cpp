@@ -121,6 +121,68 @@ TEST_F(RescueTest, AfterACrashOnAThreadOfALibrary) {
     ExpectReport(CutShort("the program crashed (exception 0xC0000005)"));
 }
 
+TEST_F(RescueTest, AfterAStackOverflowOnAThreadOfALibrary) {
+    EXPECT_NE(RunVictim("stack-overflow-on-other-thread"), 0U);
+    ExpectReport(CutShort("the program crashed (exception 0xC00000FD)"));
+}
+
+TEST_F(RescueTest, AfterACrashAmidLinesHoldsWholeLines) {
+    EXPECT_NE(RunVictim("amid-lines"), 0U);
+    std::string expected = KeptLines();
+    const std::string found = ReportFile();
+    const std::string end = CutShort("the program crashed (exception 0xC0000005)").substr(expected.size());
+    for (int line = 0; expected.size() + end.size() < found.size(); ++line) {
+        const std::string number = std::to_string(line);
+        expected += std::string(8 - number.size(), '0') + number + "\r\n";
+    }
+    ExpectReport(expected + end);
+}
+
+TEST_F(RescueTest, IsNotDisturbedByASecondCrash) {
+    EXPECT_NE(RunVictim("crash-upon-crash"), 0U);
+    ExpectReport(CutShort("the program crashed (exception 0xC0000005)"));
+    EXPECT_NE(RunVictim("abort-upon-crash"), 0U);
+    ExpectReport(CutShort("the program crashed (exception 0xC0000005)"));
+}
+
+TEST_F(RescueTest, IsNotDisturbedByCtrlC) {
+    EXPECT_NE(RunVictim("ctrl-c-upon-crash"), 0U);
+    ExpectReport(CutShort("the program crashed (exception 0xC0000005)"));
+}
+
+TEST_F(RescueTest, AtCtrlCIsNotDisturbedByACrash) {
+    RunVictim("crash-upon-ctrl-c");
+    ExpectReport(CutShort("the user stopped it with Ctrl-C"));
+}
+
+TEST_F(RescueTest, AtCtrlCIsNotReplacedByAnOrdinaryReport) {
+    RunVictim("end-upon-ctrl-c");
+    ExpectReport(CutShort("the user stopped it with Ctrl-C"));
+}
+
+TEST_F(RescueTest, AfterACrashWhileTheOrdinaryReportIsWritten) {
+    EXPECT_NE(RunVictim("crash-in-ordinary-report"), 0U);
+    std::string expected = CutShort("the program crashed (exception 0xC0000005)");
+    ExpectReport(expected.insert(KeptLines().size(), "the last line\r\n"));
+}
+
+TEST_F(RescueTest, ReachesAFolderWithALongPath) {
+    folder_ /= std::wstring(100, L'\u00E9');
+    folder_ /= std::wstring(200, L'b');
+    const std::wstring long_form = L"\\\\?\\" + folder_.wstring();
+    std::filesystem::create_directories(long_form);
+    SetEnvironmentVariableW(L"VISTREL_RESCUE_VICTIM_FOLDER", folder_.c_str());
+    const std::filesystem::path report_folder = folder_;
+    folder_ = std::filesystem::current_path();
+    EXPECT_NE(RunVictim("access-violation"), 0U);
+    SetEnvironmentVariableW(L"VISTREL_RESCUE_VICTIM_FOLDER", nullptr);
+    folder_ = report_folder;
+    ExpectReport(CutShort("the program crashed (exception 0xC0000005)"));
+    std::error_code still_in_use;
+    std::filesystem::remove_all(long_form, still_in_use);
+    folder_ = folder_.parent_path().parent_path();
+}
+
 TEST_F(RescueTest, AtCtrlC) {
     RunVictim("ctrl-c");
     ExpectReport(CutShort("the user stopped it with Ctrl-C"));

@@ -1,8 +1,11 @@
-// Keeps a few report lines and then dies, or ends, as its argument says. Its report goes to the current
-// directory.
+// Keeps a few report lines and then dies, or ends, as its argument says. Its report goes to the folder named
+// by VISTREL_RESCUE_VICTIM_FOLDER, or else to the current directory.
 #include <windows.h>
 
+#include <atomic>
+#include <cstddef>
 #include <cstdlib>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <stdexcept>
@@ -13,13 +16,18 @@
 
 namespace {
 
-int volatile depth_reached = 0;
-
-int OverflowStack(int depth) {
-    char volatile frame[1024] = {};
-    frame[depth % 1024] = 1;
-    depth_reached = depth;
-    return OverflowStack(depth + 1) + frame[0];
+/// Reaches for what is beyond the stack's end. Leaves as much of the stack to the handler as a program on
+/// Windows gets that had it guaranteed; Wine would leave next to nothing.
+void OverflowStack() {
+    constexpr std::size_t kLeft = std::size_t{24} * 1024;
+    ULONG_PTR low = 0;
+    ULONG_PTR high = 0;
+    GetCurrentThreadStackLimits(&low, &high);
+    const std::size_t used = high - reinterpret_cast<ULONG_PTR>(&low);
+    auto volatile* const most = static_cast<char*>(__builtin_alloca(high - low - used - kLeft));
+    most[0] = 1;
+    auto volatile* const too_much = static_cast<char*>(__builtin_alloca(2 * kLeft));
+    too_much[0] = 1;
 }
 
 void AccessNothing() {
@@ -27,15 +35,54 @@ void AccessNothing() {
     *nothing = 1;
 }
 
-void CrashOnAnotherThread() {
-    HANDLE thread = CreateThread(
+using Action = void (*)();
+
+HANDLE StartThread(Action action) {
+    return CreateThread(
         nullptr, 0,
-        [](void*) -> DWORD {
-            AccessNothing();
+        [](void* begun) -> DWORD {
+            reinterpret_cast<Action>(begun)();
             return 0;
         },
-        nullptr, 0, nullptr);
-    WaitForSingleObject(thread, INFINITE);
+        reinterpret_cast<void*>(action), 0, nullptr);
+}
+
+void OnAnotherThread(Action action) {
+    WaitForSingleObject(StartThread(action), INFINITE);
+}
+
+std::atomic<bool> writes_are_slow = false;
+std::atomic<int> slow_writes = 0;
+
+BOOL WINAPI WriteSlowly(HANDLE file, const void* text, DWORD size, DWORD* written, OVERLAPPED* overlapped) {
+    static const auto real_write_file = reinterpret_cast<decltype(&WriteFile)>(
+        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "WriteFile"));
+    if (writes_are_slow) {
+        ++slow_writes;
+        Sleep(150);
+    }
+    return real_write_file(file, text, size, written, overlapped);
+}
+
+/// `first` begins to write the report, and while it does, `second` happens on the main thread.
+void OneUponTheOther(Action first, Action second) {
+    writes_are_slow = true;
+    StartThread(first);
+    while (slow_writes == 0) {
+        Sleep(1);
+    }
+    second();
+}
+
+/// The main thread writes one line after the other.
+void CrashAmidLines() {
+    StartThread([] {
+        Sleep(100);
+        AccessNothing();
+    });
+    for (int line = 0;; ++line) {
+        Report::Line("%08d", line);
+    }
 }
 
 /// A hang: what would end the process comes from the test.
@@ -44,8 +91,12 @@ void Hang() {
     Sleep(INFINITE);
 }
 
-void PressControlC() {
+void SendControlC() {
     GenerateConsoleCtrlEvent(CTRL_C_EVENT, 0);
+}
+
+void PressControlC() {
+    SendControlC();
     Sleep(INFINITE);
 }
 
@@ -61,17 +112,35 @@ void EndSession() {
     ExitProcess(7);
 }
 
+std::string ReportFolder() {
+    const wchar_t* const folder = _wgetenv(L"VISTREL_RESCUE_VICTIM_FOLDER");
+    const std::u8string text = std::filesystem::path(folder != nullptr ? folder : L"").u8string();
+    return {text.begin(), text.end()};
+}
+
 }  // namespace
+
+extern "C" {
+decltype(&WriteFile) __imp_WriteFile = WriteSlowly;
+}
 
 int main(int argument_count, char** arguments) {
     const std::string way = argument_count > 1 ? arguments[1] : "";
     const std::map<std::string, std::function<void()>> ways = {
         {"ordinary", [] {}},
         {"access-violation", AccessNothing},
-        {"stack-overflow", [] { OverflowStack(0); }},
+        {"stack-overflow", OverflowStack},
         {"abort", [] { std::abort(); }},
         {"uncaught-exception", [] { throw std::runtime_error("nobody catches this"); }},
-        {"other-thread", CrashOnAnotherThread},
+        {"other-thread", [] { OnAnotherThread(AccessNothing); }},
+        {"stack-overflow-on-other-thread", [] { OnAnotherThread([] { OverflowStack(); }); }},
+        {"amid-lines", CrashAmidLines},
+        {"crash-upon-crash", [] { OneUponTheOther(AccessNothing, AccessNothing); }},
+        {"abort-upon-crash", [] { OneUponTheOther(AccessNothing, std::abort); }},
+        {"ctrl-c-upon-crash", [] { OneUponTheOther(AccessNothing, PressControlC); }},
+        {"crash-upon-ctrl-c", [] { OneUponTheOther(SendControlC, AccessNothing); }},
+        {"end-upon-ctrl-c", [] { OneUponTheOther(SendControlC, [] {}); }},
+        {"crash-in-ordinary-report", [] {}},
         {"hang", Hang},
         {"ctrl-c", PressControlC},
         {"session-end", EndSession},
@@ -80,7 +149,8 @@ int main(int argument_count, char** arguments) {
     if (chosen == ways.end()) {
         return 2;
     }
-    Rescue rescue(Report::FilePath(""));
+    const std::string folder = ReportFolder();
+    Rescue rescue(Report::FilePath(folder));
     if (argument_count > 2) {
         chosen->second();  // Before anything was kept.
     }
@@ -91,6 +161,11 @@ int main(int argument_count, char** arguments) {
     Report::Section("HEADSET / OPENXR");
     chosen->second();
     Report::Line("the last line");
-    rescue.WriteOrdinaryReport([] { Report::WriteFile(""); });
+    rescue.WriteOrdinaryReport([&way, &folder] {
+        Report::WriteFile(folder);
+        if (way == "crash-in-ordinary-report") {
+            AccessNothing();
+        }
+    });
     return 0;
 }

@@ -45,6 +45,12 @@ void Begin(const RunOptions& options, const std::string& tool_folder) {
     }
 }
 
+/// Should the runtime bring the program down, this is the section that the run was in.
+HeadsetQuery AskHeadset() {
+    Report::EnterSection("HEADSET / OPENXR");
+    return QueryOpenXrHeadset();
+}
+
 /// The machine, the product's settings and the headset. Returns the adapter that the OpenXR runtime requires,
 /// if it names one.
 std::optional<AdapterLuid> ReportPartOne(const std::string& tool_folder) {
@@ -59,7 +65,7 @@ std::optional<AdapterLuid> ReportPartOne(const std::string& tool_folder) {
     ReportSettingsInEffect();
     ReportSettingsVerbatim();
     ReportProductLog();
-    const HeadsetQuery headset = QueryOpenXrHeadset();
+    const HeadsetQuery headset = AskHeadset();
     ReportHeadsetSection(headset);
     return headset.luid_known ? std::optional(headset.adapter_luid) : std::nullopt;
 }
@@ -97,7 +103,7 @@ void ReportPartTwo(const RunOptions& options, const BenchmarkDevice& benchmark, 
     ReportRunningSoftwareSection();
     Report::Line("%s", "");
     ReportVramLines("while the game is running");
-    ReportHeadsetSection(QueryOpenXrHeadset());
+    ReportHeadsetSection(AskHeadset());
     if (!benchmark.device) {
         return;
     }

@@ -69,9 +69,13 @@ void Line(const char* format, ...) {
     Kept().Append(WithLineBreaks(line, "\r\n") + "\r\n");
 }
 
+void EnterSection(std::string_view title) {
+    SectionTitle().Set(title);
+}
+
 void Section(std::string_view title) {
     const std::size_t rule = title.size() < kHeaderRuleColumns ? kHeaderRuleColumns - title.size() : 0;
-    SectionTitle().Set(title);
+    EnterSection(title);
     Line("%s", "");
     Line("== %s %s", std::string(title).c_str(), std::string(rule, '=').c_str());
 }

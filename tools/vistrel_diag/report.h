@@ -22,11 +22,16 @@ void Line(const char* format, ...) VISTREL_PRINTF(1, 2);
 /// An empty line and a header of 66 columns. `title` is shorter than 62 characters.
 void Section(std::string_view title);
 
+/// The run is in the section of that title, whose header has yet to come: for what must be done first to know
+/// what stands below it.
+void EnterSection(std::string_view title);
+
 /// Everything kept so far, with the line ends of the file (CR LF). Another thread may read it while lines are
 /// added.
 const KeptText& Text();
 
-/// The title of the section that was begun last; empty before the first. Never null, valid for the whole run.
+/// The title of the section that was entered last; empty before the first. Never null, valid for the whole
+/// run.
 const char* CurrentSection();
 
 /// Where the report file of a tool in `tool_folder` (UTF-8; the current directory when empty) lies, in UTF-8.

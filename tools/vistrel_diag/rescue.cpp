@@ -7,81 +7,153 @@
 #include <csignal>
 #include <string_view>
 
+#include "platform/console_utf8.h"
 #include "platform/utf8.h"
 #include "tools/vistrel_diag/report.h"
 #include "tools/vistrel_diag/session_end_watch.h"
 
 namespace {
 
-enum class Stage { Idle, Armed, OrdinaryReport, Rescuing };
+enum class Stage { Idle, Armed, OrdinaryReport, Rescuing, Rescued };
+
+/// Together, so that nobody sees one without the other.
+struct State {
+    Stage stage = Stage::Idle;
+    DWORD writer = 0;  ///< the thread that writes the file: in OrdinaryReport and Rescuing
+};
 
 constexpr DWORD kStackForHandler = 64 * 1024;  // So that the handler can run after a stack overflow.
 constexpr DWORD kLongestWaitMs = 4000;         // Windows ends a process about 5 s after it was told to close.
+constexpr std::size_t kLongestPath = 32767;    // In UTF-16 units; Windows has no longer ones.
 
-std::atomic<Stage> stage = Stage::Idle;
-std::array<wchar_t, 1024> path = {};
+std::atomic<State> state = State{};
+static_assert(std::atomic<State>::is_always_lock_free);
+std::array<wchar_t, kLongestPath + 1> path = {};
+LPTOP_LEVEL_EXCEPTION_FILTER filter_found = nullptr;
+HANDLE overflow_seen = nullptr;    ///< event
+HANDLE overflow_writer = nullptr;  ///< thread, waits for the event
 
-void WriteAll(HANDLE file, std::string_view text) {
+/// Whether all of it was written.
+bool WriteAll(HANDLE file, std::string_view text) {
     DWORD written = 0;
-    WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
+    return WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr) != FALSE &&
+           written == text.size();
 }
 
-/// Uses no heap, no lock and no C stream: any of them may be what broke.
-void WriteReportCutShort(RunEnd end, unsigned exception_code) {
+/// Whether the file now holds everything kept and the closing line.
+bool WriteFileCutShort(std::string_view closing_line) {
+    HANDLE file = CreateFileW(path.data(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                              CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    bool whole = true;
+    Report::Text().ForEachPiece(
+        [file, &whole](std::string_view piece) { whole = whole && WriteAll(file, piece); });
+    whole = whole && WriteAll(file, "\r\n") && WriteAll(file, closing_line) && WriteAll(file, "\r\n");
+    CloseHandle(file);
+    return whole;
+}
+
+/// Uses no heap, no lock and no C stream: any of them may be what broke. Not inlined, for its callers may run
+/// on a stack that has overflowed.
+__attribute__((noinline)) void WriteReportCutShort(RunEnd end, unsigned exception_code) {
     std::array<char, 256> line = {};
     const std::size_t length =
         FormatCutShortLine(line.data(), line.size(), end, exception_code, Report::CurrentSection());
     const std::string_view closing_line(line.data(), length);
+    const bool written = WriteFileCutShort(closing_line);
 
-    HANDLE file = CreateFileW(path.data(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                              CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file != INVALID_HANDLE_VALUE) {
-        Report::Text().ForEachPiece([file](std::string_view piece) { WriteAll(file, piece); });
-        WriteAll(file, "\r\n");
-        WriteAll(file, closing_line);
-        WriteAll(file, "\r\n");
-        CloseHandle(file);
-    }
     HANDLE console = GetStdHandle(STD_OUTPUT_HANDLE);
     WriteAll(console, "\r\n");
     WriteAll(console, closing_line);
     WriteAll(console,
-             file != INVALID_HANDLE_VALUE
-                 ? "\r\nThe lines found so far are in vistrel_diag_report.txt; please send that file.\r\n"
-                 : "\r\nThe report file could not be written. Copy the text above instead.\r\n");
+             written ? "\r\nThe lines found so far are in vistrel_diag_report.txt; please send that file.\r\n"
+                     : "\r\nThe report file could not be written. Copy the text above instead.\r\n");
+    PutConsoleCodePageBack();
 }
 
-void WaitForOrdinaryReport() {
-    for (DWORD waited = 0; stage == Stage::OrdinaryReport && waited < kLongestWaitMs; waited += 10) {
+/// What is left of an overflowed stack is too little for that, above all on a thread that is not ours; so a
+/// thread stands by for it. For anything else it would be the wrong one: the crashed thread may hold a lock
+/// of Windows' that only itself can pass again.
+DWORD WINAPI WaitForOverflow(void* /*unused*/) {
+    WaitForSingleObject(overflow_seen, INFINITE);
+    if (state.load().stage == Stage::Rescuing) {
+        WriteReportCutShort(RunEnd::Crash, EXCEPTION_STACK_OVERFLOW);
+    }
+    return 0;
+}
+
+void BeginToWaitForOverflow() {
+    overflow_seen = CreateEventW(nullptr, TRUE, FALSE, nullptr);
+    if (overflow_seen != nullptr) {
+        overflow_writer = CreateThread(nullptr, 0, WaitForOverflow, nullptr, 0, nullptr);
+    }
+}
+
+/// Of an event or a thread; null is none.
+void CloseAndForget(HANDLE& handle) {
+    if (handle != nullptr) {
+        CloseHandle(handle);
+        handle = nullptr;
+    }
+}
+
+void StopWaitingForOverflow() {
+    if (overflow_writer != nullptr) {
+        SetEvent(overflow_seen);
+        WaitForSingleObject(overflow_writer, INFINITE);
+    }
+    CloseAndForget(overflow_writer);
+    CloseAndForget(overflow_seen);
+}
+
+/// True when the calling thread is the one to write the file. Before the first line there is nothing to
+/// rescue, and an older report is worth more than an empty one. While another thread writes the ordinary
+/// report, that is the better one.
+bool ClaimRescue() {
+    const DWORD self = GetCurrentThreadId();
+    State now = state;
+    const bool may_write =
+        now.stage == Stage::Armed || (now.stage == Stage::OrdinaryReport && now.writer == self);
+    return may_write && Report::Text().size() > 0 &&
+           state.compare_exchange_strong(now, {Stage::Rescuing, self});
+}
+
+/// Does not wait for the calling thread, which may have crashed while it was writing.
+void WaitForOtherWriter() {
+    for (DWORD waited = 0; waited < kLongestWaitMs; waited += 10) {
+        const State now = state;
+        const bool writing = now.stage == Stage::OrdinaryReport || now.stage == Stage::Rescuing;
+        if (!writing || now.writer == GetCurrentThreadId()) {
+            return;
+        }
         Sleep(10);
     }
 }
 
-/// True when the calling thread is the one to write the file. Before the first line there is nothing to
-/// rescue, and an older report is worth more than an empty one.
-bool ClaimRescue(Stage from) {
-    return Report::Text().size() > 0 && stage.compare_exchange_strong(from, Stage::Rescuing);
-}
-
-bool RescueAfterCrash(RunEnd end, unsigned exception_code) {
-    if (!ClaimRescue(Stage::Armed) && !ClaimRescue(Stage::OrdinaryReport)) {
+/// Returns when the report stands in its file as well as it can: then the process may end. False when there
+/// was nothing to do, or another thread did it.
+bool RescueReport(RunEnd end, unsigned exception_code) {
+    if (!ClaimRescue()) {
+        WaitForOtherWriter();
         return false;
     }
-    WriteReportCutShort(end, exception_code);
-    return true;
-}
-
-void RescueOnRequest(RunEnd end) {
-    if (ClaimRescue(Stage::Armed)) {
-        WriteReportCutShort(end, 0);
+    if (exception_code == EXCEPTION_STACK_OVERFLOW && overflow_writer != nullptr) {
+        SetEvent(overflow_seen);
+        WaitForSingleObject(overflow_writer, kLongestWaitMs);
     } else {
-        WaitForOrdinaryReport();
+        WriteReportCutShort(end, exception_code);
     }
+    state = State{Stage::Rescued};
+    return true;
 }
 
 LONG WINAPI OnUnhandledException(EXCEPTION_POINTERS* exception) {
     const DWORD code = exception->ExceptionRecord->ExceptionCode;
-    if (RescueAfterCrash(RunEnd::Crash, code)) {
+    const bool rescued = RescueReport(RunEnd::Crash, code);
+    PutConsoleCodePageBack();
+    if (rescued) {
         // At once and with the exception's code, as Windows would; nothing more runs in what is broken, and
         // no dialog of the system's holds the console.
         TerminateProcess(GetCurrentProcess(), code);
@@ -90,51 +162,63 @@ LONG WINAPI OnUnhandledException(EXCEPTION_POINTERS* exception) {
 }
 
 void OnAbort(int /*signal*/) {
-    RescueAfterCrash(RunEnd::Abort, 0);
+    RescueReport(RunEnd::Abort, 0);
+    PutConsoleCodePageBack();
 }
 
 BOOL WINAPI OnConsoleEvent(DWORD event) {
-    RescueOnRequest(event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT ? RunEnd::ControlC
-                    : event == CTRL_CLOSE_EVENT                        ? RunEnd::ConsoleClosed
-                                                                       : RunEnd::SessionEnded);
+    RescueReport(event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT ? RunEnd::ControlC
+                 : event == CTRL_CLOSE_EVENT                        ? RunEnd::ConsoleClosed
+                                                                    : RunEnd::SessionEnded,
+                 0);
     return FALSE;  // The event then ends the program as it would have.
 }
 
 void OnSessionEnd() {
-    RescueOnRequest(RunEnd::SessionEnded);
+    RescueReport(RunEnd::SessionEnded, 0);
+}
+
+/// Does not return once another thread has begun to write the report cut short: the process is about to end.
+void GoOnTo(State next) {
+    State now = state;
+    while (now.stage != Stage::Rescuing && now.stage != Stage::Rescued) {
+        if (state.compare_exchange_weak(now, next)) {
+            return;
+        }
+    }
+    Sleep(INFINITE);
 }
 
 }  // namespace
 
 Rescue::Rescue(const std::string& report_path) {
     const std::wstring wide_path = WideFromUtf8(report_path);
-    if (wide_path.empty() || wide_path.size() >= path.size()) {
+    if (wide_path.empty() || wide_path.size() > kLongestPath) {
         return;
     }
-    path = {};
+    path.fill(L'\0');
     wide_path.copy(path.data(), wide_path.size());
-    stage = Stage::Armed;
+    state = State{Stage::Armed};
     ULONG stack = kStackForHandler;
     SetThreadStackGuarantee(&stack);
-    SetUnhandledExceptionFilter(OnUnhandledException);
+    BeginToWaitForOverflow();
+    filter_found = SetUnhandledExceptionFilter(OnUnhandledException);
     std::signal(SIGABRT, OnAbort);
     SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
     WatchForSessionEnd(OnSessionEnd);
 }
 
 void Rescue::WriteOrdinaryReport(const std::function<void()>& write) {
-    Stage armed = Stage::Armed;
-    if (!stage.compare_exchange_strong(armed, Stage::OrdinaryReport) && armed == Stage::Rescuing) {
-        Sleep(INFINITE);  // Another thread has begun to write the file and the process is about to end.
-    }
+    GoOnTo({Stage::OrdinaryReport, GetCurrentThreadId()});
     write();
-    stage = Stage::Idle;
+    GoOnTo({Stage::Idle});
 }
 
 Rescue::~Rescue() {
-    stage = Stage::Idle;
+    GoOnTo({Stage::Idle});
+    StopWaitingForOverflow();
     StopWatchingForSessionEnd();
     SetConsoleCtrlHandler(OnConsoleEvent, FALSE);
     std::signal(SIGABRT, SIG_DFL);
-    SetUnhandledExceptionFilter(nullptr);
+    SetUnhandledExceptionFilter(filter_found);
 }
