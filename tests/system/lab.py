@@ -173,12 +173,21 @@ def read_counts(path, errors=b""):
 
 
 def run_tool(
-    install, *arguments, scenario=None, scratch=None, stdin=b"", env=None, cwd=None, timeout=120, clean=True
+    install,
+    *arguments,
+    scenario=None,
+    scratch=None,
+    stdin=b"",
+    env=None,
+    cwd=None,
+    timeout=120,
+    clean=True,
+    dies=False,
 ):
     """Runs the tool, on a simulated machine when a scenario is given, else on Wine's own.
 
     A run on a simulated machine must leave no simulated object alive and do nothing that a program may not do with a
-    duplicated desktop, unless `clean` is False. The input ends after `stdin`, which answers every prompt by "go on".
+    duplicated desktop, unless `clean` is False. One that `dies` says nothing of that. The input ends after `stdin`, which answers every prompt by "go on".
     """
     scratch = scratch or install.folder.parent
     front, more, counts_file = [], {}, None
@@ -190,7 +199,7 @@ def run_tool(
     )
     report = install.report.read_bytes() if install.report.is_file() else None
     run = Run(exit_code, console, errors, report)
-    if counts_file is not None:
+    if counts_file is not None and not dies:
         run.counts = read_counts(counts_file, errors)
         if clean:
             assert run.counts["live_objects"] == 0, run.counts

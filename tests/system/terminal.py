@@ -89,7 +89,7 @@ class Screen:
 class Terminal:
     """A run of the tool that a person sits in front of; ends with the `with` block."""
 
-    def __init__(self, install, *arguments, scenario=None):
+    def __init__(self, install, *arguments, scenario=None, env=None):
         front, more = [], {}
         if scenario is not None:
             front, more, _ = lab.simulated(scenario, install.folder.parent)
@@ -97,7 +97,7 @@ class Terminal:
         self.child = pexpect.spawn(
             str(lab.ROOT / "cmake" / "wine"),
             [str(part) for part in command],
-            env=lab.environment(TERM="xterm", **more),
+            env=lab.environment(TERM="xterm", **more, **(env or {})),
             cwd=str(install.folder),
             dimensions=(ROWS, COLUMNS),
             echo=False,

@@ -136,6 +136,15 @@ TEST(Scenario, ReadsHowAnOutputIsDuplicated) {
     EXPECT_TRUE(output.losses[1].unplugged);
 }
 
+TEST(Scenario, ReadsMisfortunes) {
+    const Scenario scenario = Read("hang CopyResource at call 3\ncrash DuplicateOutput\nadapter A\n");
+    ASSERT_EQ(scenario.misfortunes.size(), 2U);
+    EXPECT_EQ(scenario.misfortunes.at("CopyResource").kind, "hang");
+    EXPECT_EQ(scenario.misfortunes.at("CopyResource").call, 3);
+    EXPECT_EQ(scenario.misfortunes.at("DuplicateOutput").kind, "crash");
+    EXPECT_EQ(scenario.misfortunes.at("DuplicateOutput").call, 1);
+}
+
 TEST(Scenario, StillAndNever) {
     EXPECT_EQ(Read("adapter A\n output D\n frames still\n").outputs[0].frames.rate, 0);
     EXPECT_FALSE(Read("adapter A\n output D\n frames still\n").outputs[0].frames.never);

@@ -24,7 +24,7 @@ TEST(OpenXrScript, EveryStatement) {
         "runtime A Name # of two words\r\nversion 1.2.3\nextensions A B\nmissing xrGetSystem\n"
         "result xrCreateSession -38\nnull xrCreateInstance\nsystem 7\nview 10 20\nluid 00000000:00000001\n"
         "claim views 9\ngrow views 2\nunterminated runtime\nevent 4 stopping\nendless_events\n"
-        "frame_milliseconds 11\nhand right 3 bare\n\n# nothing\n");
+        "frame_milliseconds 11\ncrash xrGetSystem\nhang xrEndFrame\nhand right 3 bare\n\n# nothing\n");
     EXPECT_TRUE(script.mistakes.empty());
     EXPECT_EQ(script.runtime, "A Name");
     EXPECT_EQ(script.patch, 3U);
@@ -33,6 +33,8 @@ TEST(OpenXrScript, EveryStatement) {
     EXPECT_EQ(script.Result("xrCreateSession"), -38);
     EXPECT_EQ(script.Result("xrGetSystem"), std::nullopt);
     EXPECT_EQ(script.nulls.count("xrCreateInstance"), 1U);
+    EXPECT_EQ(script.misfortunes.at("xrGetSystem"), "crash");
+    EXPECT_EQ(script.misfortunes.at("xrEndFrame"), "hang");
     EXPECT_EQ(script.views.at(0).height, 20U);
     EXPECT_EQ(script.claims.at("views"), 9U);
     EXPECT_EQ(script.growth.at("views"), 2U);
@@ -45,7 +47,7 @@ TEST(OpenXrScript, EveryStatement) {
 }
 
 TEST(OpenXrScript, MistakesAreTold) {
-    EXPECT_EQ(Read("nonsense\nevent 3 asleep\nhand middle 0 bare\nview 1\n").mistakes.size(), 4U);
+    EXPECT_EQ(Read("nonsense\nevent 3 asleep\nhand middle 0 bare\nview 1\nhang\n").mistakes.size(), 5U);
 }
 
 }  // namespace

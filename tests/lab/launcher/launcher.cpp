@@ -102,6 +102,11 @@ bool LoadLibraryInto(HANDLE process, const fs::path& library) {
     return loaded != 0;
 }
 
+/// Ctrl-C is the program's to answer; this one lives until that ends.
+BOOL WINAPI StayForConsoleEvent(DWORD /*event*/) {
+    return TRUE;
+}
+
 int Run(const fs::path& scenario, const std::wstring& command_line) {
     SetEnvironmentVariableW(L"VISTREL_LAB_SCENARIO", fs::absolute(scenario).c_str());
     const std::optional<PROCESS_INFORMATION> started = StartSuspended(command_line);
@@ -116,10 +121,18 @@ int Run(const fs::path& scenario, const std::wstring& command_line) {
         TerminateProcess(process.get(), kCannotRun);
         return Complain("the machine cannot be loaded into the program");
     }
+    SetConsoleCtrlHandler(StayForConsoleEvent, TRUE);
+    const UINT code_page = GetConsoleOutputCP();
     ResumeThread(thread.get());
     WaitForSingleObject(process.get(), INFINITE);
     DWORD exit_code = kCannotRun;
     GetExitCodeProcess(process.get(), &exit_code);
+    if (exit_code > 0xFF) {  // Of which the other side of Wine sees the last byte alone.
+        std::fprintf(stderr, "vistrel_lab: the program ended with 0x%08lX\n", exit_code);
+    }
+    if (const UINT left = GetConsoleOutputCP(); left != code_page) {
+        std::fprintf(stderr, "vistrel_lab: the program left the console in code page %u\n", left);
+    }
     return static_cast<int>(exit_code);
 }
 

@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "tests/lab/machine/machine.h"
 #include "tests/lab/machine/statistics.h"
 #include "tests/lab/machine/vtable.h"
 
@@ -51,6 +52,7 @@ bool MayCopy(ID3D11DeviceContext* context, ID3D11Resource* destination, ID3D11Re
 
 void STDMETHODCALLTYPE GuardedCopyResource(ID3D11DeviceContext* context, ID3D11Resource* destination,
                                            ID3D11Resource* source) {
+    MeetMisfortune("CopyResource");
     if (MayCopy(context, destination, source)) {
         real_copy_resource.load()(context, destination, source);
     }

@@ -2,6 +2,7 @@
 
 #include "tests/lab/machine/clock.h"
 #include "tests/lab/machine/frame_schedule.h"
+#include "tests/lab/misfortune.h"
 
 namespace lab {
 
@@ -26,6 +27,7 @@ void SetUpMachine(const Scenario& scenario) {
     Machine& machine = TheMachine();
     machine.scenario = scenario;
     machine.outputs.clear();
+    machine.calls_of_misfortune.clear();
     for (const Output& output : scenario.outputs) {
         OutputState state;
         state.adapter = output.adapter;
@@ -51,6 +53,15 @@ std::optional<ResultCode> RefuseNow(OutputState& output) {
     }
     ++output.refused;
     return output.refusal->result;
+}
+
+void MeetMisfortune(const std::string& function) {
+    Machine& machine = TheMachine();
+    const auto found = machine.scenario.misfortunes.find(function);
+    if (found != machine.scenario.misfortunes.end() &&
+        ++machine.calls_of_misfortune[function] == found->second.call) {
+        Suffer(found->second.kind);
+    }
 }
 
 void ApplyLoss(OutputState& output, const Loss& loss) {

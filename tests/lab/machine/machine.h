@@ -3,7 +3,9 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <map>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "tests/lab/machine/scenario.h"
@@ -26,6 +28,7 @@ struct OutputState {
 struct Machine {
     Scenario scenario;
     std::vector<OutputState> outputs;  ///< one for each of the scenario's
+    std::map<std::string, int> calls_of_misfortune;
 
     /// The positions of the outputs that an adapter drives now.
     std::vector<std::size_t> OutputsOf(std::size_t adapter) const;
@@ -46,6 +49,9 @@ void BeginRefusal(OutputState& output, const Refusal& refusal);
 
 /// The result of refusing now, which is counted; empty when the output does not refuse (any more).
 std::optional<ResultCode> RefuseNow(OutputState& output);
+
+/// Counts this call of `function`, and lets happen what the scenario says befalls it.
+void MeetMisfortune(const std::string& function);
 
 /// Changes the output as its next loss says.
 void ApplyLoss(OutputState& output, const Loss& loss);

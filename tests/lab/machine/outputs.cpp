@@ -59,6 +59,7 @@ class SimulatedOutput final : public SimulatedDxgiObject<IDXGIOutput1, IDXGIOutp
 
     HRESULT STDMETHODCALLTYPE DuplicateOutput(IUnknown* device,
                                               IDXGIOutputDuplication** duplication) override {
+        MeetMisfortune("DuplicateOutput");
         return DuplicateDesktop(position_, device, duplication);
     }
 

@@ -4,6 +4,7 @@
 #include <map>
 
 #include "tests/lab/machine/scenario_words.h"
+#include "tests/lab/misfortune.h"
 
 namespace lab {
 namespace {
@@ -37,7 +38,9 @@ class ScenarioReader {
         }
         const std::string first = words.Next("a statement");
         const Statements& statements = StatementsOf(block_);
-        if (const auto inner = statements.find(first); inner != statements.end()) {
+        if (block_ == Block::kMachine && IsMisfortune(first)) {
+            ReadMisfortune(first, words);
+        } else if (const auto inner = statements.find(first); inner != statements.end()) {
             inner->second(words);
         } else if (const auto opening = openings_.find(first); opening != openings_.end()) {
             opening->second(words);
@@ -140,6 +143,19 @@ class ScenarioReader {
         } else {
             throw ScenarioError("only an output can be without IDXGIOutput1");
         }
+    }
+
+    void ReadMisfortune(const std::string& kind, Words& words) {
+        const std::string function =
+            words.OneOf({"AcquireNextFrame", "CopyResource", "CreateDXGIFactory1", "D3D11CreateDevice",
+                         "DuplicateOutput", "QueryVideoMemoryInfo"});
+        Misfortune misfortune = {kind};
+        if (!words.AtEnd()) {
+            words.Expect("at");
+            words.Expect("call");
+            misfortune.call = words.Number("which call");
+        }
+        scenario_.misfortunes[function] = misfortune;
     }
 
     static Frames ReadFrames(Words& words) {

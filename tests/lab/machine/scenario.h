@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <istream>
+#include <map>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -108,6 +109,12 @@ struct Cursor {
     int y = 100;
 };
 
+/// A call that brings the program down.
+struct Misfortune {
+    std::string kind;  ///< of tests/lab/misfortune.h
+    int call = 1;      ///< at which call it happens
+};
+
 struct Scenario {
     std::vector<Adapter> adapters;
     std::vector<Output> outputs;
@@ -117,6 +124,7 @@ struct Scenario {
     std::optional<ResultCode> factory_fails;
     std::optional<ResultCode> device_fails;
     std::optional<ResultCode> adapters_end_with;
+    std::map<std::string, Misfortune> misfortunes;  ///< by the function they befall
 };
 
 /// A line that cannot be understood; says which and why.

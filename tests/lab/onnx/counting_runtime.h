@@ -14,10 +14,11 @@ struct CountingRuntime {
     // Told.
     std::vector<std::int64_t> input_dimensions = {1, 3, 8, 16};
     bool input_is_tensor = true;
-    std::string failing_entry;  ///< this entry answers a status...
-    int failing_call = 1;       ///< ...when called for this time, counted from 1
-    bool fails_late = false;    ///< ...and has made its object all the same
-    bool throws = false;        ///< ...or rather, throws a std::runtime_error
+    std::string failing_entry;               ///< this entry answers a status...
+    int failing_call = 1;                    ///< ...when called for this time, counted from 1
+    bool fails_late = false;                 ///< ...and has made its object all the same
+    bool throws = false;                     ///< ...or rather, throws a std::runtime_error
+    void (*instead_of_failing)() = nullptr;  ///< ...or calls this
     std::string message = "the runtime's own words";
     void (*while_running)() = nullptr;  ///< called by each Run
 

@@ -5,6 +5,9 @@
 //     old                the table goes to version 17 only, as in the copy that Windows carries
 //     fail=ENTRY         the table's ENTRY (or AppendDirectMl) answers a status
 //     throw=ENTRY        it throws a C++ exception instead
+//     crash=ENTRY        it brings the program down; also crash_elsewhere=, overflow=, abort= and hang=. At
+//     the
+//                        ENTRY DllMain this happens while the DLL is loaded
 //     call=N             at its Nth call, not the first
 //     message=WORD       with this message
 //     pixel-takes=NS     each pixel of the input takes a Run so many nanoseconds, of the simulated machine's
@@ -17,6 +20,7 @@
 #include <sstream>
 #include <string>
 
+#include "tests/lab/misfortune.h"
 #include "tests/lab/onnx/counting_runtime.h"
 
 namespace {
@@ -24,6 +28,7 @@ namespace {
 bool no_base = false;
 bool old_version = false;
 std::string ledger_file;
+std::string misfortune;
 int table_requests = 0;
 double nanoseconds_per_pixel = 0;
 
@@ -57,6 +62,10 @@ void Obey(const std::string& word) {
     } else if (name == "fail" || name == "throw") {
         runtime.failing_entry = value;
         runtime.throws = name == "throw";
+    } else if (lab::IsMisfortune(name)) {
+        misfortune = name;
+        runtime.failing_entry = value;
+        runtime.instead_of_failing = [] { lab::Suffer(misfortune); };
     } else if (name == "call") {
         runtime.failing_call = std::atoi(value.c_str());
     } else if (name == "message") {
@@ -121,6 +130,9 @@ extern "C" int StandInTableRequests() {
 BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
     if (reason == DLL_PROCESS_ATTACH) {
         ReadOrders();
+        if (TheCountingRuntime().failing_entry == "DllMain") {
+            lab::Suffer(misfortune);
+        }
     } else if (reason == DLL_PROCESS_DETACH) {
         WriteLedger();
     }

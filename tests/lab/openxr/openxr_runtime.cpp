@@ -13,6 +13,8 @@
 #include <fstream>
 #include <iterator>
 
+#include "tests/lab/misfortune.h"
+
 namespace {
 
 std::vector<std::string> enabled_extensions;
@@ -195,6 +197,10 @@ void LogCall(const std::string& line) {
     const std::wstring path = EnvironmentText(L"VISTREL_LAB_OPENXR_LOG");
     if (!path.empty()) {
         std::ofstream(std::filesystem::path(path), std::ios::app | std::ios::binary) << line << "\n";
+    }
+    const auto misfortune = CurrentScript().misfortunes.find(line.substr(0, line.find(' ')));
+    if (misfortune != CurrentScript().misfortunes.end()) {
+        lab::Suffer(misfortune->second);
     }
 }
 

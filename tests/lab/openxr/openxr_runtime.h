@@ -22,7 +22,8 @@ const OpenXrScript& CurrentScript();
 /// Reads the script named by VISTREL_LAB_OPENXR anew.
 void LoadScript();
 
-/// Adds a line to the file named by VISTREL_LAB_OPENXR_LOG.
+/// Adds a line to the file named by VISTREL_LAB_OPENXR_LOG; its first word is the function that was called.
+/// Then lets happen what the script says befalls that function.
 void LogCall(const std::string& line);
 
 /// Notes a caller's mistake as a line that begins with "WRONG". Returns `right`.

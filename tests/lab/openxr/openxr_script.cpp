@@ -3,6 +3,8 @@
 #include <istream>
 #include <sstream>
 
+#include "tests/lab/misfortune.h"
+
 namespace {
 
 /// The number of a session state's name; 0 for a name that is none.
@@ -75,6 +77,15 @@ bool ReadName(std::istringstream& line, std::set<std::string>& names) {
     return true;
 }
 
+bool ReadMisfortune(const std::string& misfortune, std::istringstream& line, OpenXrScript& script) {
+    std::string function;
+    if (!(line >> function)) {
+        return false;
+    }
+    script.misfortunes[function] = misfortune;
+    return true;
+}
+
 bool ReadView(std::istringstream& line, OpenXrScript& script) {
     OpenXrScript::View view;
     if (!(line >> view.width >> view.height)) {
@@ -100,6 +111,9 @@ bool ReadStatement(const std::string& keyword, std::istringstream& line, OpenXrS
     }
     if (keyword == "endless_events") {
         return script.endless_events = true;
+    }
+    if (lab::IsMisfortune(keyword)) {
+        return ReadMisfortune(keyword, line, script);
     }
     return (keyword == "version" && ReadVersion(line, script)) ||
            (keyword == "extensions" && ReadExtensions(line, script)) ||
