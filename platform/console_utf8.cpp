@@ -2,6 +2,7 @@
 
 #include <windows.h>
 
+#include <algorithm>
 #include <atomic>
 #include <string>
 
@@ -9,6 +10,23 @@ namespace {
 
 /// The code page to put back; 0 while there is none. Windows calls the handler below on a thread of its own.
 std::atomic<UINT> code_page_found = 0;
+
+/// A control character as its picture, so that no window's title or device's name gives a terminal commands;
+/// what text is laid out with stays.
+wchar_t Shown(wchar_t unit) {
+    constexpr wchar_t kFirstPicture = 0x2400;
+    constexpr wchar_t kDelete = 0x7F;
+    if (unit == L'\n' || unit == L'\r' || unit == L'\t') {
+        return unit;
+    }
+    if (unit < L' ') {
+        return static_cast<wchar_t>(kFirstPicture + unit);
+    }
+    if (unit == kDelete) {
+        return kFirstPicture + 0x21;
+    }
+    return unit > kDelete && unit < 0xA0 ? L'\uFFFD' : unit;
+}
 
 BOOL WINAPI OnConsoleEvent(DWORD /*event*/) {
     PutConsoleCodePageBack();
@@ -26,6 +44,7 @@ void WriteToConsole(std::string_view text) {
     const int bytes = static_cast<int>(text.size());
     std::wstring wide(text.size(), L'\0');  // Never more units than there are bytes.
     const int units = MultiByteToWideChar(CP_UTF8, 0, text.data(), bytes, wide.data(), bytes);
+    std::transform(wide.begin(), wide.begin() + units, wide.begin(), Shown);
     DWORD written = 0;
     WriteConsoleW(GetStdHandle(STD_OUTPUT_HANDLE), wide.data(), static_cast<DWORD>(units), &written, nullptr);
 }

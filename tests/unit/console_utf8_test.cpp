@@ -108,6 +108,13 @@ TEST_F(ConsoleUtf8, ShowsCharactersAndNotBytes) {
     EXPECT_EQ(Console().shown, L"");
 }
 
+TEST_F(ConsoleUtf8, ShowsControlCharactersAndObeysNone) {
+    WriteToConsole(
+        "a\x1B[2J\x07\x08\x7F\xC2\x9B"
+        "1m\xC2\xA0\tb\r\n");
+    EXPECT_EQ(Console().shown, L"a\u241B[2J\u2407\u2408\u2421\uFFFD1m\u00A0\tb\r\n");
+}
+
 TEST_F(ConsoleUtf8, ShowsALineThatWasCutInsideACharacter) {
     WriteToConsole(std::string(4094, 'x') + "\xC3\n");
     EXPECT_EQ(Console().shown, std::wstring(4094, L'x') + L"\uFFFD\n");
