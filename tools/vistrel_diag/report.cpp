@@ -7,6 +7,7 @@
 #include <fstream>
 #include <string>
 
+#include "platform/long_path.h"
 #include "tools/vistrel_diag/console.h"
 
 namespace Report {
@@ -95,7 +96,8 @@ std::string FilePath(std::string_view tool_folder) {
 WrittenFile WriteFile(std::string_view tool_folder) {
     const std::string path = FilePath(tool_folder);
     // Opened by its wide form, which bears every folder name; binary, because the line ends are in the text.
-    std::ofstream file(std::filesystem::path(std::u8string(path.begin(), path.end())),
+    const std::string openable = OpenablePath(path);
+    std::ofstream file(std::filesystem::path(std::u8string(openable.begin(), openable.end())),
                        std::ios::binary | std::ios::trunc);
     if (!file) {
         ConsolePrint("\n!! Could not write the report file. Copy the text above instead.\n");

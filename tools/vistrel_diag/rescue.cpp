@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "platform/console_utf8.h"
+#include "platform/long_path.h"
 #include "platform/utf8.h"
 #include "tools/vistrel_diag/report.h"
 #include "tools/vistrel_diag/session_end_watch.h"
@@ -192,7 +193,7 @@ void GoOnTo(State next) {
 }  // namespace
 
 Rescue::Rescue(const std::string& report_path) {
-    const std::wstring wide_path = WideFromUtf8(report_path);
+    const std::wstring wide_path = WideFromUtf8(OpenablePath(report_path));
     if (wide_path.empty() || wide_path.size() > kLongestPath) {
         return;
     }

@@ -1,0 +1,34 @@
+#include "platform/long_path.h"
+
+#include <algorithm>
+
+namespace {
+
+constexpr std::size_t kShortPath = 259;  // Windows counts the terminating zero as well.
+
+bool BeginsWithDrive(std::string_view path) {
+    return path.size() > 2 && path[1] == ':' && (path[2] == '\\' || path[2] == '/');
+}
+
+bool BeginsWithServer(std::string_view path) {
+    return path.starts_with("\\\\") && !path.starts_with("\\\\?\\") && !path.starts_with("\\\\.\\");
+}
+
+/// Behind "\\?\" Windows takes a slash for a letter.
+std::string WithBackslashes(std::string_view path) {
+    std::string text(path);
+    std::replace(text.begin(), text.end(), '/', '\\');
+    return text;
+}
+
+}  // namespace
+
+std::string OpenablePath(std::string_view path) {
+    if (path.size() > kShortPath && BeginsWithDrive(path)) {
+        return "\\\\?\\" + WithBackslashes(path);
+    }
+    if (path.size() > kShortPath && BeginsWithServer(path)) {
+        return "\\\\?\\UNC\\" + WithBackslashes(path.substr(2));
+    }
+    return std::string(path);
+}
