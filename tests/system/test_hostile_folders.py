@@ -1,0 +1,263 @@
+"""The tool in folders that are hard to write to, to name or to reach, and names from outside with anything in them."""
+
+import contextlib
+import os
+import pathlib
+import subprocess
+
+import pytest
+
+import golden
+import lab
+import programs
+import terminal
+from test_guided_run import closing, patient
+from test_rescue import ACCESS_VIOLATION, CAPTURE, CRASHED, PLACE, closing_line
+
+MACHINE = "desktop-pc"  # Its figures are the same in every run.
+QUICK = ("--quick", "--no-models", "--capture-seconds", "0.5")
+NO_WINDOW = [(r"^Foreground app  : .*\n", "")]
+CRASH = f"crash AcquireNextFrame\n{patient('frames-60')}"
+NOT_WRITTEN = "\n!! Could not write the report file. Copy the text above instead.\n\nPress Enter to close.\n"
+NOT_RESCUED = "\nThe report file could not be written. Copy the text above instead.\n"
+
+
+def furnish(folder):
+    """An install folder in which every reading section finds something."""
+    install = lab.Install(folder)
+    install.add_shader("trivial")
+    install.write("settings.json", '{"vistrel_scale": 1.5}')
+    install.write("ReShade.ini", "")
+    return install
+
+
+@pytest.fixture(scope="module")
+def ordinary(tmp_path_factory):
+    """The console and the report of a run in a folder like any other, the folder's name left out."""
+    install = furnish(tmp_path_factory.mktemp("ordinary") / "install")
+    return texts(lab.run_tool(install, *QUICK, scenario=MACHINE), install)
+
+
+def texts(run, install):
+    assert run.exit_code == 0
+    return [golden.masked(text, install, NO_WINDOW) for text in (run.console_text, run.report_text)]
+
+
+@contextlib.contextmanager
+def mounted(folder, options):
+    """A file system of its own on that folder while the block lasts."""
+    folder.mkdir()
+    command = ["mount", "-t", "tmpfs", "-o", options, "vistrel-test", folder]
+    mount = subprocess.run(command, capture_output=True, text=True, check=False)
+    if mount.returncode != 0:
+        pytest.skip(f"no file system can be mounted here: {mount.stderr.strip()}")
+    try:
+        yield
+    finally:
+        subprocess.run(["umount", "--lazy", folder], check=True)
+
+
+@contextlib.contextmanager
+def reached_as(letter, folder):
+    """The folder is a drive's root meanwhile."""
+    link = pathlib.Path(os.environ["WINEPREFIX"]) / "dosdevices" / letter
+    link.symlink_to(folder)
+    try:
+        yield
+    finally:
+        link.unlink()
+
+
+class Elsewhere(lab.Install):
+    """An install folder that Windows knows by a path of its own."""
+
+    def __init__(self, folder, windows_folder):
+        super().__init__(folder)
+        self.path = windows_folder
+
+    @property
+    def windows_folder(self):
+        return self.path
+
+
+def run_by(path, install, *arguments, scenario=None, scratch, cwd=None):
+    """Like lab.run_tool, with the path by which the tool is started."""
+    front, more = [], {}
+    if scenario is not None:
+        front, more, _ = lab.simulated(scenario, scratch)
+    command = [lab.ROOT / "cmake" / "wine", *front, path, *arguments]
+    exit_code, console, errors = lab.run_program(command, cwd=cwd or scratch, env=lab.environment(**more))
+    report = install.report.read_bytes() if install.report.is_file() else None
+    return lab.Run(exit_code, console, errors, report)
+
+
+# Folders that cannot be written to
+
+
+def test_read_only_folder(ordinary, tmp_path):
+    folder = tmp_path / "install"
+    with mounted(folder, "size=8m"):
+        install = furnish(folder)
+        subprocess.run(["mount", "-o", "remount,ro", folder], check=True)
+        run = lab.run_tool(install, *QUICK, scenario=MACHINE)
+        assert run.exit_code == 0 and run.report is None
+        report_on_console = golden.masked(run.console_text, install, NO_WINDOW).removesuffix(NOT_WRITTEN)
+        assert report_on_console == ordinary[0].split("\n" + "=" * 53 + "\n Done. ")[0]
+
+
+def test_crash_in_a_read_only_folder(tmp_path):
+    folder = tmp_path / "install"
+    with mounted(folder, "size=8m"):
+        install = lab.Install(folder)
+        subprocess.run(["mount", "-o", "remount,ro", folder], check=True)
+        run = lab.run_tool(install, *QUICK, scenario=CRASH, dies=True)
+        cause = CRASHED.format(ACCESS_VIOLATION)
+        assert run.console_text.endswith(f"\n{closing_line(CAPTURE, cause)}{NOT_RESCUED}")
+        assert run.report is None
+
+
+def test_crash_while_another_program_holds_the_report(tmp_path):
+    install = lab.Install(tmp_path / "install")
+    install.write(lab.REPORT_NAME, "an older report\n")
+    with programs.held(install.report, "none"):
+        run = lab.run_tool(install, *QUICK, scenario=CRASH, dies=True)
+    cause = CRASHED.format(ACCESS_VIOLATION)
+    assert run.console_text.endswith(f"\n{closing_line(CAPTURE, cause)}{NOT_RESCUED}")
+    assert install.report.read_bytes() == b"an older report\n"
+
+
+def fill(folder, left):
+    """Leaves so many bytes of the folder's file system free."""
+    free = os.statvfs(folder)
+    (folder / "filler").write_bytes(bytes(free.f_bavail * free.f_frsize - left))
+    free = os.statvfs(folder)
+    assert free.f_bavail * free.f_frsize == left
+
+
+@pytest.mark.parametrize("left", [0, 4096], ids=["nothing left", "room for a part"])
+def test_full_disk(ordinary, tmp_path, left):
+    """What cannot be written is missing in the file; that the file was opened is what the person is told of."""
+    folder = tmp_path / "install"
+    with mounted(folder, "size=8m"):
+        install = furnish(folder)
+        fill(folder, left)
+        run = lab.run_tool(install, *QUICK, scenario=MACHINE)
+        assert run.exit_code == 0
+        assert golden.masked(run.console_text, install, NO_WINDOW) == ordinary[0]
+        assert run.report == run.report[:left] and len(run.report) == left
+
+
+@pytest.mark.parametrize("left", [0, 4096], ids=["nothing left", "room for a part"])
+def test_crash_on_a_full_disk(tmp_path, left):
+    folder = tmp_path / "install"
+    with mounted(folder, "size=8m"):
+        install = lab.Install(folder)
+        install.write("settings.json", "{" + ",\n".join(f'"vistrel_key_{n}": {n}' for n in range(100)) + "}")
+        fill(folder, left)
+        run = lab.run_tool(install, *QUICK, scenario=CRASH, dies=True)
+        cause = CRASHED.format(ACCESS_VIOLATION)
+        assert run.console_text.endswith(f"\n{closing_line(CAPTURE, cause)}{NOT_RESCUED}")
+
+
+# Folders with odd names
+
+
+@pytest.mark.parametrize(
+    "name",
+    ["%s%n%d", "a  folder with  blanks", "'quotes' `and` “quotes”", "&(paren)^!;=,~ @[x]{y}$HOME%TEMP%", "Ünïcødé 高性能 🎮"],
+)
+def test_folder_named(ordinary, tmp_path, name):
+    install = furnish(tmp_path / name)
+    run = lab.run_tool(install, *QUICK, scenario=MACHINE)
+    assert f"Running from: {install.windows_folder}\n" in run.report_text
+    assert run.console_text.endswith(closing(install))
+    assert texts(run, install) == ordinary
+
+
+# Folders that are hard to reach
+
+
+def test_root_of_a_drive(ordinary, tmp_path):
+    folder = tmp_path / "install"
+    furnish(folder)
+    install = Elsewhere(folder, "X:")
+    with reached_as("x:", folder):
+        run = run_by("X:\\vistrel_diag.exe", install, *QUICK, scenario=MACHINE, scratch=tmp_path)
+    assert "Running from: X:\n" in run.report_text
+    assert texts(run, install) == ordinary
+
+
+def long_install(tmp_path, length):
+    """An install folder whose tool has a path of so many characters."""
+    base = lab.windows_path(tmp_path) + "\\"
+    left = length - len("\\vistrel_diag.exe") - len(base)
+    folder = tmp_path
+    while left > 120:
+        folder /= "l" * 100
+        left -= 101
+    install = furnish(folder / ("l" * left))
+    assert len(lab.windows_path(install.exe)) == length
+    return install
+
+
+def test_longest_path_that_the_tool_reads_of_itself(ordinary, tmp_path):
+    install = long_install(tmp_path, 259)
+    assert len(install.windows_folder + "\\" + lab.REPORT_NAME) > 260
+    run = lab.run_tool(install, *QUICK, scenario=MACHINE, scratch=tmp_path)
+    assert texts(run, install) == ordinary
+
+
+def test_crash_in_a_folder_with_a_long_path(tmp_path):
+    install = long_install(tmp_path, 259)
+    run = lab.run_tool(install, *QUICK, scenario=CRASH, scratch=tmp_path, dies=True)
+    line = closing_line(CAPTURE, CRASHED.format(ACCESS_VIOLATION))
+    assert run.console_text.endswith(f"\n{line}{PLACE}")
+    assert run.report_text.startswith("Vistrel diagnostic report v1.0\n") and run.report_text.endswith(f"\n\n{line}\n")
+
+
+def test_path_too_long_for_the_tool_to_read_of_itself(tmp_path):
+    """Its folder is then unknown and the report comes into the current directory."""
+    install = long_install(tmp_path, 300)
+    run = run_by(install.exe, install, *lab.CHEAP, scratch=tmp_path)
+    assert run.exit_code == 0 and run.report is None
+    report = (tmp_path / lab.REPORT_NAME).read_bytes().decode("utf-8").replace("\r\n", "\n")
+    assert "\nRunning from: \n" in report
+    assert f" Done. Report written to:\n   {lab.REPORT_NAME}\n\n Please send" in run.console_text
+
+
+# Names from outside
+
+CLEAR_SCREEN = "\x1b[2J\x1b[H"
+EVIL = f"100%s %n{CLEAR_SCREEN}\x07\x08end"
+
+
+def machine_with_evil_gpu():
+    text = (lab.SCENARIOS / "desktop-pc.txt").read_text(encoding="utf-8")
+    return text.replace("adapter NVIDIA GeForce RTX 3070", f"adapter {EVIL}")
+
+
+def test_names_with_control_characters_are_reported_as_they_are(tmp_path):
+    install = lab.Install(tmp_path / "install")
+    with programs.in_foreground(tmp_path, "100%s %n.exe", EVIL):
+        run = lab.run_tool(install, *QUICK, scenario=machine_with_evil_gpu())
+    foreground, gpu = f'\nForeground app  : 100%s %n.exe  "{EVIL}"\n', f"\nGPU 0           : {EVIL} [NVIDIA]\n"
+    for text in (run.report_text, run.console_text):
+        assert foreground in text and gpu in text
+
+
+def test_line_breaks_in_a_title_stay_line_breaks(tmp_path):
+    install = lab.Install(tmp_path / "install")
+    with programs.in_foreground(tmp_path, "lines.exe", "one\ntwo\r\nthree"):
+        run = lab.run_tool(install, *QUICK, scenario=MACHINE)
+    assert '\nForeground app  : lines.exe  "one\ntwo\nthree"\n' in run.report_text
+    assert '\nForeground app  : lines.exe  "one\ntwo\nthree"\n' in run.console_text
+
+
+def test_a_terminal_obeys_no_name(tmp_path):
+    install = lab.Install(tmp_path / "install")
+    with terminal.Terminal(install, *QUICK, scenario=machine_with_evil_gpu()) as person:
+        person.answer("\nPress Enter to close.\n", "\r")
+        assert person.wait_for_end() == 0
+        screen = person.screen.text()
+    assert "\n Vistrel diagnostic\n" in screen
+    assert "\nGPU 0           : 100%s %n␛[2J␛[H␇␈end [NVIDIA]\n" in screen
