@@ -187,7 +187,8 @@ def run_tool(
     """Runs the tool, on a simulated machine when a scenario is given, else on Wine's own.
 
     A run on a simulated machine must leave no simulated object alive and do nothing that a program may not do with a
-    duplicated desktop, unless `clean` is False. One that `dies` says nothing of that. The input ends after `stdin`, which answers every prompt by "go on".
+    duplicated desktop, unless `clean` is False. One that `dies` says nothing of that. The input ends after `stdin`,
+    which answers every prompt by "go on".
     """
     scratch = scratch or install.folder.parent
     front, more, counts_file = [], {}, None

@@ -103,7 +103,7 @@ void CloseAndForget(HANDLE& handle) {
 void StopWaitingForOverflow() {
     if (overflow_writer != nullptr) {
         SetEvent(overflow_seen);
-        WaitForSingleObject(overflow_writer, INFINITE);
+        WaitForSingleObject(overflow_writer, kLongestWaitMs);
     }
     CloseAndForget(overflow_writer);
     CloseAndForget(overflow_seen);
