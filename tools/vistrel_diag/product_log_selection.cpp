@@ -53,13 +53,8 @@ class WordSearch {
 
     bool FindsOneIn(std::string_view text) const {
         for (std::size_t i = 0; i + kTriple <= text.size(); i += stride_) {
-            if (!may_be_word_[Slot(text.data() + i)]) {
-                continue;
-            }
-            for (std::size_t back = 0; back < stride_ && back <= i; ++back) {
-                if (BeginsWithWord(text.substr(i - back))) {
-                    return true;
-                }
+            if (may_be_word_[Slot(text.data() + i)] && WordBeginsNear(text, i)) {
+                return true;
             }
         }
         return false;
@@ -77,9 +72,19 @@ class WordSearch {
         return (triple * 0x9E3779B1U) >> (32U - kTableBits);
     }
 
-    bool BeginsWithWord(std::string_view text) const {
-        return std::any_of(words_.begin(), words_.end(),
-                           [text](std::string_view word) { return text.starts_with(word); });
+    /// Whether a word begins at `position` or less than a stride before it. Apart from the loop that calls
+    /// it, which is the faster for it; the look at the first character keeps a triple cheap that is in every
+    /// line of a log and shares a word's slot.
+    [[gnu::noinline]] bool WordBeginsNear(std::string_view text, std::size_t position) const {
+        for (std::size_t back = 0; back < stride_ && back <= position; ++back) {
+            const std::string_view rest = text.substr(position - back);
+            for (const std::string_view word : words_) {
+                if (word.front() == rest.front() && rest.starts_with(word)) {
+                    return true;
+                }
+            }
+        }
+        return false;
     }
 
     std::array<std::string_view, Count> words_;
