@@ -9,7 +9,7 @@
 
 // The fuzzed build makes it small, so that short inputs are longer than the buffer.
 #ifndef VISTREL_TEXT_BUFFER_BYTES
-#define VISTREL_TEXT_BUFFER_BYTES (256 * 1024)
+#define VISTREL_TEXT_BUFFER_BYTES 262144
 #endif
 
 /// Splits a stream opened in binary mode as the text mode of Windows would: a line ends at a line feed, a
