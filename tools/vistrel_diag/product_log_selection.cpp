@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstdint>
+#include <cstring>
 #include <string_view>
 
 #include "platform/text_lines.h"
@@ -52,12 +54,15 @@ class WordSearch {
     }
 
     bool FindsOneIn(std::string_view text) const {
-        for (std::size_t i = 0; i + kTriple <= text.size(); i += stride_) {
-            if (may_be_word_[Slot(text.data() + i)] && WordBeginsNear(text, i)) {
+        std::size_t i = 0;
+        // Four bytes are read at once where there are four.
+        for (std::uint32_t bytes = 0; i + sizeof(bytes) <= text.size(); i += stride_) {
+            std::memcpy(&bytes, text.data() + i, sizeof(bytes));
+            if (may_be_word_[SlotOf(bytes & 0xFFFFFFU)] && WordBeginsNear(text, i)) {
                 return true;
             }
         }
-        return false;
+        return i + kTriple <= text.size() && may_be_word_[Slot(text.data() + i)] && WordBeginsNear(text, i);
     }
 
   private:
@@ -68,7 +73,12 @@ class WordSearch {
         const auto byte = [text](std::size_t i) {
             return static_cast<std::uint32_t>(static_cast<unsigned char>(text[i]));
         };
-        const std::uint32_t triple = byte(0) | byte(1) << 8U | byte(2) << 16U;
+        return SlotOf(byte(0) | byte(1) << 8U | byte(2) << 16U);
+    }
+
+    static_assert(std::endian::native == std::endian::little, "the triple is in the low bytes of four");
+
+    static constexpr std::size_t SlotOf(std::uint32_t triple) {
         return (triple * 0x9E3779B1U) >> (32U - kTableBits);
     }
 
