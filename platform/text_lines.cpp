@@ -9,7 +9,8 @@ namespace {
 constexpr char kEndOfText = '\x1A';
 
 /// Where `character` is in the buffer from `begin` to `end`. Looks at eight bytes at a time: the memchr of
-/// Windows' C runtime looks at them one by one, and took longer than all that is done with a line.
+/// the C runtime may look at them one by one, as Wine's does, which took longer than all else that is done
+/// with a line.
 std::optional<std::size_t> Find(const std::vector<char>& buffer, std::size_t begin, std::size_t end,
                                 char character) {
     constexpr std::uint64_t kLowBits = 0x0101010101010101;
