@@ -186,9 +186,9 @@ def run_tool(
 ):
     """Runs the tool, on a simulated machine when a scenario is given, else on Wine's own.
 
-    A run on a simulated machine must leave no simulated object alive and do nothing that a program may not do with a
-    duplicated desktop, unless `clean` is False. One that `dies` says nothing of that. The input ends after `stdin`,
-    which answers every prompt by "go on".
+    A run on a simulated machine must leave no simulated object alive and no handle open, and do nothing that a program
+    may not do with a duplicated desktop, unless `clean` is False. One that `dies` says nothing of that. The input ends
+    after `stdin`, which answers every prompt by "go on".
     """
     scratch = scratch or install.folder.parent
     front, more, counts_file = [], {}, None
@@ -205,4 +205,5 @@ def run_tool(
         if clean:
             assert run.counts["live_objects"] == 0, run.counts
             assert run.counts["violations"] == 0, run.counts
+            assert run.counts["open_handles"] == 0, run.counts
     return run

@@ -6,6 +6,8 @@
 #include <string>
 
 #include "platform/utf8.h"
+#include "tests/lab/machine/fault_points.h"
+#include "tests/lab/machine/fault_watch.h"
 #include "tests/lab/machine/machine.h"
 #include "tests/lab/machine/outputs.h"
 #include "tests/lab/machine/simulated_object.h"
@@ -181,7 +183,11 @@ HRESULT WINAPI SimulatedCreateDXGIFactory1(REFIID wanted, void** factory) {
     if (TheMachine().scenario.factory_fails) {
         return static_cast<HRESULT>(*TheMachine().scenario.factory_fails);
     }
-    return OwnNew(new SimulatedFactory)->QueryInterface(wanted, factory);
+    const ComPtr<SimulatedFactory> made = OwnNew(new SimulatedFactory);
+    if (FaultsAreWatched()) {
+        WatchFactory(made.Get());
+    }
+    return made->QueryInterface(wanted, factory);
 }
 
 IDXGIAdapter1* NewAdapter(std::size_t position) {

@@ -6,6 +6,8 @@
 #include <atomic>
 
 #include "tests/lab/machine/adapters.h"
+#include "tests/lab/machine/fault_points.h"
+#include "tests/lab/machine/fault_watch.h"
 #include "tests/lab/machine/frame_guard.h"
 #include "tests/lab/machine/gpu_clock.h"
 #include "tests/lab/machine/machine.h"
@@ -75,6 +77,9 @@ void TagDevice(ID3D11Device* device, std::size_t position) {
     GuardFrames(context.Get());
     if (TheMachine().scenario.adapters[position].draw_rate) {
         WatchGpuTime(context.Get());
+    }
+    if (FaultsAreWatched()) {
+        WatchDevice(device);
     }
     if (position < Counts().devices_made_on.size()) {
         ++Counts().devices_made_on[position];

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "tests/lab/machine/clock.h"
+#include "tests/lab/machine/fault_points.h"
 #include "tests/lab/machine/import_patch.h"
 #include "tests/lab/machine/machine.h"
 #include "tests/lab/machine/statistics.h"
@@ -30,6 +31,7 @@ bool SetUp() {
     } catch (const lab::ScenarioError&) {
         return false;
     }
+    lab::SetUpFaults();
     lab::PatchProgramImports();
     return true;
 }
@@ -60,6 +62,7 @@ BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID) {
     }
     if (reason == DLL_PROCESS_DETACH) {
         WriteStatistics();
+        lab::WriteCalls();
     }
     return TRUE;
 }

@@ -10,6 +10,9 @@
 #include "tests/lab/machine/clock.h"
 #include "tests/lab/machine/desktop_functions.h"
 #include "tests/lab/machine/devices.h"
+#include "tests/lab/machine/fault_points.h"
+#include "tests/lab/machine/fault_watch.h"
+#include "tests/lab/machine/handle_account.h"
 
 namespace lab {
 namespace {
@@ -27,7 +30,8 @@ FARPROC AsProc(Function* function) {
     return reinterpret_cast<FARPROC>(function);
 }
 
-FARPROC ReplacementFor(std::string_view name) {
+/// The machine's own function of this name; null when it has none.
+FARPROC SimulatedFunction(std::string_view name) {
     static const Replacement replacements[] = {
         {"CreateDXGIFactory1", AsProc(&SimulatedCreateDXGIFactory1)},
         {"D3D11CreateDevice", AsProc(&SimulatedD3D11CreateDevice)},
@@ -44,7 +48,17 @@ FARPROC ReplacementFor(std::string_view name) {
             return replacement.function;
         }
     }
-    return nullptr;
+    return AccountingFunction(name);
+}
+
+/// What the program calls in place of `real`: the machine's function, and whatever it is, watched for a
+/// fault.
+FARPROC ReplacementFor(std::string_view name, FARPROC real) {
+    FARPROC function = SimulatedFunction(name);
+    if (function == nullptr) {
+        function = FaultsAreWatched() && name == "xrGetInstanceProcAddr" ? WatchOpenXrLookup(real) : real;
+    }
+    return reinterpret_cast<FARPROC>(WatchedFunction(name, reinterpret_cast<void*>(function)));
 }
 
 /// A function that the program looks up by name must be the same that it would have imported.
@@ -54,8 +68,7 @@ FARPROC WINAPI PatchedGetProcAddress(HMODULE module, LPCSTR name) {
     if (real == nullptr || by_ordinal) {
         return real;
     }
-    FARPROC const replacement = ReplacementFor(name);
-    return replacement != nullptr ? replacement : real;
+    return ReplacementFor(name, real);
 }
 
 void Store(FARPROC* place, FARPROC function) {
@@ -86,8 +99,8 @@ void PatchLibraryImports(const Image& image, const IMAGE_IMPORT_DESCRIPTOR& libr
             continue;
         }
         const auto* const by_name = image.At<IMAGE_IMPORT_BY_NAME>(name->u1.AddressOfData);
-        FARPROC const replacement = ReplacementFor(reinterpret_cast<const char*>(by_name->Name));
-        if (replacement != nullptr) {
+        FARPROC const replacement = ReplacementFor(reinterpret_cast<const char*>(by_name->Name), *place);
+        if (replacement != *place) {
             Store(place, replacement);
         }
     }

@@ -1,5 +1,7 @@
 #include "tests/lab/machine/statistics.h"
 
+#include "tests/lab/machine/handle_account.h"
+
 namespace lab {
 namespace {
 
@@ -19,6 +21,7 @@ std::string StatisticsText() {
     std::string text;
     Append(text, "live_objects", counts.LiveObjects());
     Append(text, "violations", counts.Violations());
+    Append(text, "open_handles", OpenHandles());
     Append(text, "live_factories", counts.live_factories);
     Append(text, "live_adapters", counts.live_adapters);
     Append(text, "live_outputs", counts.live_outputs);

@@ -9,15 +9,15 @@
 namespace lab {
 
 /// Puts `replacement` into the slot of the object's table of functions, for all objects of its class, and
-/// keeps the function that stood there in `original`. Does nothing when the slot is replaced already.
+/// keeps the function that stood there in `original`. Does nothing when that is done already.
 template <typename Function>
 void ReplaceVtableSlot(void* object, std::size_t slot, Function replacement,
                        std::atomic<Function>& original) {
-    void** const table = *static_cast<void***>(object);
-    void* const new_entry = reinterpret_cast<void*>(replacement);
-    if (table[slot] == new_entry) {
+    if (original.load() != nullptr) {
         return;
     }
+    void** const table = *static_cast<void***>(object);
+    void* const new_entry = reinterpret_cast<void*>(replacement);
     original = reinterpret_cast<Function>(table[slot]);
     DWORD protection = 0;
     VirtualProtect(&table[slot], sizeof(void*), PAGE_READWRITE, &protection);

@@ -5,14 +5,14 @@
 //     old                the table goes to version 17 only, as in the copy that Windows carries
 //     fail=ENTRY         the table's ENTRY (or AppendDirectMl) answers a status
 //     throw=ENTRY        it throws a C++ exception instead
-//     crash=ENTRY        it brings the program down; also crash_elsewhere=, overflow=, abort= and hang=. At
-//     the
-//                        ENTRY DllMain this happens while the DLL is loaded
+//     crash=ENTRY        it brings the program down; also crash_elsewhere=, overflow=, abort= and hang=.
+//                        At the ENTRY DllMain this happens while the DLL is loaded
 //     call=N             at its Nth call, not the first
 //     message=WORD       with this message
-//     pixel-takes=NS     each pixel of the input takes a Run so many nanoseconds, of the simulated machine's
-//     clock ledger=FILE        writes to FILE, when the process ends, a line "KIND made N alive N" for each
-//     kind of object
+//     pixel-takes=NS     each pixel of the input takes a Run so many nanoseconds of the machine's clock
+//     ledger=FILE        writes to FILE, when the process ends, a line for each kind of object,
+//                        "KIND made N alive N"
+//     calls=FILE         and to this one for each entry that was called, "ENTRY N"
 #include <windows.h>
 
 #include <cstdlib>
@@ -29,6 +29,7 @@ bool no_base = false;
 bool old_version = false;
 std::string ledger_file;
 std::string misfortune;
+std::string calls_file;
 int table_requests = 0;
 double nanoseconds_per_pixel = 0;
 
@@ -75,6 +76,8 @@ void Obey(const std::string& word) {
         runtime.while_running = TakeTime;
     } else if (name == "ledger") {
         ledger_file = value;
+    } else if (name == "calls") {
+        calls_file = value;
     }
 }
 
@@ -94,6 +97,16 @@ void WriteLedger() {
     std::ofstream ledger(ledger_file);
     for (const auto& [kind, count] : TheCountingRuntime().made) {
         ledger << kind << " made " << count << " alive " << TheCountingRuntime().alive[kind] << "\n";
+    }
+}
+
+void WriteCalls() {
+    if (calls_file.empty()) {
+        return;
+    }
+    std::ofstream calls(calls_file);
+    for (const auto& [entry, count] : TheCountingRuntime().calls) {
+        calls << entry << " " << count << "\n";
     }
 }
 
@@ -135,6 +148,7 @@ BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
         }
     } else if (reason == DLL_PROCESS_DETACH) {
         WriteLedger();
+        WriteCalls();
     }
     return TRUE;
 }

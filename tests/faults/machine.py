@@ -1,0 +1,101 @@
+"""One machine on which the tool does everything it can, and a run of the tool on it in which one call fails."""
+
+import pathlib
+import shutil
+import sys
+from dataclasses import dataclass
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "system"))
+
+import lab  # noqa: E402
+import openxr  # noqa: E402
+
+STAND_IN_RUNTIME = lab.BUILD / "tests" / "lab" / "onnx" / "whole" / "onnxruntime.dll"
+MODELS = lab.BUILD / "models"
+LONGEST_RUN_SECONDS = 60
+
+# Both hands put their controllers down, in front of a headset that hangs on the discrete GPU.
+HEADSET = "runtime SteamVR/OpenXR\nversion 2.9.6\nview 2016 2240\nview 2016 2240\nluid 00000000:00012C3D\n"
+
+
+class TookTooLong(Exception):
+    pass
+
+
+@dataclass
+class Result:
+    """What came of a run."""
+
+    exit_code: int
+    console: str
+    report: str | None
+    counts: dict  # empty when the process did not come to its end
+    calls: list  # (function, number, site) in the order of functions
+    runtime_calls: dict  # of ONNX Runtime's table, by entry
+    wrong: list  # what was done wrongly or left alive in the scripted runtimes
+
+
+class Machine:
+    """An install folder of its own for each, so that several can run at once."""
+
+    def __init__(self, folder):
+        shutil.rmtree(folder, ignore_errors=True)
+        self.folder = folder
+        self.install = lab.Install(folder / "install")
+        self.install.add_shader("trivial")
+        self.install.add_library("onnxruntime.dll", STAND_IN_RUNTIME)
+        self.install.write("settings.json", '{"vistrel_scale": 2, "theme": "dark"}')
+        self.install.write("ReShade.ini", "")
+        for model in MODELS.iterdir():
+            self.install.add_file(model, f"vistrel/virtual_monitor/{model.name}")
+        self.headset = openxr.connect(self.install, HEADSET + openxr.probe_script("controller_to_bare"))
+        self.scenario = lab.scenario_file("hybrid-laptop", folder)
+
+    def run(self, fault=None, runtime_fault=None):
+        """`fault`: (function, number, "once" or "on"); `runtime_fault`: (entry of ONNX Runtime's table, number)."""
+        files = {name: self.folder / f"{name}.txt" for name in ("calls", "counts", "ledger", "runtime_calls", "openxr_log")}
+        for file in (*files.values(), self.install.report):
+            file.unlink(missing_ok=True)
+        orders = "pixel-takes=60 ledger={} calls={}".format(
+            lab.windows_path(files["ledger"]), lab.windows_path(files["runtime_calls"])
+        )
+        if runtime_fault:
+            orders += " fail={} call={}".format(*runtime_fault)
+        env = {
+            **self.headset.env,
+            "VISTREL_LAB_STATISTICS": lab.windows_path(files["counts"]),
+            "VISTREL_LAB_CALLS": lab.windows_path(files["calls"]),
+            "VISTREL_LAB_FAULT": "{} {} {}".format(*fault) if fault else "",
+            "VISTREL_ONNX_STAND_IN": orders,
+        }
+        launcher = lab.BUILD / "tests" / "lab" / "vistrel_lab.exe"
+        command = [lab.ROOT / "cmake" / "wine", launcher, lab.windows_path(self.scenario)]
+        command += [lab.windows_path(self.install.exe), "--no-models", "--capture-seconds", "0.2"]
+        try:
+            exit_code, console, _ = lab.run_program(
+                command, b"\n" * 4, self.install.folder, lab.environment(**env), LONGEST_RUN_SECONDS
+            )
+        except AssertionError as error:
+            raise TookTooLong(str(error)) from None
+        return self.result(exit_code, console, files)
+
+    def result(self, exit_code, console, files):
+        report = self.install.report
+        return Result(
+            exit_code,
+            console.decode("utf-8", "replace").replace("\r\n", "\n"),
+            report.read_bytes().decode("utf-8") if report.is_file() else None,
+            lab.read_counts(files["counts"]) if files["counts"].exists() else {},
+            read_calls(files["calls"]),
+            {entry: int(count) for entry, count in (line.split() for line in lines_of(files["runtime_calls"]))},
+            [line for line in lines_of(files["ledger"]) if not line.endswith(" alive 0")]
+            + [line for line in lines_of(files["openxr_log"]) if line.startswith("WRONG")],
+        )
+
+
+def lines_of(path):
+    return path.read_text(encoding="utf-8").splitlines() if path.exists() else []
+
+
+def read_calls(path):
+    return [(name, int(number), int(site, 16)) for name, number, site in (line.split() for line in lines_of(path))]

@@ -1,0 +1,222 @@
+"""Makes every call of the tool fail, one at a time, and tells what became of each run.
+
+The plan comes from a run in which nothing fails: every place in the tool from which a function that can fail is called,
+and there the first, second, middle and last call, each by itself, and the first with all that follow. A run is sound
+when it ends by itself with exit code 0, every object is given back, nothing is done wrongly, and the report is whole,
+or cannot be written and the console says so. What the report says differently is the outcome; outcomes.txt holds them
+as reviewed by a person.
+"""
+
+import argparse
+import concurrent.futures
+import difflib
+import pathlib
+import queue
+import re
+import subprocess
+import sys
+from dataclasses import dataclass, field
+
+import machine
+from machine import lab
+
+FOLDER = pathlib.Path(__file__).resolve().parent
+WORK = lab.ROOT / "build" / "faults"
+OUTCOMES = FOLDER / "outcomes.txt"
+IMAGE_BASE = 0x140000000
+LAST_LINE = "  - the ReShade add-on's two per-frame copies inside the game process\n"
+
+# Polling until the GPU has done its work is meant to wait for ever: a device that never answers is not told apart from
+# one that is busy.
+ENDLESS = {"ID3D11DeviceContext::GetData"}
+
+
+# What a failed call brings about in the machine by itself: what cannot be closed stays open, a frame that cannot be given
+# back is still held at the next acquiring, and hands are located and the frame ended though it could not begin.
+CONSEQUENCES = {
+    "RegCloseKey": "open_handles",
+    "fclose": "open_handles",
+    "IDXGIOutputDuplication::ReleaseFrame": "violations",
+    "xrBeginFrame": "WRONG",
+}
+
+# What only looks something up for its caller, whose name says more.
+LOOKUPS = {"FindOpenXrFunction", "OpenXrLoader::Find", "operator", "EnumerateOpenXr"}
+
+
+@dataclass(frozen=True)
+class Fault:
+    function: str
+    caller: str
+    which: str  # of the calls from this caller
+    order: tuple  # for the machine, or for the stand-in of ONNX Runtime
+    in_runtime: bool = False
+
+    def __str__(self):
+        return f"{self.function}, {self.which}" + (f", in {self.caller}" if self.caller else "")
+
+
+@dataclass
+class Outcome:
+    fault: Fault
+    problems: list = field(default_factory=list)
+    changes: list = field(default_factory=list)
+
+
+def callers(sites):
+    """The tool's own function around each call site; that of the C++ runtime where it calls on its own."""
+    debug = lab.BUILD / "vistrel_diag.exe.debug"
+    addresses = [hex(IMAGE_BASE + site - 1) for site in sites]
+    command = ["x86_64-w64-mingw32-addr2line", "-e", debug, "-f", "-C", "-i", "-a", *addresses]
+    text = subprocess.run(command, check=True, capture_output=True, text=True).stdout
+    names = []
+    for piece in text.split("0x")[1:] if text.startswith("0x") else []:
+        lines = piece.splitlines()[1:]
+        frames = list(zip(lines[0::2], lines[1::2]))
+        own = [plain(name) for name, place in frames if name != "??" and not place.startswith(("/usr", "/build"))]
+        telling = [name for name in own if name not in LOOKUPS]
+        names.append((telling or own or ["the C++ runtime"])[0])
+    assert len(names) == len(sites)
+    return dict(zip(sites, names))
+
+
+def plain(name):
+    """The function's name alone, without its result, arguments and template arguments."""
+    name = name.replace("(anonymous namespace)::", "").replace("[abi:cxx11]", "")
+    name = re.sub(r"^.*?\(\*(?=\w)", "", name)
+    name = re.split(r"[<(]", name, maxsplit=1)[0]
+    return name.split(" ")[-1]
+
+
+def plan(baseline):
+    """Every fault of the matrix, in the order of functions."""
+    by_site = {}
+    for function, number, site in baseline.calls:
+        by_site.setdefault((function, site), []).append(number)
+    names = callers(sorted({site for _, site in by_site}))
+    faults, seen = [], {}
+    for (function, site), numbers in by_site.items():
+        place = seen[function, names[site]] = seen.get((function, names[site]), 0) + 1
+        caller = names[site] + (f" ({place})" if place > 1 else "")
+        picked = {"last call": numbers[-1], "middle call": numbers[len(numbers) // 2]}
+        picked |= {"call 2": numbers[min(1, len(numbers) - 1)], "call 1": numbers[0]}
+        unique = {number: which for which, number in picked.items()}
+        faults += [Fault(function, caller, which, (function, n, "once")) for n, which in sorted(unique.items())]
+        if function not in ENDLESS:
+            faults.append(Fault(function, caller, "call 1 and all after it", (function, numbers[0], "on")))
+    for entry, count in baseline.runtime_calls.items():
+        faults += [Fault(entry, "", f"call {n}", (entry, n), True) for n in sorted({1, 2, count}) if n <= count]
+    return faults
+
+
+def normal(report, install):
+    report = report.replace("\r\n", "\n").replace(install.windows_folder, "<folder>")
+    report = re.sub(r"(RAM +: [\d.]+ GB total, )[\d.]+", r"\1<free>", report)
+    return re.sub(r"^Foreground app  : .*", "Foreground app  : <window>", report, flags=re.MULTILINE)
+
+
+def defects(result):
+    """What a run may leave behind or do in no case, whatever failed."""
+    counts = [f"{name} {result.counts.get(name, 0)}" for name in ("live_objects", "violations", "open_handles")]
+    return [count for count in counts if not count.endswith(" 0")] + result.wrong
+
+
+def judge(fault, result, baseline_report, where):
+    outcome = Outcome(fault)
+    problems = outcome.problems
+    if result.exit_code != 0:
+        problems.append(f"exit code {result.exit_code}")
+    if not result.counts:
+        problems.append("the process did not come to its end")
+    consequence = CONSEQUENCES.get(fault.function) if fault else None
+    problems += [text for text in defects(result) if consequence is None or not text.startswith(consequence)]
+    report = normal(result.report or "", where.install)
+    if not report.endswith(LAST_LINE):
+        outcome.changes = ["(no report)" if result.report is None else "(the report is not whole)"]
+        said = [line for line in result.console.split("\n") if line.startswith("!! Could not write")]
+        outcome.changes += said
+        if not said:
+            problems.append("the report is not whole, and the console does not say so")
+        return outcome
+    if re.search("(?<!\r)\n", result.report):
+        problems.append("a bare line feed in the report")
+    difference = difflib.unified_diff(baseline_report.split("\n"), report.split("\n"), n=0, lineterm="")
+    outcome.changes = [line for line in difference if not line.startswith(("---", "+++", "@@"))]
+    return outcome
+
+
+def attempt(fault, baseline_report, machines):
+    where = machines.get()
+    try:
+        order = {"runtime_fault" if fault.in_runtime else "fault": fault.order}
+        return judge(fault, where.run(**order), baseline_report, where)
+    except machine.TookTooLong:
+        return Outcome(fault, ["not done after %d s" % machine.LONGEST_RUN_SECONDS])
+    finally:
+        machines.put(where)
+
+
+def table(outcomes):
+    """Faults with the same outcome stand together."""
+    groups = {}
+    for outcome in outcomes:
+        groups.setdefault(tuple(outcome.changes), []).append(str(outcome.fault))
+    text = ""
+    for changes, faults in sorted(groups.items(), key=lambda group: group[1][0]):
+        text += "\n".join(faults) + "\n"
+        text += "".join(f"    {line}\n" for line in changes or ["(the report is the same)"]) + "\n"
+    return text
+
+
+def parse_options():
+    parser = argparse.ArgumentParser(description=__doc__.split("\n")[0])
+    parser.add_argument("--jobs", type=int, default=2)
+    parser.add_argument("--only", default="", help="faults whose text holds this")
+    parser.add_argument("--list", action="store_true", help="only tell the plan")
+    parser.add_argument("--update", action="store_true", help="write outcomes.txt anew")
+    return parser.parse_args()
+
+
+def main():
+    options = parse_options()
+    machines = queue.Queue()
+    first = machine.Machine(WORK / "machine-0")
+    baseline = first.run()
+    baseline_report = normal(baseline.report, first.install)
+    nothing = judge(None, baseline, baseline_report, first)
+    assert not nothing.problems, nothing.problems
+    faults = [fault for fault in plan(baseline) if options.only in str(fault)]
+    if options.list:
+        print("\n".join(str(fault) for fault in faults))
+        return 0
+    machines.put(first)
+    for number in range(1, options.jobs):
+        machines.put(machine.Machine(WORK / f"machine-{number}"))
+    outcomes = []
+    with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
+        for outcome in pool.map(lambda fault: attempt(fault, baseline_report, machines), faults):
+            outcomes.append(outcome)
+            print("FAILED" if outcome.problems else "sound ", outcome.fault, *outcome.problems, sep="  ", flush=True)
+    return conclude(options, faults, outcomes)
+
+
+def conclude(options, faults, outcomes):
+    found = table(outcomes)
+    (WORK / "outcomes.txt").write_text(found, encoding="utf-8")
+    failed = [outcome for outcome in outcomes if outcome.problems]
+    sites = len({(fault.function, fault.caller) for fault in faults})
+    functions = len({fault.function for fault in faults})
+    print(f"\nCall sites failed: {sites}, of {functions} functions, in {len(faults)} runs")
+    print(f"Runs not sound: {len(failed)}")
+    leaks = [problem for outcome in failed for problem in outcome.problems if problem.startswith(("live_", "open_"))]
+    print(f"Runs that leaked objects or handles: {len(leaks)}")
+    if options.update:
+        OUTCOMES.write_text(found, encoding="utf-8")
+    elif not options.only and (not OUTCOMES.exists() or found != OUTCOMES.read_text(encoding="utf-8")):
+        print(f"The outcomes differ from those reviewed: diff {OUTCOMES} {WORK}/outcomes.txt")
+        return 1
+    return 1 if failed else 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
