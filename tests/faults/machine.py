@@ -35,6 +35,13 @@ class Result:
     wrong: list  # what was done wrongly or left alive in the scripted runtimes
 
 
+def both_gpus_scripted(name):
+    """The scenario with a speed for its first GPU too: a fault may make the tool measure on that one."""
+    text = (lab.SCENARIOS / f"{name}.txt").read_text(encoding="utf-8")
+    assert text.count("memory 540 MB of 7480 MB\n") == 1
+    return text.replace("memory 540 MB of 7480 MB\n", "memory 540 MB of 7480 MB\n  draws 300 megapixels per second\n")
+
+
 class Machine:
     """An install folder of its own for each, so that several can run at once."""
 
@@ -49,7 +56,7 @@ class Machine:
         for model in MODELS.iterdir():
             self.install.add_file(model, f"vistrel/virtual_monitor/{model.name}")
         self.headset = openxr.connect(self.install, HEADSET + openxr.probe_script("controller_to_bare"))
-        self.scenario = lab.scenario_file("hybrid-laptop", folder)
+        self.scenario = lab.scenario_file(both_gpus_scripted("hybrid-laptop"), folder)
 
     def run(self, fault=None, runtime_fault=None):
         """`fault`: (function, number, "once" or "on"); `runtime_fault`: (entry of ONNX Runtime's table, number)."""

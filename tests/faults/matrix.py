@@ -32,12 +32,14 @@ ENDLESS = {"ID3D11DeviceContext::GetData"}
 
 
 # What a failed call brings about in the machine by itself: what cannot be closed stays open, a frame that cannot be given
-# back is still held at the next acquiring, and hands are located and the frame ended though it could not begin.
+# back is still held at the next acquiring, and a frame that cannot begin or end is out of
+# order for the runtime.
 CONSEQUENCES = {
     "RegCloseKey": "open_handles",
     "fclose": "open_handles",
     "IDXGIOutputDuplication::ReleaseFrame": "violations",
     "xrBeginFrame": "WRONG",
+    "xrEndFrame": "WRONG",
 }
 
 # What only looks something up for its caller, whose name says more.
@@ -112,7 +114,7 @@ def plan(baseline):
 def normal(report, install):
     report = report.replace("\r\n", "\n").replace(install.windows_folder, "<folder>")
     report = re.sub(r"(RAM +: [\d.]+ GB total, )[\d.]+", r"\1<free>", report)
-    return re.sub(r"^Foreground app  : .*", "Foreground app  : <window>", report, flags=re.MULTILINE)
+    return re.sub(r"^Foreground app  : .*\n", "", report, flags=re.MULTILINE)
 
 
 def defects(result):
@@ -140,9 +142,21 @@ def judge(fault, result, baseline_report, where):
         return outcome
     if re.search("(?<!\r)\n", result.report):
         problems.append("a bare line feed in the report")
-    difference = difflib.unified_diff(baseline_report.split("\n"), report.split("\n"), n=0, lineterm="")
-    outcome.changes = [line for line in difference if not line.startswith(("---", "+++", "@@"))]
+    outcome.changes = changes(baseline_report.split("\n"), report.split("\n"))
     return outcome
+
+
+def changes(before, after):
+    """The new lines, and the first of those that are gone where more are gone than came."""
+    text = []
+    for kind, begin, end, new_begin, new_end in difflib.SequenceMatcher(None, before, after, False).get_opcodes():
+        if kind == "equal":
+            continue
+        gone = [line for line in before[begin:end] if line]
+        text += [f"+ {line}" for line in after[new_begin:new_end] if line]
+        if len(gone) > new_end - new_begin:
+            text.append(f"- {gone[0]}" + (f"  (and {len(gone) - 1} more)" if len(gone) > 1 else ""))
+    return text
 
 
 def attempt(fault, baseline_report, machines):

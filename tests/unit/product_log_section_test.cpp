@@ -5,6 +5,7 @@
 #include <sstream>
 #include <string>
 
+#include "tests/unit/breaking_stream.h"
 #include "tests/unit/report_capture.h"
 
 namespace {
@@ -46,6 +47,14 @@ TEST(ProductLogSection, RelevantLinesAreQuotedUnchangedBehindThePath) {
               "\n"
               "  \t10:00:01 [INFO ] Initializing D3D11: Match found 100%s \n"
               "  10:00:02 [WARNING] DirectML is slow\n");
+}
+
+TEST(ProductLogSection, ALogThatBreaksOffIsNotSaidToHaveNoRelevantLines) {
+    BreakingStream log("");
+    const ReportCapture report;
+    PrintProductLog("C:\\Data\\vistrel_init_log.txt", &log);
+    EXPECT_EQ(report.Text(),
+              "C:\\Data\\vistrel_init_log.txt\n\n  !! The file could not be read to its end.\n");
 }
 
 TEST(ProductLogSection, ALineLongerThanTheReportsIsCut) {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "settings/settings_overlay.h"
+#include "tests/unit/breaking_stream.h"
 #include "tests/unit/report_capture.h"
 
 namespace {
@@ -223,6 +224,13 @@ TEST(SettingsVerbatim, AFileThatHasVanishedIsNamed) {
     const ReportCapture report;
     PrintSettingsVerbatim("C:\\Üser\\settings.json", nullptr);
     EXPECT_EQ(report.Text(), "C:\\Üser\\settings.json could not be opened.\n");
+}
+
+TEST(SettingsVerbatim, AFileThatBreaksOffIsNotSaidToHaveNoKeys) {
+    BreakingStream file("");
+    const ReportCapture report;
+    PrintSettingsVerbatim("C:\\V\\settings.json", &file);
+    EXPECT_EQ(report.Text(), std::string(kVerbatimOpening) + "  !! The file could not be read to its end.\n");
 }
 
 TEST(SettingsVerbatim, OnlyTheProductsLinesAreQuoted) {

@@ -24,7 +24,7 @@ void PrintProductLog(const std::string& path, std::istream* log) {
         return;
     }
     const std::vector<std::string> lines = SelectProductLogLines(*log);
-    if (lines.empty()) {
+    if (lines.empty() && !log->bad()) {
         Report::Line(
             "The log exists but carries none of the lines that decide whether depth happens - it is probably "
             "from a run that never pressed Start.");
@@ -34,5 +34,8 @@ void PrintProductLog(const std::string& path, std::istream* log) {
     Report::Line("%s", "");
     for (const std::string& line : lines) {
         Report::Line("  %s", line.c_str());
+    }
+    if (log->bad()) {
+        Report::Line("  !! The file could not be read to its end.");
     }
 }

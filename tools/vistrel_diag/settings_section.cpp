@@ -144,7 +144,10 @@ void PrintSettingsVerbatim(const std::string& file_path, std::istream* file) {
         "left "
         "out)");
     Report::Line("%s", "");
-    if (QuoteProductLines(*file) == 0) {
+    const std::size_t quoted = QuoteProductLines(*file);
+    if (file->bad()) {
+        Report::Line("  !! The file could not be read to its end.");
+    } else if (quoted == 0) {
         Report::Line("  (no vistrel_* keys in the file - every Vistrel setting is at its built-in default)");
     }
 }
