@@ -3,51 +3,20 @@
 #include <atomic>
 #include <utility>
 
+#include "tests/lab/machine/output_stub.h"
+#include "tests/lab/machine/simulated_object.h"
 #include "tests/unit/fake_desktop_parts.h"
 
 using Microsoft::WRL::ComPtr;
 
-// COM objects end through Release; Windows' interfaces have no virtual destructor.
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
-
 namespace {
 
-std::atomic<int> live_objects = 0;
+std::atomic<long> live_objects = 0;
 
-/// The reference counting and private data that every DXGI object has.
 template <typename Interface, typename... Parents>
-class FakeObject : public Interface {
+class FakeObject : public lab::SimulatedDxgiObject<Interface, Parents...> {
   public:
-    FakeObject() { ++live_objects; }
-    FakeObject(const FakeObject&) = delete;
-    FakeObject& operator=(const FakeObject&) = delete;
-    virtual ~FakeObject() { --live_objects; }
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
-        const bool known = iid == __uuidof(IUnknown) || iid == __uuidof(IDXGIObject) ||
-                           iid == __uuidof(Interface) || ((iid == __uuidof(Parents)) || ...);
-        *object = known ? this : nullptr;
-        if (!known) {
-            return E_NOINTERFACE;
-        }
-        AddRef();
-        return S_OK;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --references_;
-        if (left == 0) {
-            delete this;
-        }
-        return left;
-    }
-    HRESULT STDMETHODCALLTYPE SetPrivateData(REFGUID, UINT, const void*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE SetPrivateDataInterface(REFGUID, const IUnknown*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetPrivateData(REFGUID, UINT*, void*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetParent(REFIID, void**) override { return E_NOTIMPL; }
-
-  private:
-    std::atomic<ULONG> references_ = 1;
+    FakeObject() : lab::SimulatedDxgiObject<Interface, Parents...>(live_objects) {}
 };
 
 template <typename Description, std::size_t Size>
@@ -187,7 +156,7 @@ class FakeDuplication final : public FakeObject<IDXGIOutputDuplication> {
     bool lost_ = false;
 };
 
-class FakeOutput final : public FakeObject<IDXGIOutput1, IDXGIOutput> {
+class FakeOutput final : public lab::Output1Stub<FakeObject<IDXGIOutput1, IDXGIOutput>> {
   public:
     FakeOutput(std::size_t adapter, FakeOutputScript script)
         : adapter_(adapter), script_(std::move(script)) {}
@@ -197,7 +166,7 @@ class FakeOutput final : public FakeObject<IDXGIOutput1, IDXGIOutput> {
             *object = nullptr;
             return E_NOINTERFACE;
         }
-        return FakeObject::QueryInterface(iid, object);
+        return Output1Stub::QueryInterface(iid, object);
     }
     HRESULT STDMETHODCALLTYPE GetDesc(DXGI_OUTPUT_DESC* description) override {
         *description = {};
@@ -206,32 +175,6 @@ class FakeOutput final : public FakeObject<IDXGIOutput1, IDXGIOutput> {
         description->AttachedToDesktop = TRUE;
         return script_.describe_result;
     }
-    HRESULT STDMETHODCALLTYPE GetDisplayModeList(DXGI_FORMAT, UINT, UINT*, DXGI_MODE_DESC*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE FindClosestMatchingMode(const DXGI_MODE_DESC*, DXGI_MODE_DESC*,
-                                                      IUnknown*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE WaitForVBlank() override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE TakeOwnership(IUnknown*, WINBOOL) override { return E_NOTIMPL; }
-    void STDMETHODCALLTYPE ReleaseOwnership() override {}
-    HRESULT STDMETHODCALLTYPE GetGammaControlCapabilities(DXGI_GAMMA_CONTROL_CAPABILITIES*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE SetGammaControl(const DXGI_GAMMA_CONTROL*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetGammaControl(DXGI_GAMMA_CONTROL*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE SetDisplaySurface(IDXGISurface*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetDisplaySurfaceData(IDXGISurface*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetFrameStatistics(DXGI_FRAME_STATISTICS*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetDisplayModeList1(DXGI_FORMAT, UINT, UINT*, DXGI_MODE_DESC1*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE FindClosestMatchingMode1(const DXGI_MODE_DESC1*, DXGI_MODE_DESC1*,
-                                                       IUnknown*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE GetDisplaySurfaceData1(IDXGIResource*) override { return E_NOTIMPL; }
     HRESULT STDMETHODCALLTYPE DuplicateOutput(IUnknown* unknown,
                                               IDXGIOutputDuplication** duplication) override {
         *duplication = nullptr;
@@ -334,5 +277,5 @@ std::size_t NumberOf(IDXGIAdapter* adapter) {
 }
 
 int LiveFakeObjects() {
-    return live_objects;
+    return static_cast<int>(live_objects);
 }

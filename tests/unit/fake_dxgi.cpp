@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "tests/lab/machine/output_stub.h"
+
 // COM's interfaces have no virtual destructor; the objects here delete themselves as what they are.
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
@@ -44,7 +46,7 @@ void CopyName(const std::wstring& name, WCHAR (&target)[Size]) {
     std::copy_n(name.begin(), std::min(name.size(), Size), target);
 }
 
-class Output : public FakeObject<IDXGIOutput> {
+class Output : public lab::OutputStub<FakeObject<IDXGIOutput>> {
   public:
     explicit Output(const FakeOutput& script) : script_(script) {}
 
@@ -58,24 +60,6 @@ class Output : public FakeObject<IDXGIOutput> {
         }
         return script_.description;
     }
-    HRESULT STDMETHODCALLTYPE GetDisplayModeList(DXGI_FORMAT, UINT, UINT*, DXGI_MODE_DESC*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE FindClosestMatchingMode(const DXGI_MODE_DESC*, DXGI_MODE_DESC*,
-                                                      IUnknown*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE WaitForVBlank() override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE TakeOwnership(IUnknown*, WINBOOL) override { return E_NOTIMPL; }
-    void STDMETHODCALLTYPE ReleaseOwnership() override {}
-    HRESULT STDMETHODCALLTYPE GetGammaControlCapabilities(DXGI_GAMMA_CONTROL_CAPABILITIES*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE SetGammaControl(const DXGI_GAMMA_CONTROL*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetGammaControl(DXGI_GAMMA_CONTROL*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE SetDisplaySurface(IDXGISurface*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetDisplaySurfaceData(IDXGISurface*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetFrameStatistics(DXGI_FRAME_STATISTICS*) override { return E_NOTIMPL; }
 
   private:
     FakeOutput script_;

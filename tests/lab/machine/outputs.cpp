@@ -7,6 +7,7 @@
 #include "tests/lab/machine/adapters.h"
 #include "tests/lab/machine/duplication.h"
 #include "tests/lab/machine/machine.h"
+#include "tests/lab/machine/output_stub.h"
 #include "tests/lab/machine/simulated_object.h"
 #include "tests/lab/machine/statistics.h"
 
@@ -26,10 +27,10 @@ DXGI_MODE_ROTATION RotationOf(int degrees) {
     }
 }
 
-class SimulatedOutput final : public SimulatedDxgiObject<IDXGIOutput1, IDXGIOutput> {
+class SimulatedOutput final : public Output1Stub<SimulatedDxgiObject<IDXGIOutput1, IDXGIOutput>> {
   public:
     explicit SimulatedOutput(std::size_t position)
-        : SimulatedDxgiObject(Counts().live_outputs), position_(position) {}
+        : Output1Stub(Counts().live_outputs), position_(position) {}
 
     HRESULT STDMETHODCALLTYPE GetParent(REFIID wanted, void** parent) override {
         return OwnNew(NewAdapter(State().adapter))->QueryInterface(wanted, parent);
@@ -63,39 +64,12 @@ class SimulatedOutput final : public SimulatedDxgiObject<IDXGIOutput1, IDXGIOutp
         return DuplicateDesktop(position_, device, duplication);
     }
 
-    HRESULT STDMETHODCALLTYPE GetDisplayModeList(DXGI_FORMAT, UINT, UINT*, DXGI_MODE_DESC*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE FindClosestMatchingMode(const DXGI_MODE_DESC*, DXGI_MODE_DESC*,
-                                                      IUnknown*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE WaitForVBlank() override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE TakeOwnership(IUnknown*, BOOL) override { return E_NOTIMPL; }
-    void STDMETHODCALLTYPE ReleaseOwnership() override {}
-    HRESULT STDMETHODCALLTYPE GetGammaControlCapabilities(DXGI_GAMMA_CONTROL_CAPABILITIES*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE SetGammaControl(const DXGI_GAMMA_CONTROL*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetGammaControl(DXGI_GAMMA_CONTROL*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE SetDisplaySurface(IDXGISurface*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetDisplaySurfaceData(IDXGISurface*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetFrameStatistics(DXGI_FRAME_STATISTICS*) override { return E_NOTIMPL; }
-    HRESULT STDMETHODCALLTYPE GetDisplayModeList1(DXGI_FORMAT, UINT, UINT*, DXGI_MODE_DESC1*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE FindClosestMatchingMode1(const DXGI_MODE_DESC1*, DXGI_MODE_DESC1*,
-                                                       IUnknown*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT STDMETHODCALLTYPE GetDisplaySurfaceData1(IDXGIResource*) override { return E_NOTIMPL; }
-
   protected:
     bool Answers(REFIID wanted) const override {
         if (wanted == __uuidof(IDXGIOutput1) && Script().without_output1) {
             return false;
         }
-        return SimulatedDxgiObject::Answers(wanted);
+        return Output1Stub::Answers(wanted);
     }
 
   private:
