@@ -214,16 +214,26 @@ def main():
     return conclude(options, faults, outcomes)
 
 
+def summary(faults, failed):
+    leaks = [outcome for outcome in failed if any(text.startswith(("live_", "open_")) for text in outcome.problems)]
+    figures = {
+        "call sites failed": len({(fault.function, fault.caller) for fault in faults}),
+        "functions that they call": len({fault.function for fault in faults}),
+        "runs with a failed call": len(faults),
+        "of these not sound": len(failed),
+        "of these with objects leaked": len(leaks),
+    }
+    return "".join(f"{name:<34} {value}\n" for name, value in figures.items())
+
+
 def conclude(options, faults, outcomes):
     found = table(outcomes)
     (WORK / "outcomes.txt").write_text(found, encoding="utf-8")
     failed = [outcome for outcome in outcomes if outcome.problems]
-    sites = len({(fault.function, fault.caller) for fault in faults})
-    functions = len({fault.function for fault in faults})
-    print(f"\nCall sites failed: {sites}, of {functions} functions, in {len(faults)} runs")
-    print(f"Runs not sound: {len(failed)}")
-    leaks = [problem for outcome in failed for problem in outcome.problems if problem.startswith(("live_", "open_"))]
-    print(f"Runs that leaked objects or handles: {len(leaks)}")
+    figures = summary(faults, failed)
+    print("\n" + figures, end="")
+    if not options.only:
+        (WORK / "figures.txt").write_text(figures, encoding="utf-8")
     if options.update:
         OUTCOMES.write_text(found, encoding="utf-8")
     elif not options.only and (not OUTCOMES.exists() or found != OUTCOMES.read_text(encoding="utf-8")):
