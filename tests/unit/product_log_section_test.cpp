@@ -50,7 +50,7 @@ TEST(ProductLogSection, RelevantLinesAreQuotedUnchangedBehindThePath) {
 }
 
 TEST(ProductLogSection, ALogThatBreaksOffIsNotSaidToHaveNoRelevantLines) {
-    BreakingStream log("");
+    BreakingStream log;
     const ReportCapture report;
     PrintProductLog("C:\\Data\\vistrel_init_log.txt", &log);
     EXPECT_EQ(report.Text(),

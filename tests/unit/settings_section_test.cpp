@@ -227,7 +227,7 @@ TEST(SettingsVerbatim, AFileThatHasVanishedIsNamed) {
 }
 
 TEST(SettingsVerbatim, AFileThatBreaksOffIsNotSaidToHaveNoKeys) {
-    BreakingStream file("");
+    BreakingStream file;
     const ReportCapture report;
     PrintSettingsVerbatim("C:\\V\\settings.json", &file);
     EXPECT_EQ(report.Text(), std::string(kVerbatimOpening) + "  !! The file could not be read to its end.\n");
