@@ -11,7 +11,5 @@ class BreakingStream : private std::streambuf, public std::istream {
 
   private:
     /// As a file's buffer tells that the system refused to read.
-    std::streambuf::int_type underflow() override {
-        throw std::ios_base::failure("error reading the file");
-    }
+    std::streambuf::int_type underflow() override { throw std::ios_base::failure("error reading the file"); }
 };
