@@ -122,7 +122,7 @@ def test_part_two_with_everything(run_tool, install):
     assert openxr.probe_report("controller_to_bare") in run.report_text
     text = run.report_text
     part_two = text[text.index(lab.header("PART 2 - HEADSET ON, GAME RUNNING")) : text.index(lab.header("VERDICT"))]
-    foreground = (r"^(Foreground app  : ).*$", r"\1<window>")
+    foreground = (r"^Foreground app  : .*\n", "")  # Whatever window stands in front at that moment, if any.
     measured = (r"^(Frame rate reaching the capture: ).*( at \d+x\d+\))$", r"\1<rate>\2")
     golden.check("part_two_with_everything.txt", part_two, install, [foreground, measured])
     assert text.index(lab.header(TITLE)) < text.index(lab.header("BENCHMARK SETUP"))
