@@ -3,8 +3,8 @@
 The plan comes from a run in which nothing fails: every place in the tool from which a function that can fail is called,
 and there the first, second, middle and last call, each by itself, and the first with all that follow. A run is sound
 when it ends by itself with exit code 0, every object is given back, nothing is done wrongly, and the report is whole,
-or cannot be written and the console says so. What the report says differently is the outcome; outcomes.txt holds them
-as reviewed by a person.
+or cannot be written and the console says so. What the report says differently is the outcome; outcomes.txt, where there
+is one, holds them as reviewed by a person.
 """
 
 import argparse
