@@ -63,7 +63,7 @@ KernelHandle KillingJob() {
     return job;
 }
 
-std::optional<PROCESS_INFORMATION> StartSuspended(std::wstring command_line) {
+std::optional<PROCESS_INFORMATION> StartSuspendedOnce(std::wstring command_line) {
     STARTUPINFOW startup = {};
     startup.cb = sizeof(startup);
     startup.dwFlags = STARTF_USESTDHANDLES;
@@ -74,6 +74,18 @@ std::optional<PROCESS_INFORMATION> StartSuspended(std::wstring command_line) {
     if (CreateProcessW(nullptr, command_line.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
                        nullptr, &startup, &process) == FALSE) {
         return {};
+    }
+    return process;
+}
+
+/// Now and then a new process of Wine's dies before it is one, most of all on a busy machine. No program was started
+/// then, and the next attempt starts it.
+std::optional<PROCESS_INFORMATION> StartSuspended(const std::wstring& command_line) {
+    constexpr int kAttempts = 5;
+    std::optional<PROCESS_INFORMATION> process = StartSuspendedOnce(command_line);
+    for (int i = 1; i < kAttempts && !process && GetLastError() == ERROR_INTERNAL_ERROR; ++i) {
+        Sleep(100);
+        process = StartSuspendedOnce(command_line);
     }
     return process;
 }
