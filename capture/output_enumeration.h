@@ -21,8 +21,3 @@ struct AttachedOutputs {
 
 /// All outputs of all adapters in DXGI's order. Those whose description cannot be read are left out.
 AttachedOutputs EnumerateOutputs(IDXGIFactory1* factory);
-
-/// The identifier in the halves that the program compares.
-inline AdapterLuid LuidOf(const LUID& luid) {
-    return {luid.LowPart, luid.HighPart};
-}

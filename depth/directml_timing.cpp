@@ -4,6 +4,7 @@
 
 #include "depth/inference_timing.h"
 #include "depth/onnx_runtime_loader.h"
+#include "platform/long_path.h"
 #include "platform/stopwatch.h"
 #include "platform/utf8.h"
 
@@ -17,12 +18,13 @@ ModelTiming TimeDepthModel(const std::string& tool_folder, const std::wstring& m
     timing.path_tried = Utf8FromWide(full_path);
     timing.width = width;
     timing.height = height;
-    if (GetFileAttributesW(full_path.c_str()) == INVALID_FILE_ATTRIBUTES) {
+    const std::wstring model_file = WideFromUtf8(OpenablePath(timing.path_tried));
+    if (GetFileAttributesW(model_file.c_str()) == INVALID_FILE_ATTRIBUTES) {
         timing.error = "model file not found";
         return timing;
     }
 
-    const InferenceRequest request = {full_path, IsHalfPrecisionModel(model_path), runs,
+    const InferenceRequest request = {model_file, IsHalfPrecisionModel(model_path), runs,
                                       std::max(0, gpu_index)};
     AttemptTiming(timing, [&] {
         const DelayLoadGuard guard;

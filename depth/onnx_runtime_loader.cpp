@@ -9,6 +9,7 @@
 #include <string>
 
 #include "platform/format.h"
+#include "platform/library.h"
 #include "platform/utf8.h"
 
 namespace {
@@ -24,13 +25,7 @@ using GetApiBase = const OrtApiBase*(ORT_API_CALL*)();
 HMODULE OnnxRuntimeModule() {
     static HMODULE module = nullptr;
     if (module == nullptr) {
-        // A file that is no DLL must not open a message box in front of the person.
-        DWORD previous_mode = 0;
-        SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &previous_mode);
-        module = LoadLibraryW(kModuleName);
-        const DWORD error = GetLastError();
-        SetThreadErrorMode(previous_mode, nullptr);
-        SetLastError(error);
+        module = LoadLibraryQuietly(kModuleName);
     }
     return module;
 }

@@ -21,13 +21,20 @@ std::string WithBackslashes(std::string_view path) {
     return text;
 }
 
+bool HasParentFolder(std::string_view path) {
+    return WithBackslashes(path).find("\\..\\") != std::string::npos;
+}
+
 }  // namespace
 
 std::string OpenablePath(std::string_view path) {
-    if (path.size() > kShortPath && BeginsWithDrive(path)) {
+    if (path.size() <= kShortPath || HasParentFolder(path)) {
+        return std::string(path);
+    }
+    if (BeginsWithDrive(path)) {
         return "\\\\?\\" + WithBackslashes(path);
     }
-    if (path.size() > kShortPath && BeginsWithServer(path)) {
+    if (BeginsWithServer(path)) {
         return "\\\\?\\UNC\\" + WithBackslashes(path.substr(2));
     }
     return std::string(path);

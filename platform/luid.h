@@ -12,5 +12,11 @@ struct AdapterLuid {
     friend bool operator==(const AdapterLuid&, const AdapterLuid&) = default;
 };
 
+/// The identifier in `luid`, Windows' own LUID.
+template <typename WindowsLuid>
+AdapterLuid LuidOf(const WindowsLuid& luid) {
+    return {luid.LowPart, luid.HighPart};
+}
+
 /// "%08X:%08X", high half first, each half as its unsigned bit pattern.
 std::string FormatLuid(const AdapterLuid& luid);

@@ -3,11 +3,13 @@
 #include <filesystem>
 #include <string>
 
+#include "platform/long_path.h"
 #include "platform/utf8.h"
 
 std::ifstream OpenFileForReading(std::string_view path) {
 #ifdef _WIN32
-    const std::wstring name = WideFromUtf8(path);  // The wide form bears every name, whatever the code page.
+    // The wide form bears every name, whatever the code page.
+    const std::wstring name = WideFromUtf8(OpenablePath(path));
 #else
     const std::string name(path);
 #endif

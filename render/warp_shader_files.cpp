@@ -1,8 +1,9 @@
 #include "render/warp_shader_files.h"
 
-#include <filesystem>
 #include <fstream>
 #include <sstream>
+
+#include "platform/open_file.h"
 
 std::vector<std::string> WarpShaderCandidates(std::string_view executable_folder) {
     const std::string shader = "vistrel\\shaders\\stereo_warp.hlsl";
@@ -18,9 +19,8 @@ std::vector<std::string> WarpShaderCandidates(std::string_view executable_folder
 
 bool ReadWholeFile(const std::string& path, std::string& text) {
     text.clear();
-    // Opened by its wide form, which bears every folder name.
-    std::ifstream file(std::filesystem::path(std::u8string(path.begin(), path.end())), std::ios::binary);
-    if (!file) {
+    const std::ifstream file = OpenFileForReading(path);
+    if (!file.is_open()) {
         return false;
     }
     // Inserting the buffer takes a failing read, which the buffer throws, for the end of the file.

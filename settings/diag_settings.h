@@ -16,11 +16,14 @@ struct DiagSettings {
     /// 85 mm, or that is not a number, counts as 63 mm.
     float SeparationMm() const;
 
+    /// How wide the virtual screen is, in metres.
+    float ScreenMetres() const { return scale * 3.0F; }
+
     bool log_to_console = false;           ///< never read; echo the log of log/logger.h to the console
     std::int32_t depth_model_quality = 1;  ///< index into DepthModelPresets(); any other value: custom model
     std::string custom_model_path;         ///< never read; UTF-8
     bool capture_draw_cursor = true;       ///< never read
-    float scale = 1.0F;                    ///< the virtual screen is 3 m wide at 1
+    float scale = 1.0F;                    ///< of the virtual screen; see ScreenMetres
     std::int32_t screen_shape = 1;
     bool optical_flow = false;
     bool fsr3 = false;

@@ -30,4 +30,11 @@ TEST(OpenablePath, LeavesALongPathThatIsNotAbsoluteOrHasAFormOfItsOwn) {
     }
 }
 
+TEST(OpenablePath, LeavesALongPathThroughAParentFolder) {
+    for (const char* start : {"C:\\a\\..\\", "C:/a/../", "\\\\server\\share\\a\\..\\"}) {
+        EXPECT_EQ(OpenablePath(Filled(start, 400)), Filled(start, 400));
+    }
+    EXPECT_EQ(OpenablePath(Filled("C:\\a..\\..b\\", 300)), "\\\\?\\" + Filled("C:\\a..\\..b\\", 300));
+}
+
 }  // namespace

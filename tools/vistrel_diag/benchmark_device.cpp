@@ -11,8 +11,7 @@ namespace {
 BenchmarkGpu FindAdapter(IDXGIFactory1* factory, const AdapterLuid& luid) {
     for (UINT i = 0; const ComPtr<IDXGIAdapter1> adapter = AdapterAt(factory, i); ++i) {
         DXGI_ADAPTER_DESC1 description = {};
-        if (SUCCEEDED(adapter->GetDesc1(&description)) &&
-            luid == AdapterLuid{description.AdapterLuid.LowPart, description.AdapterLuid.HighPart}) {
+        if (SUCCEEDED(adapter->GetDesc1(&description)) && luid == LuidOf(description.AdapterLuid)) {
             return {static_cast<std::int32_t>(i), ShareCom(adapter)};
         }
     }

@@ -16,7 +16,7 @@ void PrintSingleModel(const ModelTiming& timing) {
     Report::Line("Model           : %s (%dx%d)", timing.name.c_str(), timing.width, timing.height);
     Report::Line("Inference       : %.2f ms median (%.2f min, %.2f max) over %d runs", timing.median_ms,
                  timing.min_ms, timing.max_ms, kTimedInferences);
-    Report::Line("%s", "");
+    Report::Line("");
     Report::Line(
         "Re-run without --no-models to time every preset and see what the cheaper ones would cost here.");
 }
@@ -49,7 +49,7 @@ void PrintDepthModelIntroduction(std::int32_t depth_mode, int gpu_index) {
     if (gpu_index >= 0 && static_cast<std::size_t>(gpu_index) < gpus.size()) {
         Report::Line("Measured on     : GPU %d (%s)", gpu_index, gpus[gpu_index].name.c_str());
     }
-    Report::Line("%s", "");
+    Report::Line("");
 }
 
 ModelTiming PrintConfiguredModel(const DiagSettings& settings, const DepthModelTimers& timers) {

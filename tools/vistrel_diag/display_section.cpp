@@ -50,7 +50,7 @@ void PrintDisplaySection(const std::vector<DisplayInfo>& displays, const std::ve
                      display.name.c_str(), display.width, display.height, display.refresh_hz, display.gpu,
                      GpuName(display.gpu, gpus));
     }
-    Report::Line("%s", "");
+    Report::Line("");
     Report::Line(
         "(* = primary. Vistrel captures the primary display unless told otherwise, and warps at exactly "
         "that pixel count.)");

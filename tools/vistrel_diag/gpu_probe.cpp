@@ -28,7 +28,7 @@ GpuInfo Describe(UINT index, const ComPtr<IDXGIAdapter1>& adapter, const DXGI_AD
     GpuInfo gpu;
     gpu.index = index;
     gpu.name = Utf8FromWideArray(description.Description);
-    gpu.luid = {description.AdapterLuid.LowPart, description.AdapterLuid.HighPart};
+    gpu.luid = LuidOf(description.AdapterLuid);
     gpu.dedicated_video_memory = description.DedicatedVideoMemory;
     gpu.shared_system_memory = description.SharedSystemMemory;
     gpu.vendor_id = description.VendorId;

@@ -94,7 +94,7 @@ void PrintGpuSection(const GpuInventory& inventory) {
     const auto hardware_gpus = std::count_if(inventory.gpus.begin(), inventory.gpus.end(),
                                              [](const ProbedGpu& probed) { return !probed.gpu.software; });
     if (hardware_gpus >= 2) {
-        Report::Line("%s", "");
+        Report::Line("");
         Report::Line(
             "NOTE: more than one hardware GPU is present. Which one drives the monitor decides whether "
             "capture is a local copy or a bus transfer.");

@@ -90,7 +90,7 @@ void MeasureDepthModel(const RunOptions& options, const std::string& tool_folder
 }
 
 void OfferHandTracking(ID3D11Device* device) {
-    Report::Line("%s", "");
+    Report::Line("");
     if (AskContinue(
             "Run the hand-tracking check? (hold controllers, then set them down and raise your hands)")) {
         ProbeHandTracking(device, kHandWatchSeconds);
@@ -101,7 +101,7 @@ void ReportPartTwo(const RunOptions& options, const BenchmarkDevice& benchmark, 
     verdict.part_two_run = true;
     Report::Section("PART 2 - HEADSET ON, GAME RUNNING");
     ReportRunningSoftwareSection();
-    Report::Line("%s", "");
+    Report::Line("");
     ReportVramLines("while the game is running");
     ReportHeadsetSection(AskHeadset());
     if (!benchmark.device) {

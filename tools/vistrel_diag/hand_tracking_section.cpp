@@ -106,14 +106,14 @@ void PrintHandProbeStop(HandProbeStop stop) {
 }
 
 void PrintWatchInstructions(double seconds) {
-    Report::Line("%s", "");
+    Report::Line("");
     Report::Line("Watching for %.0f seconds. HOLD your controllers, then SET THEM DOWN and", seconds);
     Report::Line("raise your bare hands - the source below should flip.");
-    Report::Line("%s", "");
+    Report::Line("");
 }
 
 void PrintHandSummary(const HandPair& hands, bool data_source_extension) {
-    Report::Line("%s", "");
+    Report::Line("");
     Report::Line("Summary:");
     for (const HandRecord& hand : hands) {
         Report::Line("  hand %s: tracked=%s%s%s", hand.letter, hand.tracked ? "yes" : "no",

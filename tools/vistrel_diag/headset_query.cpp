@@ -54,7 +54,7 @@ void ReadRequiredAdapter(const QueryFunctions& xr, XrInstance instance, XrSystem
         OpenXrStructure<XrGraphicsRequirementsD3D11KHR>(XR_TYPE_GRAPHICS_REQUIREMENTS_D3D11_KHR);
     if (xr.get_requirements != nullptr &&
         XR_SUCCEEDED(xr.get_requirements(instance, system, &requirements))) {
-        query.adapter_luid = {requirements.adapterLuid.LowPart, requirements.adapterLuid.HighPart};
+        query.adapter_luid = LuidOf(requirements.adapterLuid);
         query.luid_known = true;
     }
 }

@@ -30,7 +30,7 @@ RequiredGpu FindRequiredGpu(const AdapterLuid& luid, const std::vector<GpuInfo>&
 }
 
 void PrintCrossGpuNote(const RequiredGpu& required, std::int32_t display_gpu) {
-    Report::Line("%s", "");
+    Report::Line("");
     Report::Line("!! NOTE: the headset requires GPU %d while the primary display is driven by GPU %d.",
                  required.number, display_gpu);
     Report::Line(

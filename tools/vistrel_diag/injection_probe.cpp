@@ -2,11 +2,12 @@
 
 #include <string>
 
+#include "platform/long_path.h"
 #include "tools/vistrel_diag/injection_section.h"
 #include "tools/vistrel_diag/report.h"
 
 bool FileExistsBeside(std::string_view folder, std::string_view name) {
-    const std::string path = std::string(folder) + "\\" + std::string(name);
+    const std::string path = OpenablePath(std::string(folder) + "\\" + std::string(name));
     // The narrow call takes UTF-8 because the program's manifest makes that its code page.
     return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
 }

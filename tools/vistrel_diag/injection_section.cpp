@@ -43,7 +43,7 @@ void PrintInjectionSection(const std::optional<InjectedFiles>& found) {
         Report::Line("Nothing found. No proxy DLL and no ReShade files beside Vistrel.exe.");
         return;
     }
-    Report::Line("%s", "");
+    Report::Line("");
     Report::Line(
         ">>> Something is injecting itself into Vistrel. This is what to undo first, before anything else in "
         "this report is worth reading.");

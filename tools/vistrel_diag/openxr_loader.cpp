@@ -7,25 +7,11 @@ namespace {
 
 constexpr std::string_view kApplicationName = "vistrel_diag";
 
-/// A file that is no DLL makes Windows ask the person in a message box; while this lives, the call only
-/// fails.
-class QuietErrors {
-  public:
-    QuietErrors() { SetThreadErrorMode(SEM_FAILCRITICALERRORS, &previous_mode_); }
-    QuietErrors(const QuietErrors&) = delete;
-    QuietErrors& operator=(const QuietErrors&) = delete;
-    ~QuietErrors() { SetThreadErrorMode(previous_mode_, nullptr); }
-
-  private:
-    DWORD previous_mode_ = 0;
-};
-
 }  // namespace
 
 OpenXrLoader::OpenXrLoader() {
     SetEnvironmentVariableW(L"XR_LOADER_DEBUG", L"none");
-    const QuietErrors quiet;
-    library_ = UniqueHandle<LibraryTraits>(LoadLibraryW(L"openxr_loader.dll"));
+    library_ = UniqueLibrary(LoadLibraryQuietly(L"openxr_loader.dll"));
 }
 
 void OpenXrLoader::StayLoaded() {

@@ -16,13 +16,7 @@
 #include <initializer_list>
 #include <utility>
 
-#include "platform/unique_handle.h"
-
-struct LibraryTraits {
-    using Handle = HMODULE;
-    static Handle Invalid() { return nullptr; }
-    static void Close(Handle handle) { FreeLibrary(handle); }
-};
+#include "platform/library.h"
 
 /// "openxr_loader.dll", the copy in the executable's own folder before any other.
 class OpenXrLoader {
@@ -44,7 +38,7 @@ class OpenXrLoader {
     void StayLoaded();
 
   private:
-    UniqueHandle<LibraryTraits> library_;
+    UniqueLibrary library_;
 };
 
 /// An OpenXR structure of the given type with everything else zero.

@@ -9,7 +9,7 @@ namespace {
 
 void PrintHowToProduceALog(const std::string& path) {
     Report::Line("No log at %s", path.c_str());
-    Report::Line("%s", "");
+    Report::Line("");
     Report::Line("This is the single most useful thing to send, and it is off by default. To produce one:");
     Report::Line("  1. In Vistrel, Debug tab -> turn on \"Show Vistrel debug log\".");
     Report::Line("  2. Press Start, let it reach the state you are reporting, press Stop.");
@@ -31,7 +31,7 @@ void PrintProductLog(const std::string& path, std::istream* log) {
         return;
     }
     Report::Line("%s", path.c_str());
-    Report::Line("%s", "");
+    Report::Line("");
     for (const std::string& line : lines) {
         Report::Line("  %s", line.c_str());
     }

@@ -77,7 +77,7 @@ void EnterSection(std::string_view title) {
 void Section(std::string_view title) {
     const std::size_t rule = title.size() < kHeaderRuleColumns ? kHeaderRuleColumns - title.size() : 0;
     EnterSection(title);
-    Line("%s", "");
+    Line("");
     Line("== %s %s", std::string(title).c_str(), std::string(rule, '=').c_str());
 }
 

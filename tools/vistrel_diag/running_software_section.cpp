@@ -29,7 +29,7 @@ bool IsAmong(const std::array<std::string_view, Count>& names, std::string_view 
 }
 
 void PrintVistrelWarning() {
-    Report::Line("%s", "");
+    Report::Line("");
     Report::Line("!! Vistrel IS RUNNING. That changes how to read everything below:");
     Report::Line("!!   - screen capture will fail, because Vistrel already holds it");
     Report::Line("!!   - the warp and inference timings are inflated by competing with it for the GPU");

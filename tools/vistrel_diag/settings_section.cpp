@@ -14,7 +14,6 @@
 namespace {
 
 constexpr const char* kVistrelVersion = "1.74";  // The release this tool was written for.
-constexpr float kScreenWidthAtScaleOne = 3.0F;   // Metres.
 constexpr float kNearZeroSeparationMm = 1.0F;
 constexpr float kNearZeroDepthStrength = 0.05F;
 
@@ -37,13 +36,11 @@ void PrintNoDepthWarning(const DiagSettings& settings) {
     if (!settings.pseudo_3d) {
         Report::Line(
             "  -> 3D is OFF. A flat screen in the headset is the expected result; nothing below can add "
-            "depth "
-            "while this is off.");
+            "depth while this is off.");
     } else if (settings.SeparationMm() < kNearZeroSeparationMm) {
         Report::Line(
             "  -> Separation is near zero, so both eyes get almost the same picture. That looks exactly like "
-            "no "
-            "3D at all.");
+            "no 3D at all.");
     } else if (settings.f3d_depth_strength < kNearZeroDepthStrength) {
         Report::Line(
             "  -> Depth strength is near zero, so the depth map is being applied with almost no effect.");
@@ -95,8 +92,7 @@ void PrintSettingsInEffect(const DiagSettings& settings, const std::string& file
     if (file_path == kNoSettingsFile) {
         Report::Line(
             "  -> BUILT-IN DEFAULTS are being measured, not this user's setup. Put the exe in the Vistrel "
-            "folder "
-            "for a real answer.");
+            "folder for a real answer.");
     }
     const bool stereo_warp = settings.image_algo == DiagSettings::kStereoWarpAlgorithm;
     Report::Line("Warp algorithm  : %s (vistrel_image_algo=%d)",
@@ -112,8 +108,7 @@ void PrintSettingsInEffect(const DiagSettings& settings, const std::string& file
     Report::Line("Separation      : %.1f mm    Depth strength: %.2f    Screen depth: %.2f",
                  settings.SeparationMm(), settings.f3d_depth_strength, settings.f3d_screen_depth);
     PrintNoDepthWarning(settings);
-    Report::Line("Screen scale    : %.2f  (%.2f m wide)", settings.scale,
-                 settings.scale * kScreenWidthAtScaleOne);
+    Report::Line("Screen scale    : %.2f  (%.2f m wide)", settings.scale, settings.ScreenMetres());
     Report::Line("Cinema / OptFlow/ FSR3 : %s / %s / %s", OnOff(settings.cinema_mode),
                  OnOff(settings.optical_flow), OnOff(settings.fsr3));
     Report::Line(
@@ -141,9 +136,8 @@ void PrintSettingsVerbatim(const std::string& file_path, std::istream* file) {
     Report::Line("%s", file_path.c_str());
     Report::Line(
         "(only the \"vistrel_*\" keys are quoted; the rest of the file belongs to Ambulo and is deliberately "
-        "left "
-        "out)");
-    Report::Line("%s", "");
+        "left out)");
+    Report::Line("");
     const std::size_t quoted = QuoteProductLines(*file);
     if (file->bad()) {
         Report::Line("  !! The file could not be read to its end.");

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <string>
 
+#include "settings/diag_settings.h"
 #include "tools/vistrel_diag/report.h"
 
 namespace {
@@ -13,7 +14,6 @@ constexpr double kCheaperRatio = 1.05;
 constexpr double kFatalShare = 50.0;
 constexpr double kSignificantShare = 25.0;
 constexpr double kReShadeNoteShare = 15.0;
-constexpr std::int32_t kReShadeDepth = 1;
 
 /// Of one second, in percent.
 double ShareOfSecond(double milliseconds) {
@@ -69,8 +69,7 @@ void PrintModelCost(double model_ms, const ModelLoad& load) {
     if (load.rate < 1.0) {
         Report::Line(
             "The AI model costs %.2f ms per inference - one map every %.1f seconds. It cannot run even once "
-            "a "
-            "second on this GPU.",
+            "a second on this GPU.",
             model_ms, model_ms / kMillisecondsPerSecond);
     } else {
         Report::Line(
@@ -95,9 +94,9 @@ std::vector<std::int32_t> RefreshRates(std::int32_t asked_for) {
 
 void PrintRefreshTable(const VerdictInput& input, double warp_ms, double model_ms_a_second) {
     constexpr const char* kRow = "  %-9s %-13s %-14s %-14s";
-    Report::Line("%s", "");
+    Report::Line("");
     Report::Line("What that adds up to, as a share of this GPU's time. Read the row for your headset:");
-    Report::Line("%s", "");
+    Report::Line("");
     Report::Line(kRow, "REFRESH", "warp", "AI depth mode", "ReShade mode");
     for (const std::int32_t rate : RefreshRates(input.refresh_hz)) {
         const double warp_ms_a_second = rate * warp_ms;
@@ -109,7 +108,7 @@ void PrintRefreshTable(const VerdictInput& input, double warp_ms, double model_m
                      FormatText("%.0f ms/s", warp_ms_a_second).c_str(), ai_share.c_str(),
                      FormatText("%.0f%%", ShareOfSecond(warp_ms_a_second)).c_str());
     }
-    Report::Line("%s", "");
+    Report::Line("");
     Report::Line(
         "Whatever is left over is what the game and the SteamVR compositor share. The warp is paid in both "
         "modes; the model only in AI mode.");
@@ -137,8 +136,8 @@ void PrintJudgement(double share) {
 
 void PrintConclusion(const VerdictInput& input, double warp_ms, double model_ms_a_second) {
     const double warp_ms_a_second = warp_ms * kAssumedRefreshHz;
-    const bool reshade = input.depth_mode == kReShadeDepth;
-    Report::Line("%s", "");
+    const bool reshade = input.depth_mode == DiagSettings::kReShadeDepthMode;
+    Report::Line("");
     Report::Line("Taking 90 Hz and the mode this machine is set to (%s):",
                  reshade ? "ReShade depth" : "AI depth");
     PrintJudgement(ShareOfSecond(reshade ? warp_ms_a_second : model_ms_a_second + warp_ms_a_second));
@@ -153,14 +152,13 @@ void PrintConclusion(const VerdictInput& input, double warp_ms, double model_ms_
     if (!input.part_two_run) {
         Report::Line(
             ">>> Part 2 was skipped, so nothing above accounts for VRAM pressure or a cross-GPU capture. "
-            "Both "
-            "can cause this on their own.");
+            "Both can cause this on their own.");
     }
 }
 
 void PrintMeasuredCosts(const VerdictInput& input) {
     PrintWarpCost(input.warp_costs);
-    Report::Line("%s", "");
+    Report::Line("");
     ModelLoad load;
     if (input.model_milliseconds) {
         load = LoadOfModel(input, *input.model_milliseconds);
@@ -172,7 +170,7 @@ void PrintMeasuredCosts(const VerdictInput& input) {
 }
 
 void PrintNotMeasured() {
-    Report::Line("%s", "");
+    Report::Line("");
     Report::Line("NOT measured by this tool:");
     Report::Line(
         "  - the depth stage around the model: pre-process, upsample, edge restore. Only the model's own Run "

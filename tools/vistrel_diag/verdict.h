@@ -21,7 +21,7 @@ struct VerdictInput {
     std::int32_t refresh_hz = 0;               ///< a refresh rate to show as well; below 1: none
     bool part_two_run = false;
     float ai_fps_limit = 30.0F;   ///< the product's limit on inferences a second, any value a file can hold
-    std::int32_t depth_mode = 0;  ///< the product's setting: 1 is ReShade depth, anything else AI depth
+    std::int32_t depth_mode = 0;  ///< as DiagSettings::depth_mode
 };
 
 /// Reports the VERDICT section and the list of what is not measured. Stops after one line, without the

@@ -14,7 +14,6 @@
 
 namespace {
 
-constexpr float kScreenMetresAtScaleOne = 3.0F;
 constexpr int kWarmUpFrames = 4;
 
 /// Bytes; 0 where they cannot be told.
@@ -24,7 +23,7 @@ std::uint64_t UsedVideoMemory(IDXGIAdapter1* adapter) {
 
 std::optional<double> SampleWarpFrames(ID3D11Device& device, ID3D11DeviceContext& context,
                                        const WarpResources& resources, const StereoWarpShader& shader) {
-    const float screen_size = DiagSettings::Instance().scale * kScreenMetresAtScaleOne;
+    const float screen_size = DiagSettings::Instance().ScreenMetres();
     const auto draw_frame = [&] { DrawWarpFrame(context, resources, shader, screen_size); };
     for (int frame = 0; frame < kWarmUpFrames; ++frame) {
         draw_frame();

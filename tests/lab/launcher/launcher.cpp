@@ -78,8 +78,8 @@ std::optional<PROCESS_INFORMATION> StartSuspendedOnce(std::wstring command_line)
     return process;
 }
 
-/// Now and then a new process of Wine's dies before it is one, most of all on a busy machine. No program was started
-/// then, and the next attempt starts it.
+/// Now and then a new process of Wine's dies before it is one, most of all on a busy machine. No program was
+/// started then, and the next attempt starts it.
 std::optional<PROCESS_INFORMATION> StartSuspended(const std::wstring& command_line) {
     constexpr int kAttempts = 5;
     std::optional<PROCESS_INFORMATION> process = StartSuspendedOnce(command_line);
