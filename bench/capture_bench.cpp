@@ -12,24 +12,10 @@
 #include "bench/ratio.h"
 #include "capture/screen_capture_dxgi.h"
 #include "settings/diag_settings.h"
-#include "tests/lab/machine/adapters.h"
 #include "tests/lab/machine/clock.h"
-#include "tests/lab/machine/devices.h"
 #include "tests/lab/machine/machine.h"
 
 using Microsoft::WRL::ComPtr;
-
-HRESULT WINAPI CreateDXGIFactory1(REFIID wanted, void** factory) {
-    return lab::SimulatedCreateDXGIFactory1(wanted, factory);
-}
-
-HRESULT WINAPI D3D11CreateDevice(IDXGIAdapter* adapter, D3D_DRIVER_TYPE driver_type, HMODULE software,
-                                 UINT flags, const D3D_FEATURE_LEVEL* levels, UINT level_count,
-                                 UINT sdk_version, ID3D11Device** device, D3D_FEATURE_LEVEL* level,
-                                 ID3D11DeviceContext** context) {
-    return lab::SimulatedD3D11CreateDevice(adapter, driver_type, software, flags, levels, level_count,
-                                           sdk_version, device, level, context);
-}
 
 namespace {
 

@@ -3,7 +3,6 @@
 #include <windows.h>
 
 #include <atomic>
-#include <cstddef>
 #include <cstdlib>
 #include <filesystem>
 #include <functional>
@@ -11,28 +10,18 @@
 #include <stdexcept>
 #include <string>
 
+#include "tests/lab/misfortune.h"
 #include "tools/vistrel_diag/report.h"
 #include "tools/vistrel_diag/rescue.h"
 
 namespace {
 
-/// Reaches for what is beyond the stack's end. Leaves as much of the stack to the handler as a program on
-/// Windows gets that had it guaranteed; Wine would leave next to nothing.
-void OverflowStack() {
-    constexpr std::size_t kLeft = std::size_t{24} * 1024;
-    ULONG_PTR low = 0;
-    ULONG_PTR high = 0;
-    GetCurrentThreadStackLimits(&low, &high);
-    const std::size_t used = high - reinterpret_cast<ULONG_PTR>(&low);
-    auto volatile* const most = static_cast<char*>(__builtin_alloca(high - low - used - kLeft));
-    most[0] = 1;
-    auto volatile* const too_much = static_cast<char*>(__builtin_alloca(2 * kLeft));
-    too_much[0] = 1;
+void AccessNothing() {
+    lab::Suffer("crash");
 }
 
-void AccessNothing() {
-    int volatile* volatile nothing = nullptr;
-    *nothing = 1;
+void OverflowStack() {
+    lab::Suffer("overflow");
 }
 
 using Action = void (*)();
@@ -45,10 +34,6 @@ HANDLE StartThread(Action action) {
             return 0;
         },
         reinterpret_cast<void*>(action), 0, nullptr);
-}
-
-void OnAnotherThread(Action action) {
-    WaitForSingleObject(StartThread(action), INFINITE);
 }
 
 std::atomic<bool> writes_are_slow = false;
@@ -130,10 +115,10 @@ int main(int argument_count, char** arguments) {
         {"ordinary", [] {}},
         {"access-violation", AccessNothing},
         {"stack-overflow", OverflowStack},
-        {"abort", [] { std::abort(); }},
+        {"abort", [] { lab::Suffer("abort"); }},
         {"uncaught-exception", [] { throw std::runtime_error("nobody catches this"); }},
-        {"other-thread", [] { OnAnotherThread(AccessNothing); }},
-        {"stack-overflow-on-other-thread", [] { OnAnotherThread([] { OverflowStack(); }); }},
+        {"other-thread", [] { lab::Suffer("crash_elsewhere"); }},
+        {"stack-overflow-on-other-thread", [] { WaitForSingleObject(StartThread(OverflowStack), INFINITE); }},
         {"amid-lines", CrashAmidLines},
         {"crash-upon-crash", [] { OneUponTheOther(AccessNothing, AccessNothing); }},
         {"abort-upon-crash", [] { OneUponTheOther(AccessNothing, std::abort); }},

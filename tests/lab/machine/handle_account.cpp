@@ -8,6 +8,8 @@
 #include <mutex>
 #include <set>
 
+#include "tests/lab/machine/as_proc.h"
+
 namespace lab {
 namespace {
 
@@ -81,11 +83,6 @@ std::FILE* CountedWfopen(const wchar_t* name, const wchar_t* mode) {
 
 int CountedFclose(std::FILE* file) {
     return std::fclose(Closing(file));
-}
-
-template <typename Function>
-FARPROC AsProc(Function* function) {
-    return reinterpret_cast<FARPROC>(reinterpret_cast<void*>(function));
 }
 
 }  // namespace

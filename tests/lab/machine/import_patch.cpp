@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "tests/lab/machine/adapters.h"
+#include "tests/lab/machine/as_proc.h"
 #include "tests/lab/machine/clock.h"
 #include "tests/lab/machine/desktop_functions.h"
 #include "tests/lab/machine/devices.h"
@@ -24,11 +25,6 @@ struct Replacement {
     FARPROC function;
     bool of_time = false;
 };
-
-template <typename Function>
-FARPROC AsProc(Function* function) {
-    return reinterpret_cast<FARPROC>(function);
-}
 
 /// The machine's own function of this name; null when it has none.
 FARPROC SimulatedFunction(std::string_view name) {
