@@ -85,12 +85,23 @@ void PressControlC() {
     Sleep(INFINITE);
 }
 
+/// This process's own, for there may be another run of the tool beside it. Null while it is not there.
+HWND SessionEndWindow() {
+    HWND window = nullptr;
+    DWORD process = 0;
+    do {
+        window = FindWindowExW(nullptr, window, L"vistrel_diag session end", nullptr);
+        GetWindowThreadProcessId(window, &process);
+    } while (window != nullptr && process != GetCurrentProcessId());
+    return window;
+}
+
 void EndSession() {
     // What Windows sends every top-level window once the session really ends.
     HWND window = nullptr;
     for (int tries = 0; tries < 500 && window == nullptr; ++tries) {
         Sleep(10);
-        window = FindWindowW(L"vistrel_diag session end", nullptr);
+        window = SessionEndWindow();
     }
     SendMessageW(window, WM_QUERYENDSESSION, 0, 0);
     SendMessageW(window, WM_ENDSESSION, TRUE, 0);
