@@ -31,8 +31,17 @@ if(WIN32)
 endif()
 
 if(VISTREL_SANITIZE AND NOT WIN32)
-  target_compile_options(vistrel_options INTERFACE -fsanitize=${VISTREL_SANITIZE} -fno-sanitize-recover=all
-                                                   -fno-omit-frame-pointer)
+  # Whether a test itself does what is undefined is not asked, which halves what compiling it takes.
+  string(REPLACE "," ";" sanitizers ${VISTREL_SANITIZE})
+  foreach(sanitizer ${sanitizers})
+    if(sanitizer STREQUAL undefined)
+      target_compile_options(vistrel_options
+                             INTERFACE $<$<NOT:$<BOOL:$<TARGET_PROPERTY:VISTREL_IS_TEST>>>:-fsanitize=undefined>)
+    else()
+      target_compile_options(vistrel_options INTERFACE -fsanitize=${sanitizer})
+    endif()
+  endforeach()
+  target_compile_options(vistrel_options INTERFACE -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(vistrel_options INTERFACE -fsanitize=${VISTREL_SANITIZE})
   if(VISTREL_SANITIZE MATCHES thread)
     # GCC warns that it does not follow fences; the exchange behind the one in question is followed.
