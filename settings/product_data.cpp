@@ -17,7 +17,7 @@ std::string Utf8FromCodePage(const std::string& text) {
     const int size = static_cast<int>(text.size());
     std::wstring wide(text.size(), L'\0');
     const int length = MultiByteToWideChar(CP_ACP, 0, text.data(), size, wide.data(), size);
-    return Utf8FromWide({wide.data(), static_cast<std::size_t>(length)});
+    return length > 0 ? Utf8FromWide({wide.data(), static_cast<std::size_t>(length)}) : text;
 }
 
 }  // namespace

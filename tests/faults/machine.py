@@ -37,7 +37,7 @@ class Result:
 
 def both_gpus_scripted(name):
     """The scenario with a speed for its first GPU too: a fault may make the tool measure on that one."""
-    text = (lab.SCENARIOS / f"{name}.txt").read_text(encoding="utf-8")
+    text = lab.scenario_text(name)
     assert text.count("memory 540 MB of 7480 MB\n") == 1
     return text.replace("memory 540 MB of 7480 MB\n", "memory 540 MB of 7480 MB\n  draws 300 megapixels per second\n")
 

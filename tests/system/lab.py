@@ -129,6 +129,15 @@ def scenario_file(scenario, folder):
     return path
 
 
+def scenario_text(name):
+    return (SCENARIOS / f"{name}.txt").read_text(encoding="utf-8")
+
+
+def patient(name):
+    """The scenario's text on a clock whose waits take no time, so that a guided run does not either."""
+    return "clock scripted\n" + scenario_text(name)
+
+
 def environment(**more):
     result = dict(os.environ, LC_ALL="C.UTF-8")
     result.update({name: str(value) for name, value in more.items()})

@@ -186,6 +186,6 @@ def test_formats_that_cannot_take_the_gdi_flag_leave_no_picture(run_tool, format
 
 @pytest.mark.parametrize("cursor", ["at 10,20", "null at 10,20", "hidden", "fails", "at -500,9000"])
 def test_no_cursor_does_harm(run_tool, cursor):
-    scenario = f"cursor {cursor}\n" + (lab.SCENARIOS / "frames-60.txt").read_text()
+    scenario = f"cursor {cursor}\n" + lab.scenario_text("frames-60")
     _, section, _ = capture(run_tool, scenario, "--capture-seconds", "0.5")
     assert section == success("1280x720", 31, "0.50", "62.0")

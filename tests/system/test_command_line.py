@@ -7,10 +7,6 @@ import lab
 USUAL_RATES = [72, 90, 120, 144]
 
 
-def desktop_pc():
-    return "clock scripted\n" + (lab.SCENARIOS / "desktop-pc.txt").read_text(encoding="utf-8")
-
-
 def refresh_rates(run):
     lines = run.section("VERDICT").split("\n")
     table = lines[lines.index("  REFRESH   warp          AI depth mode  ReShade mode  ") + 1 :]
@@ -28,14 +24,14 @@ def refresh_rates(run):
 )
 def test_refresh_rates(run_tool, install, options, rates):
     install.add_shader()
-    run = run_tool(*lab.CHEAP, *options, scenario=desktop_pc())
+    run = run_tool(*lab.CHEAP, *options, scenario=lab.patient("desktop-pc"))
     assert run.exit_code == 0
     assert refresh_rates(run) == rates
 
 
 @pytest.mark.parametrize("seconds", ["-5", "abc", "nan", "inf"])
 def test_no_seconds_is_no_capture(run_tool, seconds):
-    run = run_tool("--quick", "--no-models", "--capture-seconds", seconds, scenario=desktop_pc())
+    run = run_tool("--quick", "--no-models", "--capture-seconds", seconds, scenario=lab.patient("desktop-pc"))
     assert run.exit_code == 0
     assert run.section("SCREEN CAPTURE").split("\n")[0] == (
         "Screen capture FAILED: the capture started but never produced a frame"
@@ -53,5 +49,5 @@ def test_help_anywhere_is_all_there_is(run_tool, options):
 
 
 def test_help_as_the_value_of_an_option_is_its_value(run_tool):
-    run = run_tool("--refresh", "--help", *lab.CHEAP, scenario=desktop_pc())
+    run = run_tool("--refresh", "--help", *lab.CHEAP, scenario=lab.patient("desktop-pc"))
     assert run.has_section("VERDICT")

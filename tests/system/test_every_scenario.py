@@ -29,10 +29,6 @@ def headset(install, clean_user):
     return openxr.connect(install, HEADSET)
 
 
-def on_a_scripted_clock(scenario):
-    return "clock scripted\n" + (lab.SCENARIOS / f"{scenario}.txt").read_text(encoding="utf-8")
-
-
 def came_to_its_end(run):
     text = run.report_text
     return run.exit_code == 0 and "CUT SHORT" not in text and lab.header("VERDICT") in text.split("\n")
@@ -48,6 +44,6 @@ def test_quick(scenario, headset, run_tool):
 
 @pytest.mark.parametrize("scenario", SCENARIOS)
 def test_guided(scenario, headset, run_tool):
-    run = run_tool(*SHORT, scenario=on_a_scripted_clock(scenario), stdin=b"\n\n\n\n", env=headset.env, timeout=300)
+    run = run_tool(*SHORT, scenario=lab.patient(scenario), stdin=b"\n\n\n\n", env=headset.env, timeout=300)
     assert came_to_its_end(run), (run.exit_code, run.console_text)
     headset.calls()

@@ -20,11 +20,6 @@ INTEGRATED = "luid 00000000:00011A2B\n"
 DISCRETE = "luid 00000000:00012C3D\n"
 
 
-def hybrid_laptop():
-    """Its waits take no time, so that a guided run does not either."""
-    return "clock scripted\n" + (lab.SCENARIOS / "hybrid-laptop.txt").read_text(encoding="utf-8")
-
-
 def setup_lines(run):
     return run.section("BENCHMARK SETUP").split("\n")[:2]
 
@@ -116,7 +111,7 @@ def test_part_two_with_everything(run_tool, install):
         + openxr.probe_script("controller_to_bare")
     )
     headset = openxr.connect(install, script)
-    run = run_tool(*GUIDED, scenario=hybrid_laptop(), stdin=b"\n\n\n\n", env=headset.env)
+    run = run_tool(*GUIDED, scenario=lab.patient("hybrid-laptop"), stdin=b"\n\n\n\n", env=headset.env)
     assert run.exit_code == 0
     assert HAND_QUESTION in run.console_text
     assert openxr.probe_report("controller_to_bare") in run.report_text
@@ -130,7 +125,7 @@ def test_part_two_with_everything(run_tool, install):
 
 def test_hand_tracking_check_can_be_skipped(run_tool, install):
     headset = openxr.connect(install, DISCRETE)
-    run = run_tool(*GUIDED, scenario=hybrid_laptop(), stdin=b"\n\ns\n\n", env=headset.env)
+    run = run_tool(*GUIDED, scenario=lab.patient("hybrid-laptop"), stdin=b"\n\ns\n\n", env=headset.env)
     assert HAND_QUESTION in run.console_text
     assert not run.has_section(HANDS)
     assert "Frame rate reaching the capture:" in run.report_text
@@ -139,7 +134,7 @@ def test_hand_tracking_check_can_be_skipped(run_tool, install):
 
 def test_no_device_no_hand_tracking(run_tool, install):
     headset = openxr.connect(install, "luid 00000000:0000B3C7\n")
-    scenario = "clock scripted\n" + (lab.SCENARIOS / "device-fails.txt").read_text(encoding="utf-8")
+    scenario = lab.patient("device-fails")
     run = run_tool(*GUIDED, scenario=scenario, stdin=b"\n\n\n", env=headset.env)
     assert run.has_section("PART 2 - HEADSET ON, GAME RUNNING")
     assert HAND_QUESTION not in run.console_text
@@ -149,6 +144,6 @@ def test_no_device_no_hand_tracking(run_tool, install):
 @pytest.mark.parametrize("name", ["never_ready", "session_refused", "no_data_source"])
 def test_probe_in_a_whole_run(run_tool, install, name):
     headset = openxr.connect(install, DISCRETE + openxr.probe_script(name))
-    run = run_tool(*GUIDED, scenario=hybrid_laptop(), stdin=b"\n\n\n\n", env=headset.env)
+    run = run_tool(*GUIDED, scenario=lab.patient("hybrid-laptop"), stdin=b"\n\n\n\n", env=headset.env)
     assert openxr.probe_report(name) in run.report_text
     assert headset.calls()[-2:] == ["xrDestroyInstance", "unloaded"]

@@ -11,13 +11,13 @@ import golden
 import lab
 import programs
 import terminal
-from test_guided_run import closing, patient
+from test_guided_run import closing
 from test_rescue import ACCESS_VIOLATION, CAPTURE, CRASHED, PLACE, closing_line
 
 MACHINE = "desktop-pc"  # Its figures are the same in every run.
 QUICK = ("--quick", "--no-models", "--capture-seconds", "0.5")
 NO_WINDOW = [(r"^Foreground app  : .*\n", "")]
-CRASH = f"crash AcquireNextFrame\n{patient('frames-60')}"
+CRASH = f"crash AcquireNextFrame\n{lab.patient('frames-60')}"
 NOT_WRITTEN = "\n!! Could not write the report file. Copy the text above instead.\n\nPress Enter to close.\n"
 NOT_RESCUED = "\nThe report file could not be written. Copy the text above instead.\n"
 
@@ -187,6 +187,21 @@ def test_root_of_a_drive(ordinary, tmp_path):
     assert texts(run, install) == ordinary
 
 
+# Wine finds a share, but tells a program that lies there a path that Windows never would: so the machine tells it.
+@pytest.mark.parametrize(
+    "share", ["\\\\server\\Tools %s", "\\\\?\\UNC\\server\\Tools %s"], ids=["a share", "a share in its long form"]
+)
+def test_folder_on_a_server(ordinary, tmp_path, share):
+    folder = tmp_path / "server" / "Tools %s" / "install"
+    furnish(folder)
+    install = Elsewhere(folder, share + "\\install")
+    machine = f"program at {install.windows_folder}\\vistrel_diag.exe\n" + lab.scenario_text(MACHINE)
+    with reached_as("unc", tmp_path):
+        run = run_by(lab.windows_path(install.exe), install, *QUICK, scenario=machine, scratch=tmp_path)
+    assert f"Running from: {install.windows_folder}\n" in run.report_text
+    assert texts(run, install) == ordinary
+
+
 def long_install(tmp_path, length):
     """An install folder whose tool has a path of so many characters."""
     base = lab.windows_path(tmp_path) + "\\"
@@ -232,7 +247,7 @@ EVIL = f"100%s %n{CLEAR_SCREEN}\x07\x08end"
 
 
 def machine_with_evil_gpu():
-    text = (lab.SCENARIOS / "desktop-pc.txt").read_text(encoding="utf-8")
+    text = lab.scenario_text("desktop-pc")
     return text.replace("adapter NVIDIA GeForce RTX 3070", f"adapter {EVIL}")
 
 

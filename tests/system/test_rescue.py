@@ -10,7 +10,7 @@ import lab
 import openxr
 import terminal
 from test_depth import NO_RUNTIME
-from test_guided_run import READY, patient, prompt
+from test_guided_run import READY, prompt
 from test_terminal import on_screen
 
 sys.path.insert(0, str(lab.ROOT / "tests" / "lab"))
@@ -33,7 +33,7 @@ DEATHS = [
     pytest.param("overflow", STACK_OVERFLOW, CRASHED.format(STACK_OVERFLOW), id="overflow"),
     pytest.param("abort", 3, ABORTED, id="abort"),
 ]
-MACHINE = patient("frames-60")
+MACHINE = lab.patient("frames-60")
 QUICK = ("--quick", "--no-models", "--capture-seconds", "0.5")
 GUIDED = QUICK[1:]  # In a terminal it is read from before anything hangs.
 VIEW = "view 2016 2240\n"

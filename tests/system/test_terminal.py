@@ -11,7 +11,7 @@ import pytest
 
 import lab
 import terminal
-from test_guided_run import BANNER, HANDS, HANDS_SECTION, INSTRUCTIONS, PART_TWO, READY, closing, patient, prompt, without
+from test_guided_run import BANNER, HANDS, HANDS_SECTION, INSTRUCTIONS, PART_TWO, READY, closing, prompt, without
 
 # Nothing is measured: the prompts are the subject.
 GUIDED = ("--no-models", "--capture-seconds", "0")
@@ -67,7 +67,7 @@ def test_a_person_at_a_terminal(install):
 
 @pytest.mark.parametrize("answer", ["s", "S", "skip", "s please"])
 def test_a_person_who_skips(install, answer):
-    with terminal.Terminal(install, *GUIDED, scenario=patient("device-fails")) as person:
+    with terminal.Terminal(install, *GUIDED, scenario=lab.patient("device-fails")) as person:
         person.answer(on_screen(START), "\r")
         person.answer(on_screen(HEADSET), answer + "\r")
         person.answer(CLOSE, "\r")
@@ -78,7 +78,7 @@ def test_a_person_who_skips(install, answer):
 
 @pytest.mark.parametrize("answer", [" s", "x" * 70 + "s", "yes"])
 def test_a_person_who_goes_on(install, answer):
-    with terminal.Terminal(install, *GUIDED, scenario=patient("device-fails")) as person:
+    with terminal.Terminal(install, *GUIDED, scenario=lab.patient("device-fails")) as person:
         person.answer(on_screen(START), answer + "\r")
         person.answer(on_screen(HEADSET), answer + "\r")
         person.answer(CLOSE, "\r")
@@ -87,7 +87,7 @@ def test_a_person_who_goes_on(install, answer):
 
 
 def test_control_z_ends_the_input_and_goes_on(install):
-    with terminal.Terminal(install, *GUIDED, scenario=patient("device-fails")) as person:
+    with terminal.Terminal(install, *GUIDED, scenario=lab.patient("device-fails")) as person:
         person.answer(on_screen(START), "\x1a\r")
         person.answer(on_screen(HEADSET), "\x1a\r")
         person.answer(CLOSE, "\x1a\r")
@@ -96,7 +96,7 @@ def test_control_z_ends_the_input_and_goes_on(install):
 
 
 def test_names_are_shown_in_their_own_letters(install):
-    with terminal.Terminal(install, *GUIDED, "--quick", scenario=patient("odd-names")) as person:
+    with terminal.Terminal(install, *GUIDED, "--quick", scenario=lab.patient("odd-names")) as person:
         person.wait_for("GPU 0           : Видеокарта ")
         person.wait_for("  Displays      : \\\\.\\DISPLAY_é\n")
         person.answer(CLOSE, "\r")

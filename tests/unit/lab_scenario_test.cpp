@@ -35,11 +35,12 @@ TEST(Scenario, AnEmptyTextIsAMachineWithoutAnything) {
 TEST(Scenario, ReadsTheMachine) {
     const Scenario scenario = Read(
         "clock scripted\nfactory fails 0x887A0004\ndevice fails 0x80004005\nadapters end with 0x887A0005\n"
-        "cursor null at -3,4\n");
+        "cursor null at -3,4\nprogram at \\\\server\\a share\\program.exe\n");
     EXPECT_TRUE(scenario.scripted_clock);
     EXPECT_THAT(scenario.factory_fails, Optional(0x887A0004U));
     EXPECT_THAT(scenario.device_fails, Optional(0x80004005U));
     EXPECT_THAT(scenario.adapters_end_with, Optional(0x887A0005U));
+    EXPECT_EQ(scenario.program_path, "\\\\server\\a share\\program.exe");
     EXPECT_TRUE(scenario.cursor.showing);
     EXPECT_TRUE(scenario.cursor.null_handle);
     EXPECT_EQ(scenario.cursor.x, -3);

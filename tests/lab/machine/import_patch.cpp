@@ -14,6 +14,7 @@
 #include "tests/lab/machine/fault_points.h"
 #include "tests/lab/machine/fault_watch.h"
 #include "tests/lab/machine/handle_account.h"
+#include "tests/lab/machine/module_functions.h"
 
 namespace lab {
 namespace {
@@ -34,6 +35,7 @@ FARPROC SimulatedFunction(std::string_view name) {
         {"EnumDisplayDevicesW", AsProc(&SimulatedEnumDisplayDevicesW)},
         {"EnumDisplaySettingsW", AsProc(&SimulatedEnumDisplaySettingsW)},
         {"GetCursorInfo", AsProc(&SimulatedGetCursorInfo)},
+        {"GetModuleFileNameW", AsProc(&SimulatedGetModuleFileNameW)},
         {"GetProcAddress", AsProc(&PatchedGetProcAddress)},
         {"QueryPerformanceCounter", AsProc(&ScriptedQueryPerformanceCounter), true},
         {"GetTickCount64", AsProc(&ScriptedGetTickCount64), true},

@@ -194,6 +194,11 @@ class ScenarioReader {
              scenario_.scripted_clock = words.OneOf({"real", "scripted"}) == "scripted";
          }},
         {"cursor", [this](Words& words) { ReadCursor(words); }},
+        {"program",
+         [this](Words& words) {
+             words.Expect("at");
+             scenario_.program_path = words.Rest();
+         }},
         {"factory", [this](Words& words) { scenario_.factory_fails = words.FailsWith(); }},
         {"device", [this](Words& words) { scenario_.device_fails = words.FailsWith(); }},
         {"adapters", [this](Words& words) { scenario_.adapters_end_with = words.EndWith(); }},

@@ -120,6 +120,7 @@ struct Scenario {
     std::vector<Output> outputs;
     std::vector<Display> displays;  ///< in the order of their listing
     Cursor cursor;
+    std::string program_path;  ///< what the program is told of itself; empty: the truth
     bool scripted_clock = false;
     std::optional<ResultCode> factory_fails;
     std::optional<ResultCode> device_fails;
