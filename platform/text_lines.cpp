@@ -1,27 +1,27 @@
 #include "platform/text_lines.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
-#include <cstdint>
+#include <bit>
 #include <cstring>
 
 namespace {
 
 constexpr char kEndOfText = '\x1A';
 
-/// Where `character` is in the buffer from `begin` to `end`. Looks at eight bytes at a time: the memchr of
-/// the C runtime may look at them one by one, as Wine's does, which took longer than all else that is done
-/// with a line.
+/// Where `character` is in the buffer from `begin` to `end`. Looks at 16 bytes at a time, for which every x64
+/// processor has the instructions: the memchr of the C runtime may look at them one by one, as Wine's does,
+/// which took longer than all else that is done with a line.
 std::optional<std::size_t> Find(const std::vector<char>& buffer, std::size_t begin, std::size_t end,
                                 char character) {
-    constexpr std::uint64_t kLowBits = 0x0101010101010101;
-    constexpr std::uint64_t kHighBits = 0x8080808080808080;
-    const std::uint64_t wanted = kLowBits * static_cast<unsigned char>(character);
-    for (std::uint64_t bytes = 0; begin + sizeof(bytes) <= end; begin += sizeof(bytes)) {
-        std::memcpy(&bytes, buffer.data() + begin, sizeof(bytes));
-        const std::uint64_t difference = bytes ^ wanted;
-        const bool has_zero_byte = ((difference - kLowBits) & ~difference & kHighBits) != 0;
-        if (has_zero_byte) {
-            break;
+    constexpr std::size_t kBlockBytes = sizeof(__m128i);
+    const __m128i wanted = _mm_set1_epi8(character);
+    for (; begin + kBlockBytes <= end; begin += kBlockBytes) {
+        const __m128i block = _mm_loadu_si128(reinterpret_cast<const __m128i*>(buffer.data() + begin));
+        const auto equal = static_cast<unsigned>(_mm_movemask_epi8(_mm_cmpeq_epi8(block, wanted)));
+        if (equal != 0) {
+            return begin + static_cast<std::size_t>(std::countr_zero(equal));
         }
     }
     for (; begin < end; ++begin) {
