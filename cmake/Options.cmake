@@ -34,7 +34,7 @@ if(WIN32)
 endif()
 
 if(VISTREL_SANITIZE AND NOT WIN32)
-  # Whether a test itself does what is undefined is not asked, which halves what compiling it takes.
+  # Whether a test itself does what is undefined is not asked, which saves a third of what compiling it takes.
   string(REPLACE "," ";" sanitizers ${VISTREL_SANITIZE})
   foreach(sanitizer ${sanitizers})
     if(sanitizer STREQUAL undefined)
