@@ -10,7 +10,7 @@
 
 #include "platform/dxgi_walk.h"
 #include "render/stereo_warp_shader.h"
-#include "tools/vistrel_diag/warp_timing.h"
+#include "tools/vistrel_diag/sections/warp/warp_timing.h"
 
 using Microsoft::WRL::ComPtr;
 

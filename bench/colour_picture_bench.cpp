@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "bench/ratio.h"
-#include "tools/vistrel_diag/colour_picture.h"
+#include "tools/vistrel_diag/sections/warp/colour_picture.h"
 
 namespace {
 

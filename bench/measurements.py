@@ -145,7 +145,7 @@ def settings(log):
 
 def markers():
     """The words that make a line of the product's log relevant."""
-    source = (ROOT / "tools/vistrel_diag/product_log_selection.cpp").read_text(encoding="utf-8")
+    source = (ROOT / "tools/vistrel_diag/sections/product_log/product_log_selection.cpp").read_text(encoding="utf-8")
     listed = re.search(r"kMarkers = \{(.*?)\};", source, re.DOTALL)[1]
     words = re.findall(r'"([^"]+)"', listed)
     assert len(words) == 15, words

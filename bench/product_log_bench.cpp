@@ -10,7 +10,7 @@
 #include <fstream>
 
 #include "platform/open_file.h"
-#include "tools/vistrel_diag/product_log_selection.h"
+#include "tools/vistrel_diag/sections/product_log/product_log_selection.h"
 
 namespace {
 

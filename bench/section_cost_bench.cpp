@@ -17,9 +17,9 @@
 #include <thread>
 
 #include "bench/ratio.h"
-#include "tools/vistrel_diag/colour_picture.h"
 #include "tools/vistrel_diag/guided_run.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/warp/colour_picture.h"
 
 namespace {
 

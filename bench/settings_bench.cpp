@@ -10,7 +10,7 @@
 #include "platform/open_file.h"
 #include "settings/diag_settings.h"
 #include "settings/settings_overlay.h"
-#include "tools/vistrel_diag/settings_section.h"
+#include "tools/vistrel_diag/sections/settings/settings_section.h"
 
 namespace {
 

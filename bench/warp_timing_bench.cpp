@@ -14,8 +14,8 @@
 #include "bench/ratio.h"
 #include "platform/stopwatch.h"
 #include "render/stereo_warp_shader.h"
-#include "tests/unit/scripted_com.h"
-#include "tools/vistrel_diag/warp_timing.h"
+#include "tests/unit/support/scripted_com.h"
+#include "tools/vistrel_diag/sections/warp/warp_timing.h"
 
 using Microsoft::WRL::ComPtr;
 

@@ -1,6 +1,6 @@
 // The one logger of the process, and the console that is adjusted when it is made.
-#include "log/console_mode.h"
 #include "log/logger.h"
+#include "tools/vistrel_diag/report/console_mode.h"
 
 Logger& Logger::instance() {
     struct ProcessLogger {

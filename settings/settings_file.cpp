@@ -7,7 +7,7 @@
 #include "platform/open_file.h"
 #include "settings/diag_settings.h"
 #include "settings/settings_overlay.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 namespace {
 

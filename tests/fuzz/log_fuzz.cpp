@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "tests/fuzz/long_runs.h"
-#include "tools/vistrel_diag/product_log_selection.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/product_log/product_log_selection.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "tests/fuzz/long_runs.h"
-#include "tools/vistrel_diag/report.h"
-#include "tools/vistrel_diag/settings_section.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/settings/settings_section.h"
 
 namespace {
 

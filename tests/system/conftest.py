@@ -12,7 +12,7 @@ import lab  # noqa: E402
 
 def pytest_sessionstart(session):
     if "VISTREL_LAB_SESSION" not in os.environ:
-        pytest.exit("start me as: cmake/lab-session python3 -m pytest tests/system", returncode=2)
+        pytest.exit("start me as: scripts/lab-session python3 -m pytest tests/system", returncode=2)
 
 
 @pytest.fixture

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <limits>
 
-#include "tools/vistrel_diag/console.h"
+#include "tools/vistrel_diag/report/console.h"
 
 namespace {
 

@@ -4,8 +4,8 @@
 #include "platform/console_utf8.h"
 #include "platform/utf8.h"
 #include "tools/vistrel_diag/command_line.h"
-#include "tools/vistrel_diag/console.h"
 #include "tools/vistrel_diag/guided_run.h"
+#include "tools/vistrel_diag/report/console.h"
 
 /// Always ends with 0: what fails is in the report.
 int wmain(int argument_count, wchar_t** argument_values) {

@@ -1,7 +1,7 @@
 #include "tools/vistrel_diag/run_texts.h"
 
-#include "tools/vistrel_diag/console.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/console.h"
+#include "tools/vistrel_diag/report/report.h"
 #include "tools/vistrel_diag/version.h"
 
 void PrintBanner() {

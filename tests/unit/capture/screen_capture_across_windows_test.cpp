@@ -3,7 +3,7 @@
 #include <thread>
 #include <utility>
 
-#include "tests/unit/screen_capture_test_base.h"
+#include "tests/unit/capture/screen_capture_test_base.h"
 
 using testing::ElementsAre;
 

@@ -1,7 +1,7 @@
 // The pointer on a captured image.
 #include <utility>
 
-#include "tests/unit/screen_capture_test_base.h"
+#include "tests/unit/capture/screen_capture_test_base.h"
 
 using testing::IsEmpty;
 

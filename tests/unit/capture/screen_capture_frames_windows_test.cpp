@@ -1,5 +1,5 @@
 // The images that the screen capture delivers: waits, losses, sizes, formats and ages.
-#include "tests/unit/screen_capture_test_base.h"
+#include "tests/unit/capture/screen_capture_test_base.h"
 
 using testing::ElementsAre;
 

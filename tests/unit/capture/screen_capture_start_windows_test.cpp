@@ -1,5 +1,5 @@
 // Starting the screen capture: which monitor, on which device, and what is said when it cannot be.
-#include "tests/unit/screen_capture_test_base.h"
+#include "tests/unit/capture/screen_capture_test_base.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

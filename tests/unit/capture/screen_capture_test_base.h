@@ -10,7 +10,7 @@
 
 #include "capture/screen_capture_dxgi.h"
 #include "settings/diag_settings.h"
-#include "tests/unit/fake_desktop.h"
+#include "tests/unit/support/fake_desktop.h"
 
 class ScreenCaptureTestBase : public testing::Test {
   protected:

@@ -6,7 +6,7 @@
 #include <algorithm>
 #include <string>
 
-#include "tests/unit/registry_sandbox.h"
+#include "tests/unit/support/registry_sandbox.h"
 
 namespace {
 

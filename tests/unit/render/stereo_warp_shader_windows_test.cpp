@@ -11,10 +11,10 @@
 #include <vector>
 
 #include "log/logger.h"
-#include "tests/unit/executable_folder_seam.h"
-#include "tests/unit/lab_device.h"
-#include "tests/unit/scripted_com.h"
-#include "tests/unit/scripted_compiler.h"
+#include "tests/lab/tests/lab_device.h"
+#include "tests/unit/support/executable_folder_seam.h"
+#include "tests/unit/support/scripted_com.h"
+#include "tests/unit/support/scripted_compiler.h"
 
 namespace {
 

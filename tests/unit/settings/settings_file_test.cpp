@@ -8,8 +8,8 @@
 #include <string>
 
 #include "settings/diag_settings.h"
-#include "tests/unit/report_capture.h"
-#include "tools/vistrel_diag/settings_section.h"
+#include "tests/unit/support/report_capture.h"
+#include "tools/vistrel_diag/sections/settings/settings_section.h"
 
 namespace {
 

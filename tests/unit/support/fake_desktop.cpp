@@ -2,7 +2,7 @@
 #include <array>
 #include <memory>
 
-#include "tests/unit/fake_desktop_parts.h"
+#include "tests/unit/support/fake_desktop_parts.h"
 
 namespace {
 

@@ -4,7 +4,7 @@
 #include <deque>
 #include <utility>
 
-#include "tests/unit/fake_desktop_parts.h"
+#include "tests/unit/support/fake_desktop_parts.h"
 
 using Microsoft::WRL::ComPtr;
 

@@ -5,7 +5,7 @@
 
 #include "tests/lab/machine/output_stub.h"
 #include "tests/lab/machine/simulated_object.h"
-#include "tests/unit/fake_desktop_parts.h"
+#include "tests/unit/support/fake_desktop_parts.h"
 
 using Microsoft::WRL::ComPtr;
 

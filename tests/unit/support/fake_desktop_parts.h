@@ -8,7 +8,7 @@
 #include <cstddef>
 #include <string>
 
-#include "tests/unit/fake_desktop.h"
+#include "tests/unit/support/fake_desktop.h"
 
 /// Tags a device with the number of the adapter that it is said to run on.
 inline constexpr GUID kAdapterTag = {0x6d1f6f40, 0x3c52, 0x4a76, {0x9b, 1, 2, 3, 4, 5, 6, 7}};

@@ -1,4 +1,4 @@
-#include "tests/unit/fake_dxgi.h"
+#include "tests/unit/support/fake_dxgi.h"
 
 #include <algorithm>
 #include <cstddef>

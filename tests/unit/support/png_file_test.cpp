@@ -1,4 +1,4 @@
-#include "tests/unit/png_file.h"
+#include "tests/unit/support/png_file.h"
 
 #include <gtest/gtest.h>
 

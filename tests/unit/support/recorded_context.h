@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "render/stereo_warp_constants.h"
-#include "tests/unit/scripted_com.h"
+#include "tests/unit/support/scripted_com.h"
 
 /// A context that writes down what it is asked to do, and goes on to do it. One at a time.
 class RecordedContext {

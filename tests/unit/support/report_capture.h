@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <string>
 
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 class ReportCapture {
   public:

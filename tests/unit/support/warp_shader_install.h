@@ -10,7 +10,7 @@
 #include <string>
 
 #include "render/stereo_warp_shader.h"
-#include "tests/unit/executable_folder_seam.h"
+#include "tests/unit/support/executable_folder_seam.h"
 
 /// Loads the sample installation's shader.
 inline void LoadSampleShader(ID3D11Device* device, StereoWarpShader& shader) {

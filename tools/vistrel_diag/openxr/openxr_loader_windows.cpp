@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/openxr_loader.h"
+#include "tools/vistrel_diag/openxr/openxr_loader.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/openxr_reading.h"
+#include "tools/vistrel_diag/openxr/openxr_reading.h"
 
 #include <utf8.h>
 

@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/console.h"
+#include "tools/vistrel_diag/report/console.h"
 
 #include <cstdarg>
 #include <cstddef>

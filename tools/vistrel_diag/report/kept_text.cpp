@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/kept_text.h"
+#include "tools/vistrel_diag/report/kept_text.h"
 
 #include <algorithm>
 

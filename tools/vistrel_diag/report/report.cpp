@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 #include <atomic>
 #include <cstdarg>
@@ -8,7 +8,7 @@
 #include <string>
 
 #include "platform/long_path.h"
-#include "tools/vistrel_diag/console.h"
+#include "tools/vistrel_diag/report/console.h"
 
 namespace Report {
 namespace {

@@ -6,7 +6,7 @@
 #include <string_view>
 
 #include "platform/format.h"
-#include "tools/vistrel_diag/kept_text.h"
+#include "tools/vistrel_diag/report/kept_text.h"
 
 namespace Report {
 

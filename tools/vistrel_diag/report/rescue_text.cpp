@@ -2,7 +2,7 @@
 #include <array>
 #include <cstdio>
 
-#include "tools/vistrel_diag/rescue.h"
+#include "tools/vistrel_diag/report/rescue.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/rescue.h"
+#include "tools/vistrel_diag/report/rescue.h"
 
 #include <windows.h>
 
@@ -10,8 +10,8 @@
 #include "platform/console_utf8.h"
 #include "platform/long_path.h"
 #include "platform/utf8.h"
-#include "tools/vistrel_diag/report.h"
-#include "tools/vistrel_diag/session_end_watch.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/report/session_end_watch.h"
 
 namespace {
 

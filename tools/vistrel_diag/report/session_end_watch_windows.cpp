@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/session_end_watch.h"
+#include "tools/vistrel_diag/report/session_end_watch.h"
 
 #include <windows.h>
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "tests/unit/report_capture.h"
+#include "tests/unit/support/report_capture.h"
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include <optional>
 
 #include "platform/luid.h"
-#include "tools/vistrel_diag/benchmark_setup.h"
+#include "tools/vistrel_diag/sections/benchmark_setup/benchmark_setup_section.h"
 
 /// Lives until the report is written.
 struct BenchmarkDevice {

@@ -1,8 +1,8 @@
-#include "tools/vistrel_diag/benchmark_device.h"
+#include "tools/vistrel_diag/sections/benchmark_setup/benchmark_device.h"
 
 #include "platform/com.h"
 #include "platform/dxgi_walk.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 using Microsoft::WRL::ComPtr;
 

@@ -1,8 +1,8 @@
-#include "tools/vistrel_diag/benchmark_setup.h"
+#include "tools/vistrel_diag/sections/benchmark_setup/benchmark_setup_section.h"
 
 #include <cstddef>
 
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 BenchmarkGpu LargestHardwareGpu(const std::vector<GpuInfo>& gpus) {
     BenchmarkGpu largest;

@@ -5,7 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include "tools/vistrel_diag/gpu_section.h"
+#include "tools/vistrel_diag/sections/gpus/gpu_section.h"
 
 /// The GPU to measure on.
 struct BenchmarkGpu {

@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/capture_measurement.h"
+#include "tools/vistrel_diag/sections/capture/capture_measurement.h"
 
 #include <d3d11.h>
 #include <wrl/client.h>

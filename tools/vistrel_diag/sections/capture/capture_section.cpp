@@ -1,6 +1,6 @@
-#include "tools/vistrel_diag/capture_section.h"
+#include "tools/vistrel_diag/sections/capture/capture_section.h"
 
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 double FramesPerSecond(const CaptureMeasurement& measurement) {
     return measurement.seconds > 0.0 ? measurement.new_frames / measurement.seconds : 0.0;

@@ -1,7 +1,7 @@
 // The SCREEN CAPTURE section, and part 2's frame rate of the game.
 #pragma once
 
-#include "tools/vistrel_diag/capture_measurement.h"
+#include "tools/vistrel_diag/sections/capture/capture_measurement.h"
 
 /// The whole SCREEN CAPTURE section, measuring for `seconds`. Returns what was measured.
 CaptureMeasurement ReportCaptureSection(ID3D11Device* device, ID3D11DeviceContext* context, double seconds);

@@ -1,5 +1,5 @@
-#include "tools/vistrel_diag/capture_section.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/sections/capture/capture_section.h"
+#include "tools/vistrel_diag/report/report.h"
 
 CaptureMeasurement ReportCaptureSection(ID3D11Device* device, ID3D11DeviceContext* context, double seconds) {
     Report::Section("SCREEN CAPTURE");

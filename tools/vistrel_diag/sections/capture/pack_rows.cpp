@@ -1,6 +1,6 @@
 #include <cstring>
 
-#include "tools/vistrel_diag/capture_measurement.h"
+#include "tools/vistrel_diag/sections/capture/capture_measurement.h"
 
 std::vector<std::uint8_t> PackRows(const void* rows, std::size_t row_pitch, std::size_t row_bytes,
                                    std::size_t height) {

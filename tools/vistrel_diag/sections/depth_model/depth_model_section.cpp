@@ -1,8 +1,8 @@
-#include "tools/vistrel_diag/depth_section.h"
+#include "tools/vistrel_diag/sections/depth_model/depth_model_section.h"
 
 #include "settings/diag_settings.h"
-#include "tools/vistrel_diag/gpu_section.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/gpus/gpu_section.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
+#include "tools/vistrel_diag/sections/depth_model/depth_model_section.h"
 #include "depth/onnx_runtime_loader.h"
 #include "platform/utf8.h"
 #include "settings/diag_settings.h"
-#include "tools/vistrel_diag/depth_section.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 ModelTiming ReportDepthModelSection(std::string_view tool_folder, bool all_presets, int gpu_index) {
     Report::Section("DEPTH MODEL INFERENCE");

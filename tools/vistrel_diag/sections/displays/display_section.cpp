@@ -1,10 +1,10 @@
-#include "tools/vistrel_diag/display_section.h"
+#include "tools/vistrel_diag/sections/displays/display_section.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <utility>
 
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "tools/vistrel_diag/gpu_section.h"
+#include "tools/vistrel_diag/sections/gpus/gpu_section.h"
 
 /// One monitor that is part of the desktop, in its current mode.
 struct DisplayInfo {

@@ -4,8 +4,8 @@
 #include <utility>
 
 #include "platform/utf8.h"
-#include "tools/vistrel_diag/display_section.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/displays/display_section.h"
 
 static_assert(sizeof(DEVMODEW) == 220, "the size that Windows knows the mode by");
 

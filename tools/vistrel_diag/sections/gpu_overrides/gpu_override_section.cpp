@@ -1,10 +1,10 @@
-#include "tools/vistrel_diag/gpu_override_section.h"
+#include "tools/vistrel_diag/sections/gpu_overrides/gpu_override_section.h"
 
 #include <algorithm>
 #include <array>
 
 #include "platform/letter_case.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include <utility>
 
 #include "platform/registry.h"
-#include "tools/vistrel_diag/gpu_override_section.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/gpu_overrides/gpu_override_section.h"
 
 std::optional<std::vector<GpuPreference>> ProbeGpuPreferences() {
     const RegistryKey key(HKEY_CURRENT_USER, L"Software\\Microsoft\\DirectX\\UserGpuPreferences");

@@ -1,9 +1,9 @@
-#include "tools/vistrel_diag/gpu_section.h"
+#include "tools/vistrel_diag/sections/gpus/gpu_section.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 namespace {
 

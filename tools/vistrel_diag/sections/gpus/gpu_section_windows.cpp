@@ -6,8 +6,8 @@
 #include "platform/com.h"
 #include "platform/dxgi_walk.h"
 #include "platform/utf8.h"
-#include "tools/vistrel_diag/gpu_section.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/gpus/gpu_section.h"
 
 using Microsoft::WRL::ComPtr;
 

@@ -1,7 +1,7 @@
 // The OpenXR functions that watching the hands takes.
 #pragma once
 
-#include "tools/vistrel_diag/openxr_loader.h"
+#include "tools/vistrel_diag/openxr/openxr_loader.h"
 
 /// Null where the runtime lacks one.
 struct HandTrackingFunctions {

@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/hand_tracking_functions.h"
+#include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_functions.h"
 
 HandTrackingFunctions FindHandTrackingFunctions(PFN_xrGetInstanceProcAddr get_function, XrInstance instance) {
     HandTrackingFunctions xr = {};

@@ -1,9 +1,9 @@
-#include "tools/vistrel_diag/hand_tracking_section.h"
+#include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_section.h"
 
 #include <algorithm>
 #include <cmath>
 
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 namespace {
 

@@ -1,13 +1,13 @@
-#include "tools/vistrel_diag/hand_tracking_probe.h"
+#include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_probe.h"
 
 #include <optional>
 #include <vector>
 
-#include "tools/vistrel_diag/hand_tracking_section.h"
-#include "tools/vistrel_diag/hand_watch.h"
-#include "tools/vistrel_diag/openxr_loader.h"
-#include "tools/vistrel_diag/openxr_reading.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/openxr/openxr_loader.h"
+#include "tools/vistrel_diag/openxr/openxr_reading.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_section.h"
+#include "tools/vistrel_diag/sections/hand_tracking/hand_watch.h"
 
 namespace {
 

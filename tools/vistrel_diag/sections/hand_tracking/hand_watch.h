@@ -4,8 +4,8 @@
 #include <array>
 
 #include "platform/stopwatch.h"
-#include "tools/vistrel_diag/hand_tracking_functions.h"
-#include "tools/vistrel_diag/hand_tracking_section.h"
+#include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_functions.h"
+#include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_section.h"
 
 /// What the watch works with; all of it is the caller's.
 struct HandWatchObjects {

@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/hand_watch.h"
+#include "tools/vistrel_diag/sections/hand_tracking/hand_watch.h"
 
 #include <cstddef>
 #include <cstring>

@@ -1,11 +1,11 @@
-#include "tools/vistrel_diag/headset_section.h"
+#include "tools/vistrel_diag/sections/headset/headset_section.h"
 
 #include <cstddef>
 #include <optional>
 
-#include "tools/vistrel_diag/display_section.h"
-#include "tools/vistrel_diag/gpu_section.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/displays/display_section.h"
+#include "tools/vistrel_diag/sections/gpus/gpu_section.h"
 
 namespace {
 

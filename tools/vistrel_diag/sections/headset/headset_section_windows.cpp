@@ -1,9 +1,9 @@
 #include <algorithm>
 #include <vector>
 
-#include "tools/vistrel_diag/headset_section.h"
-#include "tools/vistrel_diag/openxr_loader.h"
-#include "tools/vistrel_diag/openxr_reading.h"
+#include "tools/vistrel_diag/openxr/openxr_loader.h"
+#include "tools/vistrel_diag/openxr/openxr_reading.h"
+#include "tools/vistrel_diag/sections/headset/headset_section.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
-#include "tools/vistrel_diag/injection_section.h"
+#include "tools/vistrel_diag/sections/injection/injection_section.h"
 
 #include <algorithm>
 #include <array>
 #include <iterator>
 
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <string>
 
 #include "platform/long_path.h"
-#include "tools/vistrel_diag/injection_section.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/injection/injection_section.h"
 
 bool FileExistsBeside(std::string_view folder, std::string_view name) {
     const std::string path = OpenablePath(std::string(folder) + "\\" + std::string(name));

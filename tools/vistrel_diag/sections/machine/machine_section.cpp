@@ -1,6 +1,6 @@
-#include "tools/vistrel_diag/machine_section.h"
+#include "tools/vistrel_diag/sections/machine/machine_section.h"
 
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include <windows.h>
 
 #include "platform/registry.h"
-#include "tools/vistrel_diag/machine_section.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/machine/machine_section.h"
 
 namespace {
 

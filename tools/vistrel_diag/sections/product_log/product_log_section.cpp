@@ -1,9 +1,9 @@
-#include "tools/vistrel_diag/product_log_section.h"
+#include "tools/vistrel_diag/sections/product_log/product_log_section.h"
 
 #include <vector>
 
-#include "tools/vistrel_diag/product_log_selection.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/product_log/product_log_selection.h"
 
 namespace {
 

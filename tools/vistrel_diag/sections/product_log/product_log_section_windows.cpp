@@ -2,8 +2,8 @@
 
 #include "platform/open_file.h"
 #include "settings/product_data.h"
-#include "tools/vistrel_diag/product_log_section.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/product_log/product_log_section.h"
 
 void ReportProductLog() {
     Report::Section("WHAT VISTREL ITSELF LOGGED LAST RUN");

@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/product_log_selection.h"
+#include "tools/vistrel_diag/sections/product_log/product_log_selection.h"
 
 #include <algorithm>
 #include <array>
@@ -8,7 +8,7 @@
 #include <string_view>
 
 #include "platform/text_lines.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
-#include "tools/vistrel_diag/running_software_section.h"
+#include "tools/vistrel_diag/sections/running_software/running_software_section.h"
 
 #include <algorithm>
 #include <array>
 
 #include "platform/letter_case.h"
 #include "platform/utf8.h"
-#include "tools/vistrel_diag/console.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/console.h"
+#include "tools/vistrel_diag/report/report.h"
 
 namespace {
 

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 
-#include "tools/vistrel_diag/report.h"
-#include "tools/vistrel_diag/running_software_section.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/running_software/running_software_section.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/settings_section.h"
+#include "tools/vistrel_diag/sections/settings/settings_section.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -9,7 +9,7 @@
 #include "platform/open_file.h"
 #include "platform/text_lines.h"
 #include "settings/settings_file.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
-#include "tools/vistrel_diag/verdict.h"
+#include "tools/vistrel_diag/sections/verdict/verdict_section.h"
 
 #include <algorithm>
 #include <string>
 
 #include "settings/diag_settings.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/colour_picture.h"
+#include "tools/vistrel_diag/sections/warp/colour_picture.h"
 
 #include <bit>
 #include <cstring>

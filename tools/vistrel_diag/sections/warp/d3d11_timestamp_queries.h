@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "tools/vistrel_diag/gpu_timer.h"
+#include "tools/vistrel_diag/sections/warp/gpu_timer.h"
 
 class D3D11TimestampQueries {
   public:

@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/d3d11_timestamp_queries.h"
+#include "tools/vistrel_diag/sections/warp/d3d11_timestamp_queries.h"
 
 bool D3D11TimestampQueries::Create() {
     return CreateQuery(D3D11_QUERY_TIMESTAMP_DISJOINT, disjoint_) &&

@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/frame_sampling.h"
+#include "tools/vistrel_diag/sections/warp/frame_sampling.h"
 
 #include <algorithm>
 #include <cstddef>

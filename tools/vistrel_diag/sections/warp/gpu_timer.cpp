@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/gpu_timer.h"
+#include "tools/vistrel_diag/sections/warp/gpu_timer.h"
 
 double MeanFrameMs(const GpuClock& clock, std::uint64_t start, std::uint64_t end, int frames) {
     if (clock.disjoint || clock.frequency == 0 || end <= start) {

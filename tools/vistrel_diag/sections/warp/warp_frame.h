@@ -4,7 +4,7 @@
 #include <d3d11.h>
 
 #include "render/stereo_warp_shader.h"
-#include "tools/vistrel_diag/warp_resources.h"
+#include "tools/vistrel_diag/sections/warp/warp_resources.h"
 
 /// Draws the luminance of the colour picture into the depth texture. When that cannot be done it is reported
 /// in one line and the depth stays as it was created.

@@ -1,9 +1,9 @@
-#include "tools/vistrel_diag/warp_frame.h"
+#include "tools/vistrel_diag/sections/warp/warp_frame.h"
 
 #include <array>
 
 #include "render/shader_compiler.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 namespace {
 

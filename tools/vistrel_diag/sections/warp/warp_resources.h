@@ -7,7 +7,7 @@
 #include <array>
 #include <cstdint>
 
-#include "tools/vistrel_diag/colour_picture.h"
+#include "tools/vistrel_diag/sections/warp/colour_picture.h"
 
 struct EyeTarget {
     Microsoft::WRL::ComPtr<ID3D11Texture2D> texture;

@@ -1,9 +1,9 @@
-#include "tools/vistrel_diag/warp_resources.h"
+#include "tools/vistrel_diag/sections/warp/warp_resources.h"
 
 #include <new>
 
 #include "render/shader_compiler.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 namespace {
 

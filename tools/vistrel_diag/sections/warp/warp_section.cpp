@@ -1,7 +1,7 @@
-#include "tools/vistrel_diag/warp_section.h"
+#include "tools/vistrel_diag/sections/warp/warp_section.h"
 
 #include "platform/format.h"
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 DesktopSize SizeOfDesktop(const CaptureMeasurement& capture, const std::vector<DisplayInfo>& displays) {
     if (capture.ok) {

@@ -5,9 +5,9 @@
 #include <string>
 #include <vector>
 
-#include "tools/vistrel_diag/capture_measurement.h"
-#include "tools/vistrel_diag/display_section.h"
-#include "tools/vistrel_diag/warp_timing.h"
+#include "tools/vistrel_diag/sections/capture/capture_measurement.h"
+#include "tools/vistrel_diag/sections/displays/display_section.h"
+#include "tools/vistrel_diag/sections/warp/warp_timing.h"
 
 /// An eye size to time and what the table calls it.
 struct WarpSize {

@@ -2,9 +2,9 @@
 #include <dxgi.h>
 
 #include "render/stereo_warp_shader.h"
-#include "tools/vistrel_diag/console.h"
-#include "tools/vistrel_diag/report.h"
-#include "tools/vistrel_diag/warp_section.h"
+#include "tools/vistrel_diag/report/console.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/warp/warp_section.h"
 
 std::vector<WarpTiming> ReportWarpSection(ID3D11Device* device, ID3D11DeviceContext* context,
                                           IDXGIAdapter1* adapter, const CaptureMeasurement& capture) {

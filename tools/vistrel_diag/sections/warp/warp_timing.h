@@ -3,7 +3,7 @@
 
 #include <cstdint>
 
-#include "tools/vistrel_diag/colour_picture.h"
+#include "tools/vistrel_diag/sections/warp/colour_picture.h"
 
 class StereoWarpShader;
 struct ID3D11Device;

@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/warp_timing.h"
+#include "tools/vistrel_diag/sections/warp/warp_timing.h"
 
 #include <d3d11.h>
 
@@ -6,11 +6,11 @@
 
 #include "platform/video_memory.h"
 #include "settings/diag_settings.h"
-#include "tools/vistrel_diag/d3d11_timestamp_queries.h"
-#include "tools/vistrel_diag/frame_sampling.h"
-#include "tools/vistrel_diag/report.h"
-#include "tools/vistrel_diag/warp_frame.h"
-#include "tools/vistrel_diag/warp_resources.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/warp/d3d11_timestamp_queries.h"
+#include "tools/vistrel_diag/sections/warp/frame_sampling.h"
+#include "tools/vistrel_diag/sections/warp/warp_frame.h"
+#include "tools/vistrel_diag/sections/warp/warp_resources.h"
 
 namespace {
 

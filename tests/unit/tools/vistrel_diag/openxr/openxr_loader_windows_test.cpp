@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/openxr_loader.h"
+#include "tools/vistrel_diag/openxr/openxr_loader.h"
 
 #include <gtest/gtest.h>
 
@@ -6,8 +6,8 @@
 #include <string>
 
 #include "tests/lab/openxr/openxr_lab.h"
-#include "tools/vistrel_diag/hand_tracking_probe.h"
-#include "tools/vistrel_diag/headset_section.h"
+#include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_probe.h"
+#include "tools/vistrel_diag/sections/headset/headset_section.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "log/console_mode.h"
+#include "tools/vistrel_diag/report/console_mode.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>

@@ -1,10 +1,10 @@
-#include "tools/vistrel_diag/console.h"
+#include "tools/vistrel_diag/report/console.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "tests/unit/console_input.h"
+#include "tests/unit/tools/vistrel_diag/report/console_input.h"
 
 namespace {
 

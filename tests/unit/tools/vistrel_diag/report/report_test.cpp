@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/report.h"
+#include "tools/vistrel_diag/report/report.h"
 
 #include <gtest/gtest.h>
 
@@ -8,7 +8,7 @@
 #include <iterator>
 #include <thread>
 
-#include "tests/unit/report_capture.h"
+#include "tests/unit/support/report_capture.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 #include <array>
 #include <string>
 
-#include "tools/vistrel_diag/rescue.h"
+#include "tools/vistrel_diag/report/rescue.h"
 
 namespace {
 

@@ -11,8 +11,8 @@
 #include <string>
 
 #include "tests/lab/misfortune.h"
-#include "tools/vistrel_diag/report.h"
-#include "tools/vistrel_diag/rescue.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/report/rescue.h"
 
 namespace {
 

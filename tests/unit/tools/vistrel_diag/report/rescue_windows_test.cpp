@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/rescue.h"
+#include "tools/vistrel_diag/report/rescue.h"
 
 #include <gtest/gtest.h>
 #include <windows.h>

@@ -1,10 +1,10 @@
-#include "tools/vistrel_diag/benchmark_device.h"
+#include "tools/vistrel_diag/sections/benchmark_setup/benchmark_device.h"
 
 #include <gtest/gtest.h>
 
-#include "tests/unit/fake_dxgi.h"
-#include "tests/unit/report_capture.h"
-#include "tools/vistrel_diag/gpu_section.h"
+#include "tests/unit/support/fake_dxgi.h"
+#include "tests/unit/support/report_capture.h"
+#include "tools/vistrel_diag/sections/gpus/gpu_section.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
-#include "tools/vistrel_diag/benchmark_setup.h"
+#include "tools/vistrel_diag/sections/benchmark_setup/benchmark_setup_section.h"
 
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "tests/unit/report_capture.h"
+#include "tests/unit/support/report_capture.h"
 
 namespace {
 

@@ -1,13 +1,13 @@
 // Measuring the rate of a desktop whose clock is scripted: every acquire takes a tenth of a millisecond, a
 // wait as long as it is allowed to.
-#include "tools/vistrel_diag/capture_measurement.h"
+#include "tools/vistrel_diag/sections/capture/capture_measurement.h"
 
 #include <cmath>
 #include <limits>
 
-#include "tests/unit/report_capture.h"
-#include "tests/unit/screen_capture_test_base.h"
-#include "tools/vistrel_diag/capture_section.h"
+#include "tests/unit/capture/screen_capture_test_base.h"
+#include "tests/unit/support/report_capture.h"
+#include "tools/vistrel_diag/sections/capture/capture_section.h"
 
 using testing::ElementsAre;
 using testing::IsEmpty;

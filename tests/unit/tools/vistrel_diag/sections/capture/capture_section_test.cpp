@@ -1,10 +1,10 @@
-#include "tools/vistrel_diag/capture_section.h"
+#include "tools/vistrel_diag/sections/capture/capture_section.h"
 
 #include <gtest/gtest.h>
 
 #include <numeric>
 
-#include "tests/unit/report_capture.h"
+#include "tests/unit/support/report_capture.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/depth_section.h"
+#include "tools/vistrel_diag/sections/depth_model/depth_model_section.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "settings/diag_settings.h"
-#include "tests/unit/report_capture.h"
-#include "tools/vistrel_diag/gpu_section.h"
+#include "tests/unit/support/report_capture.h"
+#include "tools/vistrel_diag/sections/gpus/gpu_section.h"
 
 namespace {
 

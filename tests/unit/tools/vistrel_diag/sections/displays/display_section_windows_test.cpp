@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/report_capture.h"
-#include "tools/vistrel_diag/display_section.h"
+#include "tests/unit/support/report_capture.h"
+#include "tools/vistrel_diag/sections/displays/display_section.h"
 
 // The display devices of this program: the functions of Windows are replaced by these, which hand on to the
 // real ones while no devices are scripted.

@@ -1,8 +1,8 @@
-#include "tools/vistrel_diag/gpu_override_section.h"
+#include "tools/vistrel_diag/sections/gpu_overrides/gpu_override_section.h"
 
 #include <gtest/gtest.h>
 
-#include "tests/unit/report_capture.h"
+#include "tests/unit/support/report_capture.h"
 
 namespace {
 

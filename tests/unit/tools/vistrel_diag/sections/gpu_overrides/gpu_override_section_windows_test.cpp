@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/report_capture.h"
-#include "tools/vistrel_diag/gpu_override_section.h"
+#include "tests/unit/support/report_capture.h"
+#include "tools/vistrel_diag/sections/gpu_overrides/gpu_override_section.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/unit/fake_dxgi.h"
-#include "tests/unit/report_capture.h"
-#include "tools/vistrel_diag/gpu_section.h"
+#include "tests/unit/support/fake_dxgi.h"
+#include "tests/unit/support/report_capture.h"
+#include "tools/vistrel_diag/sections/gpus/gpu_section.h"
 
 namespace {
 

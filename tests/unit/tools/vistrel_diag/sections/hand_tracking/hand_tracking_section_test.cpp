@@ -1,11 +1,11 @@
-#include "tools/vistrel_diag/hand_tracking_section.h"
+#include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_section.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
 #include <limits>
 
-#include "tests/unit/report_capture.h"
+#include "tests/unit/support/report_capture.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/hand_tracking_probe.h"
+#include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_probe.h"
 
 #include <d3d11.h>
 #include <gmock/gmock.h>
@@ -11,7 +11,7 @@
 
 #include "platform/stopwatch.h"
 #include "tests/lab/openxr/openxr_lab.h"
-#include "tests/unit/report_capture.h"
+#include "tests/unit/support/report_capture.h"
 
 namespace {
 

@@ -1,10 +1,10 @@
-#include "tools/vistrel_diag/headset_section.h"
+#include "tools/vistrel_diag/sections/headset/headset_section.h"
 
 #include <gtest/gtest.h>
 
-#include "tests/unit/report_capture.h"
-#include "tools/vistrel_diag/display_section.h"
-#include "tools/vistrel_diag/gpu_section.h"
+#include "tests/unit/support/report_capture.h"
+#include "tools/vistrel_diag/sections/displays/display_section.h"
+#include "tools/vistrel_diag/sections/gpus/gpu_section.h"
 
 namespace {
 

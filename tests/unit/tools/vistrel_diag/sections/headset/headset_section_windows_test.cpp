@@ -5,10 +5,10 @@
 #include <tuple>
 
 #include "tests/lab/openxr/openxr_lab.h"
-#include "tests/unit/report_capture.h"
-#include "tools/vistrel_diag/display_section.h"
-#include "tools/vistrel_diag/gpu_section.h"
-#include "tools/vistrel_diag/headset_section.h"
+#include "tests/unit/support/report_capture.h"
+#include "tools/vistrel_diag/sections/displays/display_section.h"
+#include "tools/vistrel_diag/sections/gpus/gpu_section.h"
+#include "tools/vistrel_diag/sections/headset/headset_section.h"
 
 namespace {
 

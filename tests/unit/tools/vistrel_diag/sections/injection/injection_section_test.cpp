@@ -1,11 +1,11 @@
-#include "tools/vistrel_diag/injection_section.h"
+#include "tools/vistrel_diag/sections/injection/injection_section.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <string>
 
-#include "tests/unit/report_capture.h"
+#include "tests/unit/support/report_capture.h"
 
 namespace {
 

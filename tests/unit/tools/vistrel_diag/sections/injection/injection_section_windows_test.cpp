@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "platform/utf8.h"
-#include "tests/unit/report_capture.h"
-#include "tools/vistrel_diag/injection_section.h"
+#include "tests/unit/support/report_capture.h"
+#include "tools/vistrel_diag/sections/injection/injection_section.h"
 
 namespace {
 

@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
-#include "tests/unit/registry_sandbox.h"
-#include "tests/unit/report_capture.h"
-#include "tools/vistrel_diag/machine_section.h"
+#include "tests/unit/support/registry_sandbox.h"
+#include "tests/unit/support/report_capture.h"
+#include "tools/vistrel_diag/sections/machine/machine_section.h"
 
 namespace {
 

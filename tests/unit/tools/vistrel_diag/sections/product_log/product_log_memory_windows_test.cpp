@@ -9,8 +9,8 @@
 #include <istream>
 #include <string>
 
-#include "tests/unit/repeated_text.h"
-#include "tools/vistrel_diag/product_log_selection.h"
+#include "tests/unit/support/repeated_text.h"
+#include "tools/vistrel_diag/sections/product_log/product_log_selection.h"
 
 namespace {
 

@@ -1,12 +1,12 @@
-#include "tools/vistrel_diag/product_log_section.h"
+#include "tools/vistrel_diag/sections/product_log/product_log_section.h"
 
 #include <gtest/gtest.h>
 
 #include <sstream>
 #include <string>
 
-#include "tests/unit/breaking_stream.h"
-#include "tests/unit/report_capture.h"
+#include "tests/unit/support/breaking_stream.h"
+#include "tests/unit/support/report_capture.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/product_log_selection.h"
+#include "tools/vistrel_diag/sections/product_log/product_log_selection.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/repeated_text.h"
+#include "tests/unit/support/repeated_text.h"
 
 namespace {
 

@@ -1,9 +1,9 @@
-#include "tools/vistrel_diag/running_software_section.h"
+#include "tools/vistrel_diag/sections/running_software/running_software_section.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/unit/report_capture.h"
+#include "tests/unit/support/report_capture.h"
 
 namespace {
 

@@ -6,9 +6,9 @@
 #include <optional>
 #include <string>
 
-#include "tests/unit/report_capture.h"
-#include "tests/unit/running_program.h"
-#include "tools/vistrel_diag/running_software_section.h"
+#include "tests/unit/support/report_capture.h"
+#include "tests/unit/support/running_program.h"
+#include "tools/vistrel_diag/sections/running_software/running_software_section.h"
 
 // The foreground window of this program: the real one, but where a test says otherwise.
 namespace {

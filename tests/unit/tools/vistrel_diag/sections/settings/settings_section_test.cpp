@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/settings_section.h"
+#include "tools/vistrel_diag/sections/settings/settings_section.h"
 
 #include <gtest/gtest.h>
 
@@ -7,8 +7,8 @@
 #include <string>
 
 #include "settings/settings_overlay.h"
-#include "tests/unit/breaking_stream.h"
-#include "tests/unit/report_capture.h"
+#include "tests/unit/support/breaking_stream.h"
+#include "tests/unit/support/report_capture.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 #include <sstream>
 #include <string>
 
-#include "tools/vistrel_diag/console.h"
-#include "tools/vistrel_diag/verdict.h"
+#include "tools/vistrel_diag/report/console.h"
+#include "tools/vistrel_diag/sections/verdict/verdict_section.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/verdict.h"
+#include "tools/vistrel_diag/sections/verdict/verdict_section.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -6,7 +6,7 @@
 #include <limits>
 #include <string>
 
-#include "tests/unit/report_capture.h"
+#include "tests/unit/support/report_capture.h"
 
 namespace {
 

@@ -22,10 +22,10 @@
 #include "tests/lab/machine/machine.h"
 #include "tests/lab/machine/statistics.h"
 #include "tests/lab/machine/vtable.h"
-#include "tests/unit/executable_folder_seam.h"
-#include "tests/unit/png_file.h"
-#include "tools/vistrel_diag/capture_measurement.h"
-#include "tools/vistrel_diag/warp_section.h"
+#include "tests/unit/support/executable_folder_seam.h"
+#include "tests/unit/support/png_file.h"
+#include "tools/vistrel_diag/sections/capture/capture_measurement.h"
+#include "tools/vistrel_diag/sections/warp/warp_section.h"
 
 using Microsoft::WRL::ComPtr;
 using testing::Each;

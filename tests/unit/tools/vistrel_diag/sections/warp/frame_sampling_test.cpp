@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/frame_sampling.h"
+#include "tools/vistrel_diag/sections/warp/frame_sampling.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -7,7 +7,7 @@
 #include <limits>
 #include <vector>
 
-#include "tools/vistrel_diag/gpu_timer.h"
+#include "tools/vistrel_diag/sections/warp/gpu_timer.h"
 
 namespace {
 

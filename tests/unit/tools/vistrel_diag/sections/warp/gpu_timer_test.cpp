@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/gpu_timer.h"
+#include "tools/vistrel_diag/sections/warp/gpu_timer.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/warp_frame.h"
+#include "tools/vistrel_diag/sections/warp/warp_frame.h"
 
 #include <d3d11shader.h>
 #include <d3dcompiler.h>
@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "render/warp_shader_files.h"
-#include "tests/unit/lab_device.h"
-#include "tests/unit/warp_shader_install.h"
+#include "tests/lab/tests/lab_device.h"
+#include "tests/unit/support/warp_shader_install.h"
 
 namespace {
 

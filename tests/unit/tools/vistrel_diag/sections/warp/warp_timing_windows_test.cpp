@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/warp_timing.h"
+#include "tools/vistrel_diag/sections/warp/warp_timing.h"
 
 #include <gtest/gtest.h>
 
@@ -8,14 +8,14 @@
 #include <string>
 #include <vector>
 
-#include "tests/unit/lab_device.h"
-#include "tests/unit/recorded_context.h"
-#include "tests/unit/report_capture.h"
-#include "tests/unit/scripted_com.h"
-#include "tests/unit/scripted_compiler.h"
-#include "tests/unit/warp_shader_install.h"
-#include "tools/vistrel_diag/d3d11_timestamp_queries.h"
-#include "tools/vistrel_diag/warp_frame.h"
+#include "tests/lab/tests/lab_device.h"
+#include "tests/unit/support/recorded_context.h"
+#include "tests/unit/support/report_capture.h"
+#include "tests/unit/support/scripted_com.h"
+#include "tests/unit/support/scripted_compiler.h"
+#include "tests/unit/support/warp_shader_install.h"
+#include "tools/vistrel_diag/sections/warp/d3d11_timestamp_queries.h"
+#include "tools/vistrel_diag/sections/warp/warp_frame.h"
 
 namespace {
 
