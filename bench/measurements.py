@@ -25,7 +25,7 @@ RUN_ROUNDS = 5
 
 def run_bench(name, exe, log, *arguments, cwd=INSTALL):
     """The rows that a bench program prints."""
-    code, output, errors = lab.run_program([ROOT / "cmake" / "wine", exe, *arguments], cwd=cwd, timeout=600)
+    code, output, errors = lab.run_program([ROOT / "scripts" / "wine", exe, *arguments], cwd=cwd, timeout=600)
     text = output.decode("utf-8", "replace").replace("\r\n", "\n")
     log.write(f"== {name}\n{text}{errors.decode('utf-8', 'replace')}\n")
     log.flush()
@@ -70,7 +70,7 @@ def capture_counts(log):
 def seconds_to_first_line(exe):
     started = time.perf_counter()
     process = subprocess.Popen(
-        [ROOT / "cmake" / "wine", exe], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+        [ROOT / "scripts" / "wine", exe], stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
         cwd=exe.parent, start_new_session=True,
     )
     process.stdout.readline()
@@ -111,7 +111,7 @@ def tool_folder(folder):
 
 def seconds_of_run(exe, *arguments):
     started = time.perf_counter()
-    code, _, errors = lab.run_program([ROOT / "cmake" / "wine", exe, *arguments], cwd=exe.parent, timeout=300)
+    code, _, errors = lab.run_program([ROOT / "scripts" / "wine", exe, *arguments], cwd=exe.parent, timeout=300)
     if code != 0:
         raise SystemExit(f"bench: {exe.name} ended with {code}: {errors.decode('utf-8', 'replace').strip()}")
     return time.perf_counter() - started
@@ -177,7 +177,7 @@ def grep_seconds(words, path):
 
 
 def select_from_log(path):
-    command = [ROOT / "cmake" / "wine", BENCH / "product_log_bench.exe", lab.windows_path(path)]
+    command = [ROOT / "scripts" / "wine", BENCH / "product_log_bench.exe", lab.windows_path(path)]
     _, output, _ = lab.run_program(command, timeout=600)
     seconds, memory = re.match(rb"([\d.]+) s, ([\d.]+) MB", output).groups()
     return float(seconds), float(memory)

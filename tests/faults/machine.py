@@ -76,7 +76,7 @@ class Machine:
             "VISTREL_ONNX_STAND_IN": orders,
         }
         launcher = lab.BUILD / "tests" / "lab" / "vistrel_lab.exe"
-        command = [lab.ROOT / "cmake" / "wine", launcher, lab.windows_path(self.scenario)]
+        command = [lab.ROOT / "scripts" / "wine", launcher, lab.windows_path(self.scenario)]
         command += [lab.windows_path(self.install.exe), "--no-models", "--capture-seconds", "0.2"]
         try:
             exit_code, console, _ = lab.run_program(

@@ -203,7 +203,7 @@ def run_tool(
     front, more, counts_file = [], {}, None
     if scenario is not None:
         front, more, counts_file = simulated(scenario, scratch)
-    command = [ROOT / "cmake" / "wine", *front, windows_path(install.exe), *arguments]
+    command = [ROOT / "scripts" / "wine", *front, windows_path(install.exe), *arguments]
     exit_code, console, errors = run_program(
         command, stdin, cwd or install.folder, environment(**more, **(env or {})), timeout
     )

@@ -29,7 +29,7 @@ class Headset:
 def register_runtime():
     """The value is the same for every run; what it names is each run's own affair."""
     exit_code, output, errors = lab.run_program(
-        [lab.ROOT / "cmake" / "wine", "reg", "add", r"HKLM\SOFTWARE\Khronos\OpenXR\1", "/v", "ActiveRuntime"]
+        [lab.ROOT / "scripts" / "wine", "reg", "add", r"HKLM\SOFTWARE\Khronos\OpenXR\1", "/v", "ActiveRuntime"]
         + ["/t", "REG_EXPAND_SZ", "/d", "%VISTREL_LAB_OPENXR_MANIFEST%", "/f"]
     )
     assert exit_code == 0, (output, errors)

@@ -18,7 +18,7 @@ def running(folder, program, name, *arguments):
     place.mkdir()
     exe = shutil.copy(PROGRAMS / f"{program}.exe", place / name)
     process = subprocess.Popen(
-        [str(lab.ROOT / "cmake" / "wine"), lab.windows_path(exe), *arguments],
+        [str(lab.ROOT / "scripts" / "wine"), lab.windows_path(exe), *arguments],
         stdin=subprocess.DEVNULL,
         stdout=subprocess.PIPE,
         env=lab.environment(),
@@ -45,7 +45,7 @@ def in_foreground(folder, name, title):
 def held(path, share):
     """Another program has the file open meanwhile, and shares it with others for "none", "read" or "write"."""
     holder = subprocess.Popen(
-        [lab.ROOT / "cmake" / "wine", lab.BUILD / "tests" / "system" / "hold_file.exe", lab.windows_path(path), share],
+        [lab.ROOT / "scripts" / "wine", lab.BUILD / "tests" / "system" / "hold_file.exe", lab.windows_path(path), share],
         stdin=subprocess.PIPE,
         stdout=subprocess.PIPE,
         env=lab.environment(),
@@ -70,7 +70,7 @@ def gpu_preferences(values):
 
 
 def _registry(*arguments):
-    exit_code, output, errors = lab.run_program([lab.ROOT / "cmake" / "wine", "reg.exe", *arguments])
+    exit_code, output, errors = lab.run_program([lab.ROOT / "scripts" / "wine", "reg.exe", *arguments])
     assert exit_code == 0, (arguments, output, errors)
 
 

@@ -95,7 +95,7 @@ class Terminal:
             front, more, _ = lab.simulated(scenario, install.folder.parent)
         command = [*front, lab.windows_path(install.exe), *arguments]
         self.child = pexpect.spawn(
-            str(lab.ROOT / "cmake" / "wine"),
+            str(lab.ROOT / "scripts" / "wine"),
             [str(part) for part in command],
             env=lab.environment(TERM="xterm", **more, **(env or {})),
             cwd=str(install.folder),

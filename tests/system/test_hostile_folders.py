@@ -85,7 +85,7 @@ def run_by(path, install, *arguments, scenario=None, scratch, cwd=None):
     front, more = [], {}
     if scenario is not None:
         front, more, _ = lab.simulated(scenario, scratch)
-    command = [lab.ROOT / "cmake" / "wine", *front, path, *arguments]
+    command = [lab.ROOT / "scripts" / "wine", *front, path, *arguments]
     exit_code, console, errors = lab.run_program(command, cwd=cwd or scratch, env=lab.environment(**more))
     report = install.report.read_bytes() if install.report.is_file() else None
     return lab.Run(exit_code, console, errors, report)

@@ -8,7 +8,7 @@ PROBE = lab.BUILD / "tests" / "lab" / "machine_probe.exe"
 def probe(tmp_path, scenario, *arguments):
     front, more, counts_file = lab.simulated(scenario, tmp_path)
     exit_code, output, errors = lab.run_program(
-        [lab.ROOT / "cmake" / "wine", *front, lab.windows_path(PROBE), *arguments], env=lab.environment(**more)
+        [lab.ROOT / "scripts" / "wine", *front, lab.windows_path(PROBE), *arguments], env=lab.environment(**more)
     )
     counts = lab.read_counts(counts_file) if counts_file.exists() else None
     return exit_code, output.decode("utf-8").replace("\r\n", "\n"), errors.decode("utf-8"), counts

@@ -80,7 +80,7 @@ def test_guided_run_waits_for_nothing_when_nothing_runs(run_tool):
 
 
 def test_guided_run_goes_on_when_the_product_has_closed(tmp_path, install):
-    command = [str(lab.ROOT / "cmake" / "wine"), lab.windows_path(install.exe), *GUIDED]
+    command = [str(lab.ROOT / "scripts" / "wine"), lab.windows_path(install.exe), *GUIDED]
     with programs.asleep(tmp_path, "Vistrel.exe") as product:
         tool = subprocess.Popen(
             command, stdin=subprocess.PIPE, stdout=subprocess.PIPE, cwd=install.folder, env=lab.environment()

@@ -34,7 +34,7 @@ NOTE = '(only the "vistrel_*" keys are quoted; the rest of the file belongs to A
 
 
 def reg(*arguments):
-    exit_code, console, errors = lab.run_program([lab.ROOT / "cmake" / "wine", "reg.exe", *arguments])
+    exit_code, console, errors = lab.run_program([lab.ROOT / "scripts" / "wine", "reg.exe", *arguments])
     assert exit_code == 0, (console, errors)
 
 
