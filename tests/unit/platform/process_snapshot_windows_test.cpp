@@ -133,7 +133,7 @@ TEST(ProcessSnapshot, HasThisVeryProcess) {
     for (const RunningProcess& process : *processes) {
         if (process.id == GetCurrentProcessId()) {
             ++found;
-            EXPECT_EQ(process.executable_name, "process_snapshot_test.exe");
+            EXPECT_EQ(process.executable_name, "process_snapshot_windows_test.exe");
         }
     }
     EXPECT_EQ(found, 1);
