@@ -1,10 +1,14 @@
 #include "tools/vistrel_diag/report/console.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <cstddef>
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <utility>
+
+#include "tools/vistrel_diag/report/progress.h"
 
 namespace {
 
@@ -14,7 +18,23 @@ void WriteToStandardOutput(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
-ConsoleWriter console_writer = WriteToStandardOutput;
+/// What standard output shows.
+struct Screen {
+    ConsoleWriter writer = WriteToStandardOutput;
+    bool at_line_start = true;
+    std::string transient_line;
+};
+
+Screen& TheScreen() {
+    static Screen screen;
+    return screen;
+}
+
+/// What clears the transient line, before which the cursor stands, away.
+std::string TakeTransientLine() {
+    const std::size_t columns = std::exchange(TheScreen().transient_line, {}).size();
+    return columns == 0 ? std::string() : std::string(columns, ' ') + "\r";
+}
 
 /// One line of the input without its end, cut after kLongestAnswer characters: what goes beyond is taken from
 /// the input as well, so that it cannot answer a later prompt. Empty at the end of the input.
@@ -35,7 +55,10 @@ std::optional<std::string> ReadAnswer() {
 }  // namespace
 
 void SetConsoleWriter(ConsoleWriter writer) {
-    console_writer = writer != nullptr ? writer : WriteToStandardOutput;
+    TheScreen() = Screen();
+    if (writer != nullptr) {
+        TheScreen().writer = writer;
+    }
 }
 
 void ConsolePrint(const char* format, ...) {
@@ -43,7 +66,24 @@ void ConsolePrint(const char* format, ...) {
     va_start(arguments, format);
     const std::string text = FormatTextV(format, arguments);
     va_end(arguments);
-    console_writer(text);
+    if (text.empty()) {
+        return;
+    }
+    TheScreen().at_line_start = text.back() == '\n' || text.back() == '\r';
+    TheScreen().writer(TakeTransientLine() + text);
+}
+
+void ShowTransientLine(std::string_view text) {
+    Screen& screen = TheScreen();
+    const bool is_console = screen.writer != WriteToStandardOutput;
+    if (!is_console || !screen.at_line_start || text == screen.transient_line) {
+        return;
+    }
+    const std::size_t columns_before = screen.transient_line.size();
+    screen.transient_line = text;
+    std::string line(text);
+    line.resize(std::max(text.size(), columns_before), ' ');
+    screen.writer(line + "\r");
 }
 
 void FlushConsole() {
@@ -51,6 +91,7 @@ void FlushConsole() {
 }
 
 bool AskContinue(const char* question) {
+    Progress::Clear();
     ConsolePrint("\n%s\n  [Enter] continue     [s] then Enter to skip\n> ", question);
     FlushConsole();
     const std::string answer = ReadAnswer().value_or("");
@@ -58,6 +99,7 @@ bool AskContinue(const char* question) {
 }
 
 void WaitForEnter() {
+    Progress::Clear();
     FlushConsole();
     std::getc(stdin);
 }

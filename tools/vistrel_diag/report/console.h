@@ -13,6 +13,11 @@ void SetConsoleWriter(ConsoleWriter writer);
 /// Printf-style to standard output; nothing is kept and no line end is added.
 void ConsolePrint(const char* format, ...) VISTREL_PRINTF(1, 2);
 
+/// Shows `text` (UTF-8, shorter than the console is wide) until something else is printed, which then takes
+/// its place; empty: takes away what is shown. For a console alone, so it does nothing unless a writer is
+/// set, and only where a line begins.
+void ShowTransientLine(std::string_view text);
+
 /// Puts everything printed so far in front of the person.
 void FlushConsole();
 

@@ -9,6 +9,7 @@
 
 #include "platform/long_path.h"
 #include "tools/vistrel_diag/report/console.h"
+#include "tools/vistrel_diag/report/progress.h"
 
 namespace Report {
 namespace {
@@ -71,6 +72,7 @@ void Line(const char* format, ...) {
 }
 
 void EnterSection(std::string_view title) {
+    Progress::Clear();
     SectionTitle().Set(title);
 }
 
