@@ -38,8 +38,10 @@ if(VISTREL_SANITIZE AND NOT WIN32)
   string(REPLACE "," ";" sanitizers ${VISTREL_SANITIZE})
   foreach(sanitizer ${sanitizers})
     if(sanitizer STREQUAL undefined)
-      target_compile_options(vistrel_options
-                             INTERFACE $<$<NOT:$<BOOL:$<TARGET_PROPERTY:VISTREL_IS_TEST>>>:-fsanitize=undefined>)
+      # A number that its integer cannot hold is undefined too, though GCC does not count it.
+      target_compile_options(
+        vistrel_options
+        INTERFACE $<$<NOT:$<BOOL:$<TARGET_PROPERTY:VISTREL_IS_TEST>>>:-fsanitize=undefined,float-cast-overflow>)
     else()
       target_compile_options(vistrel_options INTERFACE -fsanitize=${sanitizer})
     endif()

@@ -9,36 +9,38 @@
 
 namespace {
 
-std::int32_t NearestInt(double number) {
+/// A fraction is cut off. What no int can hold becomes the value that the processor's own conversion gives
+/// for every such number.
+std::int32_t IntFromDouble(double number) {
     using Limits = std::numeric_limits<std::int32_t>;
-    if (std::isnan(number)) {
-        return 0;
+    const double whole = std::trunc(number);
+    const bool fits = whole >= Limits::min() && whole <= Limits::max();
+    return fits ? static_cast<std::int32_t>(whole) : Limits::min();
+}
+
+/// The nearest single-precision number, by the processor's rule: what would round beyond the largest one is
+/// an infinity.
+float FloatFromDouble(double number) {
+    constexpr double kFirstInfinite = 0x1.FFFFFFp127;  // Half a step above the largest.
+    constexpr float kLargest = std::numeric_limits<float>::max();
+    if (std::fabs(number) >= kFirstInfinite) {
+        return std::copysign(std::numeric_limits<float>::infinity(),
+                             static_cast<float>(std::copysign(1.0, number)));
     }
-    return static_cast<std::int32_t>(std::clamp<double>(number, Limits::min(), Limits::max()));
+    return static_cast<float>(std::clamp<double>(number, -kLargest, kLargest));
 }
 
-float NearestFloat(double number) {
-    using Limits = std::numeric_limits<float>;
-    return static_cast<float>(std::clamp<double>(number, Limits::lowest(), Limits::max()));
-}
-
-/// Numbers that a field may be too narrow for are converted here, where the library's plain cast would be
-/// undefined; all else, complaints included, is the library's.
+/// A number with a fraction or an exponent is converted here, where the library's plain cast is undefined for
+/// one that the field cannot hold. All else, complaints included, is the library's.
 template <typename Field>
 void Overlay(const nlohmann::json& file, const char* key, Field& field) {
-    const auto found = file.find(key);
-    if (found != file.end()) {
+    if (const auto found = file.find(key); found != file.end() && found->is_number_float()) {
         if constexpr (std::is_same_v<Field, std::int32_t>) {
-            if (found->is_number()) {
-                field = NearestInt(found->template get<double>());
-                return;
-            }
-        }
-        if constexpr (std::is_same_v<Field, float>) {
-            if (found->is_number_float()) {
-                field = NearestFloat(found->template get<double>());
-                return;
-            }
+            field = IntFromDouble(found->template get<double>());
+            return;
+        } else if constexpr (std::is_same_v<Field, float>) {
+            field = FloatFromDouble(found->template get<double>());
+            return;
         }
     }
     field = file.value(key, field);

@@ -10,5 +10,7 @@
 /// family: for text that is no JSON, for a value that is no object, for a key whose value has the wrong kind.
 /// Keys stored before that stay stored.
 ///
-/// A number that its field cannot hold becomes the nearest one that the field can.
+/// No value is checked or clamped. A whole number beyond an int counts modulo 2^32; a number with a fraction
+/// or an exponent beyond an int becomes the smallest int, -2147483648; a number beyond a float becomes an
+/// infinity of its sign.
 void OverlaySettings(std::istream& file, DiagSettings& settings);

@@ -1,5 +1,5 @@
 // Any bytes as a settings file: either they are taken, or the failure is of the std::exception family; the
-// fields that no key fills stay as they were, and every number stays within its type.
+// fields that no key fills stay as they were, and no field is ever "not a number".
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -20,15 +20,15 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             std::abort();
         }
     }
-    const bool finite =
-        std::isfinite(settings.scale) && std::isfinite(settings.ai_fps_limit) &&
-        std::isfinite(settings.f3d_separation_pct) && std::isfinite(settings.f3d_depth_strength) &&
-        std::isfinite(settings.f3d_screen_depth) && std::isfinite(settings.f3d_popout_limit) &&
-        std::isfinite(settings.f3d_eye_balance) && std::isfinite(settings.f3d_edge_magnet);
+    const bool numbers = !std::isnan(settings.scale) && !std::isnan(settings.ai_fps_limit) &&
+                         !std::isnan(settings.f3d_separation_pct) &&
+                         !std::isnan(settings.f3d_depth_strength) && !std::isnan(settings.f3d_screen_depth) &&
+                         !std::isnan(settings.f3d_popout_limit) && !std::isnan(settings.f3d_eye_balance) &&
+                         !std::isnan(settings.f3d_edge_magnet);
     const bool rest_untouched = !settings.log_to_console && settings.custom_model_path.empty() &&
                                 settings.capture_draw_cursor && settings.eye_distance_mm == 63.0F &&
                                 !settings.steam_build;
-    if (!finite || !rest_untouched) {
+    if (!numbers || !rest_untouched) {
         std::abort();
     }
     return 0;

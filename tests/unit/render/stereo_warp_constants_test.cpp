@@ -8,6 +8,9 @@
 #include <cstddef>
 #include <cstring>
 #include <limits>
+#include <sstream>
+
+#include "settings/settings_overlay.h"
 
 namespace {
 
@@ -126,6 +129,43 @@ TEST(StereoWarpConstants, NegativeCountsArriveAsTheirBits) {
     const Words words = Compute(settings, TimingArguments());
     EXPECT_EQ(words.Unsigned(24), 0xFFFFFFFFU);
     EXPECT_EQ(words.Unsigned(28), 0x80000000U);
+}
+
+/// The constants of the product's own flat screen, for the defaults under `json`.
+Words ComputeFrom(const char* json) {
+    DiagSettings settings;
+    std::istringstream file(json);
+    OverlaySettings(file, settings);
+    StereoWarpArguments arguments;
+    arguments.screen_size = settings.ScreenMetres();
+    return Compute(settings, arguments);
+}
+
+TEST(StereoWarpConstants, SettingsThatNoFieldHoldsReachTheShaderAsTheFieldsTookThem) {
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    Words words = ComputeFrom(R"({"vistrel_f3d_separation_pct": 1e300, "vistrel_f3d_screen_depth": -1e300,
+                                  "vistrel_f3d_depth_strength": 1e300, "vistrel_f3d_popout_limit": -1e300,
+                                  "vistrel_f3d_eye_balance": 1e300, "vistrel_f3d_search_steps": 4294967297,
+                                  "vistrel_f3d_debug_stage": 1e300, "vistrel_f3d_edge_magnet": -1e300,
+                                  "vistrel_ai_resolution": -1e300})");
+    EXPECT_EQ(words.Float(0), kInfinity);
+    EXPECT_EQ(words.Float(4), -kInfinity);
+    EXPECT_EQ(words.Float(8), kInfinity);
+    EXPECT_EQ(words.Float(12), -kInfinity);
+    EXPECT_EQ(words.Float(16), kInfinity);
+    EXPECT_EQ(words.Unsigned(24), 1U);
+    EXPECT_EQ(words.Unsigned(28), 0x80000000U);
+    EXPECT_EQ(words.Float(32), -kInfinity);
+    EXPECT_EQ(words.Float(40), -2147483648.0F);
+    EXPECT_EQ(words.Float(60), 3.0F);
+
+    words = ComputeFrom(R"({"vistrel_scale": 1e300})");
+    EXPECT_EQ(words.Float(60), kInfinity);
+    EXPECT_EQ(words.Float(0), 0.0F);
+    words = ComputeFrom(R"({"vistrel_scale": -1e300})");
+    EXPECT_EQ(words.Float(60), 1.0F);
+    words = ComputeFrom(R"({"vistrel_scale": 1e300, "vistrel_f3d_separation_pct": 1e300})");
+    EXPECT_TRUE(std::isnan(words.Float(0)));
 }
 
 TEST(StereoWarpConstants, SeparationFollowsItsPercentAndTheMultiplier) {

@@ -191,26 +191,77 @@ TEST(SettingsOverlay, BooleansConvertIntoNumbers) {
     EXPECT_EQ(Overlaid(R"({"vistrel_image_algo": false})").image_algo, 0);
 }
 
-TEST(SettingsOverlay, AnIntOutOfRangeBecomesTheNearest) {
-    constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
-    constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();
-    for (const char* large : {"2147483648", "4294967298", "9223372036854775807", "18446744073709551615",
-                              "18446744073709551616", "2147483648.5", "1e18", "1e300"}) {
-        EXPECT_EQ(Overlaid(std::string(R"({"vistrel_ai_resolution": )") + large + "}").ai_resolution, kMost);
-        EXPECT_EQ(Overlaid(std::string(R"({"vistrel_ai_resolution": -)") + large + "}").ai_resolution,
-                  kLeast);
+struct IntCase {
+    const char* json;
+    std::int32_t field;
+};
+
+constexpr std::int32_t kLargestInt = std::numeric_limits<std::int32_t>::max();
+constexpr std::int32_t kSmallestInt = std::numeric_limits<std::int32_t>::min();
+
+/// Every int field, for each converts by itself.
+void ExpectInts(const std::vector<IntCase>& cases) {
+    for (const Key& key : Keys()) {
+        if (const auto* field = std::get_if<std::int32_t DiagSettings::*>(&key.field)) {
+            for (const IntCase& one : cases) {
+                EXPECT_EQ(Overlaid("{\"" + key.name + "\": " + one.json + "}").*(*field), one.field)
+                    << key.name << " " << one.json;
+            }
+        }
     }
-    EXPECT_EQ(Overlaid(R"({"vistrel_ai_resolution": 2147483647})").ai_resolution, kMost);
-    EXPECT_EQ(Overlaid(R"({"vistrel_ai_resolution": -2147483648})").ai_resolution, kLeast);
 }
 
-TEST(SettingsOverlay, AFloatOutOfRangeBecomesTheNearest) {
+TEST(SettingsOverlay, AWholeNumberBeyondAnIntCountsModulo2To32) {
+    ExpectInts({{"2147483647", kLargestInt},
+                {"-2147483648", kSmallestInt},
+                {"2147483648", kSmallestInt},
+                {"-2147483649", kLargestInt},
+                {"4294967295", -1},
+                {"4294967296", 0},
+                {"4294967298", 2},
+                {"-4294967298", -2},
+                {"9223372036854775807", -1},
+                {"-9223372036854775808", 0},
+                {"18446744073709551615", -1}});
+}
+
+TEST(SettingsOverlay, AFractionOrExponentBeyondAnIntIsTheSmallestInt) {
+    ExpectInts({{"2147483647.9", kLargestInt},
+                {"-2147483648.9", kSmallestInt},
+                {"2147483648.0", kSmallestInt},
+                {"-2147483649.0", kSmallestInt},
+                {"4294967298.0", kSmallestInt},
+                {"3e9", kSmallestInt},
+                {"-3e9", kSmallestInt},
+                {"1e300", kSmallestInt},
+                {"-1e300", kSmallestInt},
+                {"2e9", 2000000000},
+                // Without either, but too long for the library's whole numbers.
+                {"18446744073709551616", kSmallestInt},
+                {"-9223372036854775809", kSmallestInt}});
+}
+
+TEST(SettingsOverlay, ANumberBeyondAFloatIsAnInfinity) {
     constexpr float kMost = std::numeric_limits<float>::max();
-    EXPECT_EQ(Overlaid(R"({"vistrel_scale": 1e300})").scale, kMost);
-    EXPECT_EQ(Overlaid(R"({"vistrel_scale": -1e300})").scale, -kMost);
-    EXPECT_EQ(Overlaid(R"({"vistrel_scale": 3.4028235e38})").scale, kMost);
-    EXPECT_EQ(Overlaid(R"({"vistrel_scale": 1e-300})").scale, 0.0F);
-    EXPECT_EQ(Overlaid(R"({"vistrel_scale": 18446744073709551615})").scale, 18446744073709551616.0F);
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    const std::vector<std::pair<std::string, float>> cases = {
+        {"3.4028235e38", kMost},
+        {"3.4028235677973362e38", kMost},      // The last that rounds down,
+        {"3.4028235677973366e38", kInfinity},  // half a step above the largest,
+        {"3.5e38", kInfinity},
+        {"1e300", kInfinity},
+        {"1" + std::string(60, '0'), kInfinity},
+        {"18446744073709551615", 18446744073709551616.0F},
+        {"18446744073709551616", 18446744073709551616.0F},
+        {"1e-300", 0.0F}};
+    for (const Key& key : Keys()) {
+        if (const auto* field = std::get_if<float DiagSettings::*>(&key.field)) {
+            for (const auto& [json, expected] : cases) {
+                EXPECT_EQ(Overlaid("{\"" + key.name + "\": " + json + "}").*(*field), expected) << json;
+                EXPECT_EQ(Overlaid("{\"" + key.name + "\": -" + json + "}").*(*field), -expected) << json;
+            }
+        }
+    }
 }
 
 TEST(SettingsOverlay, ANumberThatJsonCannotHoldIsAFailure) {

@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <utility>
 #include <vector>
 
@@ -179,6 +180,18 @@ TEST(PrintConfiguredModel, TimesACustomModelAtTheSettingsResolution) {
     EXPECT_EQ(report.Text().substr(0, report.Text().find('\n')), "Model           : custom model (700x700)");
     EXPECT_TRUE(timing.ok);
     EXPECT_THAT(scripted.Customs(), ElementsAre(Pair("D:\\Models\\m\xC3\xB6\x64\x65l.onnx", 700)));
+}
+
+TEST(PrintConfiguredModel, HandsOnAResolutionThatIsNone) {
+    ScriptedTimers scripted;
+    DiagSettings settings = SettingsWithQuality(std::numeric_limits<std::int32_t>::min());
+    settings.custom_model_path = "m.onnx";
+    settings.ai_resolution = std::numeric_limits<std::int32_t>::min();
+    const ReportCapture report;
+    PrintConfiguredModel(settings, scripted.Timers());
+    EXPECT_EQ(report.Text().substr(0, report.Text().find('\n')),
+              "Model           : custom model (-2147483648x-2147483648)");
+    EXPECT_THAT(scripted.Customs(), ElementsAre(Pair("m.onnx", std::numeric_limits<std::int32_t>::min())));
 }
 
 TEST(PrintAllModels, PrintsARowForEachPresetAndMarksTheUsers) {

@@ -179,11 +179,54 @@ TEST(SettingsInEffect, AValueThatIsNotANumberWarnsOfNothing) {
     EXPECT_FALSE(Contains(InEffect(settings), "->"));
 }
 
+TEST(SettingsInEffect, NumbersThatNoFieldHoldsArePrintedAsTheFieldsTookThem) {
+    EXPECT_EQ(InEffect(R"({"vistrel_image_algo": 4294967298, "vistrel_f3d_search_steps": 1e300,
+                           "vistrel_depth_model_quality": -4294967297, "vistrel_ai_resolution": 4294967295,
+                           "vistrel_depth_mode": 2147483648.5, "vistrel_ai_fps_limit": 1e39,
+                           "vistrel_f3d_separation_pct": 1e300, "vistrel_f3d_depth_strength": 1e300,
+                           "vistrel_f3d_screen_depth": -1e300, "vistrel_scale": 1e300})"),
+              R"(Vistrel version  : 1.74
+settings.json   : C:\V\settings.json
+Warp algorithm  : Vistrel 3D (stereo_warp) (vistrel_image_algo=2)
+Search steps    : -2147483648   <- march length per pixel per eye
+Depth source    : AI model
+Depth model     : custom, -1 px
+AI rate limit   : inf fps (auto=on)
+3D enabled      : yes
+Separation      : inf mm    Depth strength: inf    Screen depth: -inf
+Screen scale    : inf  (inf m wide)
+Cinema / OptFlow/ FSR3 : off / off / off
+Wait for GPU    : OFF   (default; background can show through the picture in patches under heavy GPU load)
+)");
+}
+
+TEST(SettingsInEffect, InfinitiesBelowZeroArePrintedAndWarnedOf) {
+    EXPECT_EQ(InEffect(R"({"vistrel_image_algo": -3e9, "vistrel_f3d_search_steps": -4294967297,
+                           "vistrel_depth_model_quality": 3e9, "vistrel_ai_resolution": 3e9,
+                           "vistrel_depth_mode": 4294967296, "vistrel_ai_fps_limit": -1e39,
+                           "vistrel_f3d_separation_pct": -1e300, "vistrel_f3d_depth_strength": -1e300,
+                           "vistrel_f3d_screen_depth": 1e300, "vistrel_scale": -1e300})"),
+              R"(Vistrel version  : 1.74
+settings.json   : C:\V\settings.json
+Warp algorithm  : legacy parallax (vistrel_image_algo=-2147483648)
+Search steps    : -1   <- march length per pixel per eye
+Depth source    : AI model
+Depth model     : custom, -2147483648 px
+AI rate limit   : -inf fps (auto=on)
+3D enabled      : yes
+Separation      : -inf mm    Depth strength: -inf    Screen depth: inf
+  -> Separation is near zero, so both eyes get almost the same picture. That looks exactly like no 3D at all.
+Screen scale    : -inf  (-inf m wide)
+Cinema / OptFlow/ FSR3 : off / off / off
+Wait for GPU    : OFF   (default; background can show through the picture in patches under heavy GPU load)
+)");
+}
+
 TEST(SettingsInEffect, TheLargestNumbersArePrinted) {
-    const std::string text = InEffect(R"({"vistrel_scale": 1e300, "vistrel_f3d_search_steps": 1e300})");
-    EXPECT_TRUE(
-        Contains(text, "\nScreen scale    : 340282346638528859811704183484516925440.00  (inf m wide)\n"));
-    EXPECT_TRUE(Contains(text, "\nSearch steps    : 2147483647   <- march length per pixel per eye\n"));
+    EXPECT_TRUE(Contains(InEffect(R"({"vistrel_scale": 3.4028235e38})"),
+                         "\nScreen scale    : 340282346638528859811704183484516925440.00  (inf m wide)\n"));
+    EXPECT_TRUE(Contains(InEffect(R"({"vistrel_f3d_search_steps": 2147483647})"),
+                         "\nSearch steps    : 2147483647   <- march length per pixel per eye\n"));
 }
 
 TEST(SettingsInEffect, AFileNameThatResemblesTheMissingOneIsAFile) {

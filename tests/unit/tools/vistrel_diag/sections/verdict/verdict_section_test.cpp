@@ -196,6 +196,28 @@ TEST(Verdict, ALimitThatIsNoNumberLimitsNothing) {
     EXPECT_THAT(VerdictOn(input), HasSubstr("about 60 times a second (capped by your frame rate)."));
 }
 
+TEST(Verdict, ALimitOfMinusInfinityIsPrintedAsItIs) {
+    VerdictInput input = ModelOf(8.0, 60.0);
+    input.ai_fps_limit = -std::numeric_limits<float>::infinity();
+    input.depth_mode = std::numeric_limits<std::int32_t>::min();
+    EXPECT_THAT(VerdictOn(input), HasSubstr(R"(
+The AI model costs 8.00 ms per inference - one map every 0.0 seconds. It cannot run even once a second on this GPU.
+
+What that adds up to, as a share of this GPU's time. Read the row for your headset:
+
+  REFRESH   warp          AI depth mode  ReShade mode  
+  72 Hz     72 ms/s       -inf%          7%            
+  90 Hz     90 ms/s       -inf%          9%            
+  120 Hz    120 ms/s      -inf%          12%           
+  144 Hz    144 ms/s      -inf%          14%           
+
+Whatever is left over is what the game and the SteamVR compositor share. The warp is paid in both modes; the model only in AI mode.
+
+Taking 90 Hz and the mode this machine is set to (AI depth):
+>>> Vistrel's own rendering is NOT the bottleneck here - it uses -inf% of the GPU.
+)"));
+}
+
 TEST(Verdict, ShowsTheRefreshRateAskedForInItsPlace) {
     VerdictInput input = WarpOf(1.0);
     input.refresh_hz = 100;
