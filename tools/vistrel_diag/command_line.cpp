@@ -1,6 +1,7 @@
 #include "tools/vistrel_diag/command_line.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdlib>
 #include <limits>
@@ -19,6 +20,9 @@ double ReadSeconds(const std::string& text) {
     // strtod alone would also take "nan", "inf" and hexadecimal.
     const std::string decimal = text.substr(0, text.find_first_not_of(" \t+-.0123456789eE"));
     const double seconds = std::strtod(decimal.c_str(), nullptr);
+    if (std::isinf(seconds)) {
+        return 0.0;  // As for "inf" itself.
+    }
     return std::clamp(seconds, -kLongestCaptureSeconds, kLongestCaptureSeconds);
 }
 

@@ -23,7 +23,7 @@ inline constexpr double kLongestCaptureSeconds = 3600.0;
 
 /// Reads the arguments that follow the program's name. What is not understood is passed over. Numbers are
 /// read forgivingly, as far as they go: none at all is 0, and one too large for its field is the field's
-/// limit. Words such as "nan" and "inf" are no numbers.
+/// limit. Words such as "nan" and "inf" are no numbers, nor is a number that no double holds.
 CommandLine ParseCommandLine(std::span<const std::string> arguments);
 
 /// Tells the person at the console how the program is called.

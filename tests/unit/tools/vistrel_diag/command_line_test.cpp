@@ -109,6 +109,12 @@ struct SecondsCase {
     double seconds;
 };
 
+/// A number of so many digits that no double holds it.
+TEST(CommandLine, SecondsBeyondADoubleAreUnreadable) {
+    EXPECT_EQ(OptionsFrom({"--capture-seconds", std::string(400, '9')}).capture_seconds, 0.0);
+    EXPECT_EQ(OptionsFrom({"--capture-seconds", std::string(300, '9')}).capture_seconds, 3600.0);
+}
+
 class CaptureSeconds : public testing::TestWithParam<SecondsCase> {};
 
 TEST_P(CaptureSeconds, AreReadForgivinglyAndBounded) {
@@ -126,8 +132,8 @@ INSTANTIATE_TEST_SUITE_P(
                     SecondsCase{"0x10", 0.0}, SecondsCase{"nan", 0.0}, SecondsCase{"NAN", 0.0},
                     SecondsCase{"-nan", 0.0}, SecondsCase{"inf", 0.0}, SecondsCase{"-inf", 0.0},
                     SecondsCase{"Infinity", 0.0}, SecondsCase{"-2", -2.0}, SecondsCase{"3600", 3600.0},
-                    SecondsCase{"3600.1", 3600.0}, SecondsCase{"1e308", 3600.0}, SecondsCase{"1e999", 3600.0},
-                    SecondsCase{"-1e999", -3600.0}, SecondsCase{"1e-999", 0.0},
+                    SecondsCase{"3600.1", 3600.0}, SecondsCase{"1e308", 3600.0}, SecondsCase{"1e999", 0.0},
+                    SecondsCase{"-1e999", 0.0}, SecondsCase{"1e999s", 0.0}, SecondsCase{"1e-999", 0.0},
                     SecondsCase{"0000000000000000000000000000000000000000000000.25", 0.25}));
 
 }  // namespace
