@@ -5,7 +5,7 @@
 #include <string_view>
 
 /// The folder of the running executable: UTF-8, no trailing separator. Empty when its path cannot be read
-/// whole into Windows' classic 260 characters or has no folder.
+/// whole into Windows' classic 260 characters, is no well-formed UTF-16 or has no folder.
 std::string ExecutableFolder();
 
 /// What stands before the last '\' or '/' of `path`; empty when there is neither.

@@ -3,6 +3,7 @@
 #include <windows.h>
 
 #include <array>
+#include <string_view>
 
 #include "platform/utf8.h"
 
@@ -12,5 +13,8 @@ std::string ExecutableFolder() {
     if (length == 0 || length >= path.size()) {  // A path that fills the buffer has been cut.
         return {};
     }
-    return FolderOfPath(Utf8FromWide({path.data(), length}));
+    const std::wstring_view wide(path.data(), length);
+    const std::string text = Utf8FromWide(wide);
+    // Nothing can be opened by a path that lost half a character on the way.
+    return WideFromUtf8(text) == wide ? FolderOfPath(text) : std::string();
 }

@@ -9,8 +9,7 @@
 /// One process of a snapshot.
 struct RunningProcess {
     std::uint32_t id = 0;
-    std::string executable_name;  ///< UTF-8, no folder, spelled as the process reports it; empty when it has
-                                  ///< no UTF-8 form
+    std::string executable_name;  ///< UTF-8, no folder, spelled as the process reports it
 };
 
 /// The processes in the order in which the system lists them.

@@ -4,13 +4,36 @@
 
 #include <iterator>
 
-std::string Utf8FromUtf16(std::u16string_view text) {
-    std::string converted;
-    try {
-        utf8::utf16to8(text.begin(), text.end(), std::back_inserter(converted));
-    } catch (const utf8::exception&) {
-        return {};
+namespace {
+
+bool IsLeadSurrogate(char16_t unit) {
+    return unit >= 0xD800 && unit <= 0xDBFF;
+}
+
+bool IsTrailSurrogate(char16_t unit) {
+    return unit >= 0xDC00 && unit <= 0xDFFF;
+}
+
+/// `text` with U+FFFD in place of every half of a surrogate pair whose other half is missing.
+std::u16string WithoutUnpairedSurrogates(std::u16string_view text) {
+    constexpr char16_t kReplacement = 0xFFFD;
+    std::u16string whole(text);
+    for (std::size_t i = 0; i < whole.size(); ++i) {
+        if (IsLeadSurrogate(whole[i]) && i + 1 < whole.size() && IsTrailSurrogate(whole[i + 1])) {
+            ++i;
+        } else if (IsLeadSurrogate(whole[i]) || IsTrailSurrogate(whole[i])) {
+            whole[i] = kReplacement;
+        }
     }
+    return whole;
+}
+
+}  // namespace
+
+std::string Utf8FromUtf16(std::u16string_view text) {
+    const std::u16string whole = WithoutUnpairedSurrogates(text);
+    std::string converted;
+    utf8::utf16to8(whole.begin(), whole.end(), std::back_inserter(converted));
     return converted;
 }
 

@@ -6,8 +6,8 @@
 #include <string>
 #include <string_view>
 
-/// UTF-16 to UTF-8. Empty when the text is not well formed (an unpaired surrogate), for it has no UTF-8 form
-/// then.
+/// UTF-16 to UTF-8. Half a character (an unpaired surrogate) has no UTF-8 form and becomes U+FFFD, as Windows
+/// itself converts it: a name keeps its other letters. A path with such a character no longer names its file.
 std::string Utf8FromUtf16(std::u16string_view text);
 
 /// UTF-8 to UTF-16. Empty when the text is not well formed.

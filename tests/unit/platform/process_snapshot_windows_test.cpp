@@ -116,9 +116,9 @@ TEST_F(ScriptedProcesses, MayBeNone) {
     EXPECT_EQ(script->closed, 1);
 }
 
-TEST_F(ScriptedProcesses, HaveNoNameWhereItHasNoUtf8Form) {
+TEST_F(ScriptedProcesses, KeepTheLettersAroundHalfACharacter) {
     script->processes = {{4, L"a\xD800.exe"}, {8, L"\xDC00"}, {12, L"\xD83D\xDE00.exe"}, {16, L"b.exe"}};
-    EXPECT_THAT(Names(), ElementsAre("", "", "😀.exe", "b.exe"));
+    EXPECT_THAT(Names(), ElementsAre("a\xEF\xBF\xBD.exe", "\xEF\xBF\xBD", "😀.exe", "b.exe"));
 }
 
 TEST_F(ScriptedProcesses, MayHaveANameThatFillsItsField) {

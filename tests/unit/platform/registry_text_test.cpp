@@ -36,9 +36,11 @@ TEST(RegistryText, IsLittleEndianUtf16) {
               "\xC3\x9C\xE2\x84\xA2\xF0\x9F\x98\x80");
 }
 
-TEST(RegistryText, ThatIsIllFormedIsEmpty) {
-    EXPECT_EQ(TextFromRegistryData(Bytes{'a', 0, 0x3D, 0xD8}), "");
-    EXPECT_EQ(TextFromRegistryData(Bytes{0x00, 0xDE, 'a', 0}), "");
+TEST(RegistryText, KeepsTheLettersAroundHalfACharacter) {
+    EXPECT_EQ(TextFromRegistryData(Bytes{'a', 0, 0x3D, 0xD8}), "a\xEF\xBF\xBD");
+    EXPECT_EQ(TextFromRegistryData(Bytes{0x00, 0xDE, 'a', 0}),
+              "\xEF\xBF\xBD"
+              "a");
 }
 
 }  // namespace

@@ -164,6 +164,14 @@ TEST_F(DisplayProbe, NamesNoGpuForADisplayOfAnAdapterThatIsNotListed) {
                   kClosingNote);
 }
 
+TEST_F(DisplayProbe, KeepsTheLettersAroundHalfACharacterInAName) {
+    scripted_devices = {{L"\xDE00 DISPLAY", kOnDesktop, {{1920, 1080, 60}}}};
+    SetGpuList({Gpu(0, "Radeon", {"\xEF\xBF\xBD DISPLAY"})});
+    EXPECT_EQ(Reported(), kHeader +
+                              "  \xEF\xBF\xBD DISPLAY    : 1920x1080 @ 60 Hz  -> driven by GPU 0 (Radeon)\n" +
+                              kClosingNote);
+}
+
 TEST_F(DisplayProbe, SaysOnlyTheNoteWithoutDevices) {
     scripted_devices.emplace();
     EXPECT_EQ(Reported(), kHeader + kClosingNote);

@@ -170,11 +170,16 @@ TEST_F(GpuOverrideProbe, ReadsNothingLeftOverFromALongerValueBefore) {
     EXPECT_EQ((*preferences)[1].choice, "s");
 }
 
-TEST_F(GpuOverrideProbe, IsEmptyTextWhereTheUtf16IsNotWellFormed) {
+TEST_F(GpuOverrideProbe, KeepsTheLettersAroundHalfACharacter) {
     MakeKey();
     SetBytes(L"vistrel", REG_SZ, {0x3C, 0xD8, 'a', 0, 0, 0});
-    EXPECT_EQ(OnlyChoice(), "");
-    EXPECT_EQ(Reported(), kHeader + "vistrel = \n" + kExplanation);
+    EXPECT_EQ(OnlyChoice(),
+              "\xEF\xBF\xBD"
+              "a");
+    EXPECT_EQ(Reported(), kHeader +
+                              "vistrel = \xEF\xBF\xBD"
+                              "a\n" +
+                              kExplanation);
 }
 
 TEST_F(GpuOverrideProbe, ReadsDataThatFillsTheBufferToTheLastByte) {

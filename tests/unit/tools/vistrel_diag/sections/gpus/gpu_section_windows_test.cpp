@@ -58,6 +58,16 @@ TEST_F(GpuProbe, KeepsWhatAnAdapterDescribes) {
     EXPECT_EQ(inventory.gpus[0].memory->reservation, 10U);
 }
 
+TEST_F(GpuProbe, KeepsTheLettersAroundHalfACharacterInAName) {
+    FakeAdapter adapter = Adapter(L"GPU \xD83D!");
+    adapter.outputs = {{L"\xDE00 DISPLAY"}};
+    dxgi_.adapters = {adapter};
+    const GpuInventory inventory = ProbeGpus();
+    ASSERT_EQ(inventory.gpus.size(), 1U);
+    EXPECT_EQ(inventory.gpus[0].gpu.name, "GPU \xEF\xBF\xBD!");
+    EXPECT_THAT(inventory.gpus[0].gpu.displays, ElementsAre("\xEF\xBF\xBD DISPLAY"));
+}
+
 TEST_F(GpuProbe, TellsSoftwareByTheSecondBitOfTheFlags) {
     dxgi_.adapters = {Adapter(L"a"), Adapter(L"b"), Adapter(L"c")};
     dxgi_.adapters[0].flags = DXGI_ADAPTER_FLAG_SOFTWARE;

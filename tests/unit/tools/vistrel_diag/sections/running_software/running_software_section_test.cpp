@@ -74,9 +74,9 @@ TEST(WindowTitleText, LeavesOutTheCharacterThatTheBufferCutInTwo) {
     EXPECT_EQ(WindowTitleText(u"\xD83C"), "");
 }
 
-TEST(WindowTitleText, IsEmptyForWhatHasNoUtf8Form) {
-    EXPECT_EQ(WindowTitleText(u"a\xDFAE"), "");
-    EXPECT_EQ(WindowTitleText(u"a\xD83Cz"), "");
+TEST(WindowTitleText, KeepsTheLettersAroundHalfACharacter) {
+    EXPECT_EQ(WindowTitleText(u"a\xDFAE"), "a\xEF\xBF\xBD");
+    EXPECT_EQ(WindowTitleText(u"a\xD83Cz"), "a\xEF\xBF\xBDz");
 }
 
 TEST(IsVistrelRunning, TakesTheProductOrItsHostInAnyCase) {
