@@ -1,0 +1,194 @@
+#include "tools/vistrel_report/text_output.h"
+
+#include <algorithm>
+#include <array>
+#include <vector>
+
+#include "platform/format.h"
+#include "tools/vistrel_report/visible_text.h"
+
+namespace {
+
+constexpr std::size_t kColumns = 100;
+constexpr std::size_t kMailColumns = 72;
+constexpr std::size_t kMostRequests = 3;
+constexpr std::size_t kMostLinesTold = 8;
+constexpr std::size_t kLongestShownLine = 100;  // Bytes.
+constexpr std::array kLevels = {Level::Untrusted, Level::Explains, Level::Contributes, Level::WorthKnowing};
+
+std::string LinesText(const std::vector<LineNumber>& lines) {
+    if (lines.empty()) {
+        return {};
+    }
+    std::string text = lines.size() == 1 ? "line " : "lines ";
+    for (std::size_t i = 0; i < lines.size() && i < kMostLinesTold; ++i) {
+        text += (i == 0 ? "" : ", ") + std::to_string(lines[i]);
+    }
+    return text + (lines.size() > kMostLinesTold ? ", ..." : "");
+}
+
+std::string FindingText(const Finding& finding) {
+    const Rule& rule = *finding.rule;
+    std::string text = "  * " + std::string(rule.title) + "  [" + std::string(rule.id) + "]\n";
+    text += "    " + Wrapped(VisibleText(finding.judgement.says), kColumns - 4, "    ") + "\n";
+    std::string base = LinesText(finding.judgement.lines);
+    const std::string doubt = DoubtText(finding);
+    base += (base.empty() || doubt.empty() ? "" : "; ") + doubt;
+    if (!base.empty()) {
+        text += "    (" + base + ")\n";
+    }
+    if (!rule.request.empty()) {
+        text += "    Ask: " + Wrapped(std::string(rule.request), kColumns - 4, "         ") + "\n";
+    }
+    return text;
+}
+
+/// Rules that could not be judged, by what is missing.
+std::string NotJudgedText(const Findings& findings) {
+    std::vector<std::pair<std::string, std::string>> by_part;
+    for (const Finding& finding : findings.all) {
+        if (finding.judgement.answer != Answer::NotJudged || finding.judgement.missing.empty()) {
+            continue;
+        }
+        const std::string part(PartName(finding.judgement.missing.front()));
+        auto entry =
+            std::find_if(by_part.begin(), by_part.end(), [&part](const auto& e) { return e.first == part; });
+        if (entry == by_part.end()) {
+            entry = by_part.insert(by_part.end(), {part, ""});
+        }
+        entry->second += (entry->second.empty() ? "" : ", ") + std::string(finding.rule->id);
+    }
+    std::string text = by_part.empty() ? "" : "\nNot judged, for a section is missing:\n";
+    for (const auto& [part, ids] : by_part) {
+        text += "  " + part + ":\n    " + Wrapped(ids, kColumns - 4, "    ") + "\n";
+    }
+    return text;
+}
+
+std::string NotesText(const Facts& facts) {
+    std::string text;
+    for (const TextFact& note : facts.notes) {
+        const std::string place = note.line == 0 ? "" : FormatText(" (line %zu)", note.line);
+        text += "  " + Wrapped(VisibleText(note.text) + place, kColumns - 2, "  ") + "\n";
+    }
+    if (!facts.not_understood.empty()) {
+        text += FormatText("  %zu lines were not understood:\n", facts.not_understood.size());
+        for (std::size_t i = 0; i < facts.not_understood.size() && i < kMostLinesTold; ++i) {
+            const LineNumber number = facts.not_understood[i];
+            const bool known = number >= 1 && number <= facts.lines.size();
+            const std::string line = known ? facts.lines[number - 1].substr(0, kLongestShownLine) : "";
+            text += FormatText("    %6zu  %s\n", number, VisibleText(line).c_str());
+        }
+        if (facts.not_understood.size() > kMostLinesTold) {
+            text += FormatText("    and %zu more\n", facts.not_understood.size() - kMostLinesTold);
+        }
+    }
+    return text.empty() ? "" : "\nAbout the text itself:\n" + text;
+}
+
+}  // namespace
+
+std::string Wrapped(const std::string& text, std::size_t columns, const std::string& indent) {
+    std::string wrapped;
+    std::size_t column = 0;
+    std::size_t start = 0;
+    while (start < text.size()) {
+        const std::size_t end = std::min(text.find(' ', start), text.size());
+        const std::size_t length = end - start;
+        if (column != 0 && column + 1 + length > columns) {
+            wrapped += "\n" + indent;
+            column = 0;
+        } else if (start != 0) {
+            wrapped += ' ';
+            ++column;
+        }
+        wrapped += text.substr(start, length);
+        column += length;
+        start = end + 1;
+    }
+    return wrapped;
+}
+
+std::string FindingsText(const Facts& facts, const Findings& findings, std::optional<Level> only) {
+    std::string text =
+        "== " + VisibleText(facts.name) + "\n" + Wrapped(findings.summary, kColumns, "") + "\n";
+    for (const Level level : kLevels) {
+        const std::vector<const Finding*> found = FoundAtLevel(findings, level);
+        if (found.empty() || (only && *only != level)) {
+            continue;
+        }
+        text += "\n" + std::string(LevelTitle(level)) + ":\n";
+        for (const Finding* finding : found) {
+            text += FindingText(*finding);
+        }
+    }
+    if (!only) {
+        text += NotJudgedText(findings);
+        text += NotesText(facts);
+    }
+    text += FormatText("\n%zu found, %zu not found, %zu not judged, %zu do not apply.\n",
+                       CountOf(findings, Answer::Found), CountOf(findings, Answer::NotFound),
+                       CountOf(findings, Answer::NotJudged), CountOf(findings, Answer::DoesNotApply));
+    return text;
+}
+
+std::string ReplyText(const Findings& findings) {
+    std::vector<std::string> requests;
+    for (const Finding* finding : FoundOnes(findings)) {
+        const std::string request(finding->rule->request);
+        const bool asked = std::find(requests.begin(), requests.end(), request) != requests.end();
+        if (!request.empty() && !asked && finding->doubtful_because.empty() &&
+            requests.size() < kMostRequests) {
+            requests.push_back(request);
+        }
+    }
+    if (requests.empty()) {
+        return "Hello,\n\nthank you for the report. It is complete, and we need nothing more from you for "
+               "now.\nWe "
+               "will look into it and write again.\n\nKind regards\n";
+    }
+    std::string text = "Hello,\n\nthank you for the report; it helps a lot. ";
+    text += requests.size() == 1 ? "One thing would take us further:\n\n"
+                                 : "These steps would take us further:\n\n";
+    for (std::size_t i = 0; i < requests.size(); ++i) {
+        const std::string number = requests.size() == 1 ? "" : FormatText("%zu. ", i + 1);
+        text += number + Wrapped(requests[i], kMailColumns - number.size(), std::string(number.size(), ' ')) +
+                "\n\n";
+    }
+    return text + "Thank you for your patience.\n\nKind regards\n";
+}
+
+std::string RuleListText() {
+    std::string text;
+    for (const Rule& rule : RuleTable()) {
+        text += FormatText("%-13s %-26s %s\n", std::string(LevelName(rule.level)).c_str(),
+                           std::string(rule.id).c_str(), std::string(rule.title).c_str());
+    }
+    return text;
+}
+
+std::string ExplainText(const Rule& rule) {
+    const auto line = [](const char* name, const std::string& value) {
+        return FormatText("%-12s%s\n", name, Wrapped(value, kColumns - 12, std::string(12, ' ')).c_str());
+    };
+    std::string needs;
+    for (const Part part : rule.needs) {
+        needs += (needs.empty() ? "" : "; ") + std::string(PartName(part));
+    }
+    std::string spoils;
+    for (const Rule& other : RuleTable()) {
+        if (&other != &rule && (rule.spoils & other.rests_on) != 0) {
+            spoils += (spoils.empty() ? "" : ", ") + std::string(other.id);
+        }
+    }
+    std::string text = std::string(rule.id) + ": " + std::string(rule.title) + "\n\n";
+    text += line("Level", std::string(LevelTitle(rule.level)));
+    text += line("Found when", std::string(rule.condition));
+    text += line("Needs", needs.empty() ? "whichever of its sections are there" : needs);
+    if (!spoils.empty()) {
+        text += line("Spoils", spoils);
+    }
+    text += line("Ask", rule.request.empty() ? "nothing" : std::string(rule.request));
+    text += line("Read", "docs/reading-a-report.md#" + std::string(rule.heading));
+    return text;
+}
