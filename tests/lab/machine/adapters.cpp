@@ -12,6 +12,7 @@
 #include "tests/lab/machine/outputs.h"
 #include "tests/lab/machine/simulated_object.h"
 #include "tests/lab/machine/statistics.h"
+#include "tests/lab/machine/texture_memory.h"
 
 namespace lab {
 namespace {
@@ -84,7 +85,9 @@ class SimulatedAdapter final
         }
         if (group == DXGI_MEMORY_SEGMENT_GROUP_LOCAL) {
             info->Budget = Script().budget_bytes;
-            info->CurrentUsage = Script().used_bytes;
+            info->CurrentUsage = Script().used_bytes + TextureMemory(position_);
+            const bool drifted = TheMachine().memory_readings++ % 2 != 0;
+            info->CurrentUsage += drifted ? Script().memory_drift_bytes : 0;
             info->CurrentReservation = Script().reserved_bytes;
         }
         return S_OK;

@@ -11,8 +11,10 @@
 #include "tests/lab/machine/frame_guard.h"
 #include "tests/lab/machine/gpu_clock.h"
 #include "tests/lab/machine/machine.h"
+#include "tests/lab/machine/map_failures.h"
 #include "tests/lab/machine/simulated_object.h"
 #include "tests/lab/machine/statistics.h"
+#include "tests/lab/machine/texture_memory.h"
 #include "tests/lab/machine/vtable.h"
 
 namespace lab {
@@ -75,8 +77,15 @@ void TagDevice(ID3D11Device* device, std::size_t position) {
     ComPtr<ID3D11DeviceContext> context;
     device->GetImmediateContext(&context);
     GuardFrames(context.Get());
-    if (TheMachine().scenario.adapters[position].draw_rate) {
+    const Adapter& adapter = TheMachine().scenario.adapters[position];
+    if (adapter.draw_rate) {
         WatchGpuTime(context.Get());
+    }
+    if (adapter.memory_falls_milliseconds) {
+        WatchTextureMemory(device, context.Get());
+    }
+    if (adapter.mapping) {
+        WatchMapping(context.Get());
     }
     if (FaultsAreWatched()) {
         WatchDevice(device);

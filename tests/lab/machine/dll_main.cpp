@@ -7,6 +7,7 @@
 #include <fstream>
 #include <string>
 
+#include "platform/utf8.h"
 #include "tests/lab/machine/clock.h"
 #include "tests/lab/machine/fault_points.h"
 #include "tests/lab/machine/import_patch.h"
@@ -30,6 +31,10 @@ bool SetUp() {
         lab::SetUpMachine(lab::ReadScenario(file));
     } catch (const lab::ScenarioError&) {
         return false;
+    }
+    const std::string& library = lab::TheMachine().scenario.library;
+    if (!library.empty()) {
+        LoadLibraryW(WideFromUtf8(library).c_str());
     }
     lab::SetUpFaults();
     lab::PatchProgramImports();

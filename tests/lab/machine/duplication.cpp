@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <limits>
+#include <utility>
 
 #include "tests/lab/machine/clock.h"
 #include "tests/lab/machine/devices.h"
@@ -70,7 +71,8 @@ class SimulatedDuplication final : public SimulatedDxgiObject<IDXGIOutputDuplica
             return DXGI_ERROR_ACCESS_LOST;
         }
         const std::int64_t fresh = SeeImages(Elapsed());
-        if (fresh == 0) {
+        const bool pointer_moved = SeePointerMoves(Elapsed());
+        if (fresh == 0 && !pointer_moved) {
             ++Counts().acquire_timeouts;
             return DXGI_ERROR_WAIT_TIMEOUT;
         }
@@ -114,6 +116,7 @@ class SimulatedDuplication final : public SimulatedDxgiObject<IDXGIOutputDuplica
         constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
         const std::int64_t deadline = Elapsed() + timeout * kMicrosecondsPerMillisecond;
         std::int64_t change = ImageTime(Script().frames, seen_ + 1).value_or(kNever);
+        change = std::min(change, PointerMoveTime(Script().frames, moves_seen_ + 1).value_or(kNever));
         if (const Loss* const loss = NextLoss(); loss != nullptr && loss->after_milliseconds) {
             change = std::min(change, *loss->after_milliseconds * kMicrosecondsPerMillisecond);
         }
@@ -149,8 +152,17 @@ class SimulatedDuplication final : public SimulatedDxgiObject<IDXGIOutputDuplica
         return fresh;
     }
 
+    /// Whether the pointer has moved since the last look.
+    bool SeePointerMoves(std::int64_t elapsed) {
+        const std::int64_t moves = lost_ ? moves_seen_ : PointerMoves(Script().frames, elapsed);
+        return std::exchange(moves_seen_, moves) < moves;
+    }
+
+    /// `fresh` images that nobody has acquired yet; with none of them, an update of the pointer alone.
     HRESULT Deliver(std::int64_t fresh, DXGI_OUTDUPL_FRAME_INFO* info, IDXGIResource** resource) {
-        const ComPtr<ID3D11Texture2D> texture = textures_.Next();
+        const bool blank = Script().frames.first_blank && seen_ == 1;
+        const bool pointer_only = fresh == 0 || blank;
+        const ComPtr<ID3D11Texture2D> texture = pointer_only ? textures_.Current() : textures_.Next();
         const HRESULT result =
             texture->QueryInterface(__uuidof(IDXGIResource), reinterpret_cast<void**>(resource));
         if (FAILED(result)) {
@@ -158,10 +170,18 @@ class SimulatedDuplication final : public SimulatedDxgiObject<IDXGIOutputDuplica
         }
         MarkFrame(texture.Get(), true);
         held_ = texture;
-        ++delivered_;
-        ++Counts().frames_delivered;
-        Counts().frames_merged += static_cast<long>(fresh - 1);
         *info = {};
+        if (fresh == 0) {
+            ++Counts().pointer_updates;
+        } else {
+            ++delivered_;
+            ++Counts().frames_delivered;
+            Counts().frames_merged += static_cast<long>(fresh - 1);
+        }
+        if (pointer_only) {
+            info->LastMouseUpdateTime.QuadPart = CounterAt(MachineTime());
+            return S_OK;
+        }
         info->AccumulatedFrames = static_cast<UINT>(fresh);
         info->LastPresentTime.QuadPart = CounterAt(began_ + ImageTime(Script().frames, seen_).value_or(0));
         return S_OK;
@@ -171,6 +191,7 @@ class SimulatedDuplication final : public SimulatedDxgiObject<IDXGIOutputDuplica
     FrameTextures textures_;
     std::int64_t began_;
     std::int64_t seen_ = 0;
+    std::int64_t moves_seen_ = 0;
     std::int64_t delivered_ = 0;
     int failed_ = 0;
     bool lost_ = false;
@@ -187,7 +208,7 @@ HRESULT DuplicateDesktop(std::size_t output, IUnknown* device, IDXGIOutputDuplic
     OutputState& state = TheMachine().outputs[output];
     if (DeviceAdapterPosition(device) != state.adapter) {
         ++Counts().duplications_refused;
-        return DXGI_ERROR_UNSUPPORTED;
+        return E_INVALIDARG;
     }
     if (const std::optional<ResultCode> refusal = RefuseNow(state)) {
         ++Counts().duplications_refused;

@@ -10,8 +10,8 @@
 namespace lab {
 
 /// IDXGIOutput1::DuplicateOutput for the output at this position of the scenario. As on Windows, the device
-/// must be on the adapter that drives the output (DXGI_ERROR_UNSUPPORTED otherwise) and a process may
-/// duplicate an output once at a time (E_INVALIDARG otherwise).
+/// must be on the adapter that drives the output and a process may duplicate an output once at a time
+/// (E_INVALIDARG otherwise).
 HRESULT DuplicateDesktop(std::size_t output, IUnknown* device, IDXGIOutputDuplication** duplication);
 
 }  // namespace lab

@@ -50,10 +50,28 @@ bool MayCopy(ID3D11DeviceContext* context, ID3D11Resource* destination, ID3D11Re
     return true;
 }
 
+/// Whether both are textures of one size; Windows copies nothing otherwise, and says so nowhere.
+bool OfOneSize(ID3D11Resource* destination, ID3D11Resource* source) {
+    ComPtr<ID3D11Texture2D> to;
+    ComPtr<ID3D11Texture2D> from;
+    if (destination == nullptr || source == nullptr ||
+        FAILED(destination->QueryInterface(IID_PPV_ARGS(&to))) ||
+        FAILED(source->QueryInterface(IID_PPV_ARGS(&from)))) {
+        return true;
+    }
+    D3D11_TEXTURE2D_DESC to_description = {};
+    D3D11_TEXTURE2D_DESC from_description = {};
+    to->GetDesc(&to_description);
+    from->GetDesc(&from_description);
+    return to_description.Width == from_description.Width && to_description.Height == from_description.Height;
+}
+
 void STDMETHODCALLTYPE GuardedCopyResource(ID3D11DeviceContext* context, ID3D11Resource* destination,
                                            ID3D11Resource* source) {
     MeetMisfortune("CopyResource");
-    if (MayCopy(context, destination, source)) {
+    if (!OfOneSize(destination, source)) {
+        ++Counts().copies_of_other_size;
+    } else if (MayCopy(context, destination, source)) {
         real_copy_resource.load()(context, destination, source);
     }
 }

@@ -11,7 +11,7 @@ namespace lab {
 void MarkFrame(ID3D11Texture2D* texture, bool held);
 
 /// Watches the copies made on contexts of this one's class. A copy from a frame that was given back, or to
-/// another device's texture, is counted.
+/// another device's texture, is counted, and so is one between textures of two sizes, which copies nothing.
 void GuardFrames(ID3D11DeviceContext* context);
 
 }  // namespace lab

@@ -31,6 +31,20 @@ std::optional<std::int64_t> ImageTime(const Frames& frames, std::int64_t number)
     return static_cast<std::int64_t>(std::ceil(seconds * kMicrosecondsPerSecond));
 }
 
+std::int64_t PointerMoves(const Frames& frames, std::int64_t elapsed_microseconds) {
+    const double moves =
+        static_cast<double>(elapsed_microseconds) * frames.pointer_rate / kMicrosecondsPerSecond;
+    return elapsed_microseconds < 0 ? 0 : static_cast<std::int64_t>(std::floor(moves + kRoundingAllowance));
+}
+
+std::optional<std::int64_t> PointerMoveTime(const Frames& frames, std::int64_t number) {
+    if (frames.pointer_rate <= 0) {
+        return {};
+    }
+    return static_cast<std::int64_t>(
+        std::ceil(static_cast<double>(number) / frames.pointer_rate * kMicrosecondsPerSecond));
+}
+
 bool LossIsDue(const Loss& loss, std::int64_t delivered_frames, std::int64_t elapsed_microseconds) {
     if (loss.after_frames) {
         return delivered_frames >= *loss.after_frames;

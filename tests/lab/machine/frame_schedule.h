@@ -15,6 +15,12 @@ std::int64_t ImagesShown(const Frames& frames, std::int64_t elapsed_microseconds
 /// rounded up so that ImagesShown counts it then. Empty when it never is.
 std::optional<std::int64_t> ImageTime(const Frames& frames, std::int64_t number);
 
+/// Moves of the pointer until `elapsed_microseconds` after the duplication began.
+std::int64_t PointerMoves(const Frames& frames, std::int64_t elapsed_microseconds);
+
+/// When the move with this number (1 is the first) happens, as ImageTime. Empty when it never does.
+std::optional<std::int64_t> PointerMoveTime(const Frames& frames, std::int64_t number);
+
 /// Whether a loss is due after so many delivered frames and so much time.
 bool LossIsDue(const Loss& loss, std::int64_t delivered_frames, std::int64_t elapsed_microseconds);
 

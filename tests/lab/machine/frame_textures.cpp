@@ -1,5 +1,6 @@
 #include "tests/lab/machine/frame_textures.h"
 
+#include <utility>
 #include <vector>
 
 #include "tests/lab/machine/desktop_picture.h"
@@ -27,8 +28,13 @@ DXGI_FORMAT FrameTextures::Format() const {
 
 HRESULT FrameTextures::Create(std::size_t output, ID3D11Device* device) {
     output_ = output;
+    const Output& script = TheMachine().scenario.outputs[output];
     size_ = TheMachine().outputs[output].size;
-    format_ = TheMachine().outputs[output].format;
+    if (script.rotation == 90 || script.rotation == 270) {
+        std::swap(size_.width, size_.height);  // Duplication delivers a rotated desktop un-rotated.
+    }
+    // DuplicateOutput converts what an HDR desktop is made of; only DuplicateOutput1 would not.
+    format_ = script.hdr ? PixelFormat::kBgra : TheMachine().outputs[output].format;
     D3D11_TEXTURE2D_DESC description = {};
     description.Width = size_.width;
     description.Height = size_.height;
@@ -48,7 +54,15 @@ HRESULT FrameTextures::Create(std::size_t output, ID3D11Device* device) {
             return result;
         }
     }
-    return S_OK;
+    const std::vector<std::uint8_t> nothing(std::size_t{size_.width} * size_.height * BytesPerTexel(format_));
+    D3D11_SUBRESOURCE_DATA data = {};
+    data.pSysMem = nothing.data();
+    data.SysMemPitch = size_.width * BytesPerTexel(format_);
+    return device->CreateTexture2D(&description, &data, &black_);
+}
+
+ComPtr<ID3D11Texture2D> FrameTextures::Current() const {
+    return delivered_ == 0 ? black_ : textures_[static_cast<std::size_t>(delivered_ - 1) % textures_.size()];
 }
 
 ComPtr<ID3D11Texture2D> FrameTextures::Next() {

@@ -23,6 +23,9 @@ class FrameTextures {
     /// read now.
     Microsoft::WRL::ComPtr<ID3D11Texture2D> Next();
 
+    /// The image of the last Next; black before the first.
+    Microsoft::WRL::ComPtr<ID3D11Texture2D> Current() const;
+
     Size Dimensions() const { return size_; }
     DXGI_FORMAT Format() const;
 
@@ -31,6 +34,7 @@ class FrameTextures {
     Size size_;
     PixelFormat format_ = PixelFormat::kBgra;
     std::array<Microsoft::WRL::ComPtr<ID3D11Texture2D>, 2> textures_;
+    Microsoft::WRL::ComPtr<ID3D11Texture2D> black_;
     std::int64_t delivered_ = 0;
 };
 

@@ -9,7 +9,8 @@
 namespace lab {
 
 /// Watches contexts of this one's class. On adapters with a scripted speed, a Draw takes the time that the
-/// viewport's pixels need, and time stamp queries count nanoseconds of that time.
+/// viewport's pixels need, and time stamp queries count nanoseconds of that time. On one whose clock ramps
+/// the work takes the machine's time as well, and no query is done before it is.
 void WatchGpuTime(ID3D11DeviceContext* context);
 
 }  // namespace lab

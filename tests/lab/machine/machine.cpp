@@ -28,6 +28,7 @@ void SetUpMachine(const Scenario& scenario) {
     machine.scenario = scenario;
     machine.outputs.clear();
     machine.calls_of_misfortune.clear();
+    machine.memory_readings = 0;
     for (const Output& output : scenario.outputs) {
         OutputState state;
         state.adapter = output.adapter;

@@ -29,6 +29,7 @@ struct Machine {
     Scenario scenario;
     std::vector<OutputState> outputs;  ///< one for each of the scenario's
     std::map<std::string, int> calls_of_misfortune;
+    int memory_readings = 0;
 
     /// The positions of the outputs that an adapter drives now.
     std::vector<std::size_t> OutputsOf(std::size_t adapter) const;

@@ -125,9 +125,56 @@ class ScenarioReader {
         }
     }
 
+    void ReadDraws(Words& words) {
+        if (words.Peek() == "black") {
+            words.Expect("black");
+            LastAdapter().black_draw_rate = words.Rate("megapixels");
+        } else {
+            LastAdapter().draw_rate = words.Rate("megapixels");
+        }
+    }
+
+    void ReadRamp(Words& words) {
+        words.Expect("up");
+        words.Expect("from");
+        ClockRamp ramp;
+        ramp.from_percent = words.Number("a percentage");
+        words.Expect("percent");
+        words.Expect("over");
+        ramp.milliseconds = words.Number("how long");
+        words.Expect("ms");
+        if (ramp.from_percent < 1 || ramp.from_percent > 100 || ramp.milliseconds < 1) {
+            throw ScenarioError("a clock goes up from 1 to 100 percent, over 1 ms or more");
+        }
+        LastAdapter().ramp = ramp;
+    }
+
+    void ReadStamps(Words& words) {
+        if (words.Peek() == "disjoint" || words.Peek() == "never") {
+            LastAdapter().stamp_trouble =
+                words.Next("a trouble") == "never" ? StampTrouble::kNever : StampTrouble::kDisjoint;
+            return;
+        }
+        LastAdapter().stamps_late_milliseconds = words.Number("how late");
+        words.Expect("ms");
+        words.Expect("late");
+    }
+
     void ReadMemory(Words& words) {
         if (words.Peek() == "fails") {
             LastAdapter().memory_fails = words.FailsWith();
+            return;
+        }
+        if (words.Peek() == "falls") {
+            words.Expect("falls");
+            LastAdapter().memory_falls_milliseconds = words.Number("how late");
+            words.Expect("ms");
+            words.Expect("late");
+            return;
+        }
+        if (words.Peek() == "drifts") {
+            words.Expect("drifts");
+            LastAdapter().memory_drift_bytes = words.Megabytes() * kBytesPerMegabyte;
             return;
         }
         LastAdapter().used_bytes = words.Megabytes() * kBytesPerMegabyte;
@@ -158,15 +205,18 @@ class ScenarioReader {
         scenario_.misfortunes[function] = misfortune;
     }
 
-    static Frames ReadFrames(Words& words) {
-        Frames frames;
+    static void ReadFrames(Words& words, Frames& frames) {
         if (words.Peek() == "still" || words.Peek() == "never") {
             frames.never = words.Next("a rate") == "never";
             frames.rate = 0;
         } else {
             frames.rate = words.Rate("");
         }
-        return frames;
+    }
+
+    static void ReadPointer(Words& words, Frames& frames) {
+        words.Expect("moves");
+        frames.pointer_rate = words.Rate("");
     }
 
     void Finish() const {
@@ -199,6 +249,7 @@ class ScenarioReader {
              words.Expect("at");
              scenario_.program_path = words.Rest();
          }},
+        {"loads", [this](Words& words) { scenario_.library = words.Rest(); }},
         {"factory", [this](Words& words) { scenario_.factory_fails = words.FailsWith(); }},
         {"device", [this](Words& words) { scenario_.device_fails = words.FailsWith(); }},
         {"adapters", [this](Words& words) { scenario_.adapters_end_with = words.EndWith(); }},
@@ -214,7 +265,14 @@ class ScenarioReader {
         {"memory", [this](Words& words) { ReadMemory(words); }},
         {"reserved",
          [this](Words& words) { LastAdapter().reserved_bytes = words.Megabytes() * kBytesPerMegabyte; }},
-        {"draws", [this](Words& words) { LastAdapter().draw_rate = words.Rate("megapixels"); }},
+        {"draws", [this](Words& words) { ReadDraws(words); }},
+        {"clocks", [this](Words& words) { ReadRamp(words); }},
+        {"stamps", [this](Words& words) { ReadStamps(words); }},
+        {"mapping",
+         [this](Words& words) {
+             words.Expect("fails");
+             LastAdapter().mapping = words.RefusalOf();
+         }},
         {"software", [this](Words&) { LastAdapter().software = true; }},
         {"without", [this](Words& words) { ReadWithout(words); }},
         {"enumeration", [this](Words& words) { LastAdapter().enumeration_fails = words.FailsWith(); }},
@@ -242,7 +300,15 @@ class ScenarioReader {
             {"without", [this](Words& words) { ReadWithout(words); }},
             {"enumeration", [this](Words& words) { LastOutput().enumeration_fails = words.FailsWith(); }},
             {"description", [this](Words& words) { LastOutput().description_fails = words.FailsWith(); }},
-            {"frames", [this](Words& words) { LastOutput().frames = ReadFrames(words); }},
+            {"frames", [this](Words& words) { ReadFrames(words, LastOutput().frames); }},
+            {"first",
+             [this](Words& words) {
+                 words.Expect("image");
+                 words.Expect("blank");
+                 LastOutput().frames.first_blank = true;
+             }},
+            {"pointer", [this](Words& words) { ReadPointer(words, LastOutput().frames); }},
+            {"hdr", [this](Words&) { LastOutput().hdr = true; }},
             {"format", [this](Words& words) { LastOutput().format = words.Format(); }},
             {"refuses", [this](Words& words) { LastOutput().refusal = words.RefusalOf(); }},
             {"acquiring",

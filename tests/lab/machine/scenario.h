@@ -49,6 +49,10 @@ struct Frames {
     /// Per second; 0 is a still desktop, which delivers its first image alone.
     double rate = 60;
     bool never = false;
+    /// No present brings the first image: it is black, and what is new is the pointer alone.
+    bool first_blank = false;
+    /// Moves of the pointer per second, each an update of its own when no image is new.
+    double pointer_rate = 0;
 };
 
 /// What stands on the desktop's list of display devices.
@@ -76,9 +80,18 @@ struct Output {
     std::optional<Refusal> acquiring;  ///< AcquireNextFrame, counted from the duplication's begin
     Frames frames;
     PixelFormat format = PixelFormat::kBgra;
+    bool hdr = false;
     Picture picture = Picture::kPattern;
     std::vector<Loss> losses;
 };
+
+/// The GPU clocks up under load and falls back when it is idle.
+struct ClockRamp {
+    int from_percent = 100;  ///< of its full speed, after a long rest
+    int milliseconds = 0;    ///< of load until the full speed, and of rest until the lowest
+};
+
+enum class StampTrouble { kNone, kDisjoint, kNever };
 
 struct Adapter {
     std::string name;
@@ -92,6 +105,14 @@ struct Adapter {
     std::uint64_t reserved_bytes = 0;
     /// Megapixels a second in scripted time; empty when the real GPU's time counts.
     std::optional<int> draw_rate;
+    std::optional<int> black_draw_rate;                ///< the same while the shader's first texture is black
+    std::optional<ClockRamp> ramp;                     ///< only with a draw_rate
+    StampTrouble stamp_trouble = StampTrouble::kNone;  ///< only with a draw_rate
+    int stamps_late_milliseconds = 0;                  ///< only with a draw_rate
+    /// Textures count as memory in use, until so long after the flush that follows their release.
+    std::optional<int> memory_falls_milliseconds;
+    std::uint64_t memory_drift_bytes = 0;  ///< what every other reading of the use is more
+    std::optional<Refusal> mapping;        ///< ID3D11DeviceContext::Map, on a device of this adapter
     bool software = false;
     bool without_adapter3 = false;
     std::optional<ResultCode> enumeration_fails;
@@ -121,6 +142,7 @@ struct Scenario {
     std::vector<Display> displays;  ///< in the order of their listing
     Cursor cursor;
     std::string program_path;  ///< what the program is told of itself; empty: the truth
+    std::string library;       ///< a DLL that something else has brought into the process; may be empty
     bool scripted_clock = false;
     std::optional<ResultCode> factory_fails;
     std::optional<ResultCode> device_fails;

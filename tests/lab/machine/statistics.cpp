@@ -33,6 +33,7 @@ std::string StatisticsText() {
     Append(text, "frames_shown", counts.frames_shown);
     Append(text, "frames_delivered", counts.frames_delivered);
     Append(text, "frames_merged", counts.frames_merged);
+    Append(text, "pointer_updates", counts.pointer_updates);
     Append(text, "acquire_calls", counts.acquire_calls);
     Append(text, "acquire_timeouts", counts.acquire_timeouts);
     Append(text, "access_losses", counts.access_losses);
@@ -41,6 +42,7 @@ std::string StatisticsText() {
     Append(text, "acquires_without_release", counts.acquires_without_release);
     Append(text, "uses_after_release", counts.uses_after_release);
     Append(text, "copies_across_devices", counts.copies_across_devices);
+    Append(text, "copies_of_other_size", counts.copies_of_other_size);
     Append(text, "frames_never_released", counts.frames_never_released);
     for (std::size_t i = 0; i < counts.devices_made_on.size(); ++i) {
         Append(text, "devices_made_on_" + std::to_string(i), counts.devices_made_on[i]);

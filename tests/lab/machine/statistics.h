@@ -25,6 +25,7 @@ struct Statistics {
     std::atomic<long> frames_delivered;  ///< of these, acquired by the program
     std::atomic<long>
         frames_merged;  ///< shown, but merged into a later one as nobody had acquired in between
+    std::atomic<long> pointer_updates;  ///< acquired while no image was new
     std::atomic<long> acquire_calls;
     std::atomic<long> acquire_timeouts;
     std::atomic<long> access_losses;
@@ -34,6 +35,7 @@ struct Statistics {
     std::atomic<long> acquires_without_release;
     std::atomic<long> uses_after_release;
     std::atomic<long> copies_across_devices;
+    std::atomic<long> copies_of_other_size;
     std::atomic<long> frames_never_released;
     std::array<std::atomic<long>, kCountedAdapters> devices_made_on;  ///< by the adapter's position
 
@@ -41,7 +43,8 @@ struct Statistics {
         return live_factories + live_adapters + live_outputs + live_duplications + live_devices;
     }
     long Violations() const {
-        return acquires_without_release + uses_after_release + copies_across_devices + frames_never_released;
+        return acquires_without_release + uses_after_release + copies_across_devices + copies_of_other_size +
+               frames_never_released;
     }
 };
 

@@ -123,7 +123,7 @@ TEST_F(Duplication, WorksOnTheAdapterThatDrivesTheOutputAlone) {
     SetUpWith("adapter A\n output D\n  size 64x48\nadapter B\n output E\n  size 64x48\n");
     Program on_a(0);
     EXPECT_EQ(on_a.Duplicate(0), S_OK);
-    EXPECT_EQ(on_a.Duplicate(1), DXGI_ERROR_UNSUPPORTED);
+    EXPECT_EQ(on_a.Duplicate(1), E_INVALIDARG);
     Program on_b(1);
     EXPECT_EQ(on_b.Duplicate(1), S_OK);
     EXPECT_EQ(Counts().duplications_refused, 1);
@@ -271,7 +271,7 @@ TEST_F(Duplication, AnOutputMovesToAnotherAdapter) {
     ScriptedSleep(100);
     EXPECT_EQ(on_a.Acquire(), DXGI_ERROR_ACCESS_LOST);
     EXPECT_FALSE(on_a.OutputOf(0));
-    EXPECT_EQ(on_a.Duplicate(1), DXGI_ERROR_UNSUPPORTED);
+    EXPECT_EQ(on_a.Duplicate(1), E_INVALIDARG);
     Program on_b(1);
     EXPECT_EQ(on_b.Duplicate(1), S_OK);
 }
@@ -295,6 +295,65 @@ TEST_F(Duplication, CanFailToAcquireWithoutBeingLost) {
     EXPECT_EQ(program.Acquire(), S_OK);
     program.Release();
     EXPECT_EQ(Counts().access_losses, 0);
+}
+
+TEST_F(Duplication, ABlankFirstImageIsBlackAndNoPresentBroughtIt) {
+    SetUpWith(std::string(kSmall) + "first image blank");
+    Program program(0);
+    ASSERT_EQ(program.Duplicate(), S_OK);
+    ASSERT_EQ(program.Acquire(), S_OK);
+    EXPECT_EQ(program.info_.LastPresentTime.QuadPart, 0);
+    EXPECT_EQ(program.info_.AccumulatedFrames, 0U);
+    EXPECT_THAT(program.ReadFrame(PixelFormat::kBgra), ::testing::Each(0));
+    program.Release();
+    ASSERT_EQ(program.Acquire(1000), S_OK);
+    EXPECT_NE(program.info_.LastPresentTime.QuadPart, 0);
+    EXPECT_EQ(program.ReadFrame(PixelFormat::kBgra), TestPicture({64, 48}, PixelFormat::kBgra, false));
+    program.Release();
+}
+
+TEST_F(Duplication, AMovingPointerShowsTheLastImageAgain) {
+    SetUpWith(std::string(kSmall) + "frames still\n pointer moves 125 per second");
+    Program program(0);
+    ASSERT_EQ(program.Duplicate(), S_OK);
+    ASSERT_EQ(program.Acquire(), S_OK);
+    EXPECT_NE(program.info_.LastPresentTime.QuadPart, 0);
+    const std::vector<std::uint8_t> image = program.ReadFrame(PixelFormat::kBgra);
+    program.Release();
+    ASSERT_EQ(program.Acquire(1000), S_OK);
+    EXPECT_EQ(program.info_.LastPresentTime.QuadPart, 0);
+    EXPECT_NE(program.info_.LastMouseUpdateTime.QuadPart, 0);
+    EXPECT_EQ(program.ReadFrame(PixelFormat::kBgra), image);
+    program.Release();
+    EXPECT_EQ(Counts().pointer_updates, 1);
+    EXPECT_EQ(Counts().frames_delivered, 1);
+}
+
+TEST_F(Duplication, ARotatedDesktopComesUnrotatedAndAnHdrOneInBytes) {
+    SetUpWith(std::string(kSmall) + "rotated 90\n hdr\n format fp16");
+    Program program(0);
+    ASSERT_EQ(program.Duplicate(), S_OK);
+    ASSERT_EQ(program.Acquire(), S_OK);
+    EXPECT_EQ(program.FrameDescription().Width, 48U);
+    EXPECT_EQ(program.FrameDescription().Height, 64U);
+    EXPECT_EQ(program.FrameDescription().Format, DXGI_FORMAT_B8G8R8A8_UNORM);
+    program.Release();
+}
+
+TEST_F(Duplication, CopiesNothingBetweenTwoSizes) {
+    SetUpWith(kSmall);
+    Program program(0);
+    ASSERT_EQ(program.Duplicate(), S_OK);
+    ASSERT_EQ(program.Acquire(), S_OK);
+    D3D11_TEXTURE2D_DESC other = program.FrameDescription();
+    other.Height -= 1;
+    ComPtr<ID3D11Texture2D> frame;
+    program.resource_.As(&frame);
+    program.context_->CopyResource(program.Staging(other).Get(), frame.Get());
+    EXPECT_EQ(Counts().copies_of_other_size, 1);
+    EXPECT_EQ(Counts().Violations(), 1);
+    program.Release();
+    Counts().copies_of_other_size = 0;
 }
 
 TEST_F(Duplication, SeesAnAcquireWithoutARelease) {

@@ -41,6 +41,18 @@ TEST(FrameSchedule, AStillDesktopHasOneImageAndABlindOneNone) {
     EXPECT_FALSE(ImageTime(never, 1));
 }
 
+TEST(FrameSchedule, ThePointerMovesAtItsRate) {
+    Frames frames;
+    EXPECT_EQ(PointerMoves(frames, kSecond), 0);
+    EXPECT_FALSE(PointerMoveTime(frames, 1));
+    frames.pointer_rate = 125;
+    EXPECT_EQ(PointerMoves(frames, 0), 0);
+    EXPECT_EQ(PointerMoves(frames, kSecond), 125);
+    EXPECT_THAT(PointerMoveTime(frames, 1), Optional(8000));
+    EXPECT_EQ(PointerMoves(frames, 8000), 1);
+    EXPECT_EQ(PointerMoves(frames, 7999), 0);
+}
+
 TEST(FrameSchedule, ALossIsDueAfterItsFramesOrItsTime) {
     Loss by_frames;
     by_frames.after_frames = 30;

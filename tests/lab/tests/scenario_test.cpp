@@ -137,6 +137,43 @@ TEST(Scenario, ReadsHowAnOutputIsDuplicated) {
     EXPECT_TRUE(output.losses[1].unplugged);
 }
 
+TEST(Scenario, ReadsWhatAnUnkindGpuDoes) {
+    const Scenario scenario = Read(
+        "loads Z:\\a folder\\b.dll\nadapter A\n draws 800 megapixels per second\n"
+        " draws black 900 megapixels per second\n clocks up from 33 percent over 200 ms\n"
+        " stamps 70 ms late\n memory falls 5 ms late\n memory drifts 3 MB\n mapping fails 0x8007000E 2 "
+        "times\n"
+        "adapter B\n stamps disjoint\nadapter C\n stamps never\n");
+    EXPECT_EQ(scenario.library, "Z:\\a folder\\b.dll");
+    ASSERT_EQ(scenario.adapters.size(), 3U);
+    const Adapter& adapter = scenario.adapters[0];
+    EXPECT_THAT(adapter.draw_rate, Optional(800));
+    EXPECT_THAT(adapter.black_draw_rate, Optional(900));
+    ASSERT_TRUE(adapter.ramp);
+    EXPECT_EQ(adapter.ramp->from_percent, 33);
+    EXPECT_EQ(adapter.ramp->milliseconds, 200);
+    EXPECT_EQ(adapter.stamps_late_milliseconds, 70);
+    EXPECT_THAT(adapter.memory_falls_milliseconds, Optional(5));
+    EXPECT_EQ(adapter.memory_drift_bytes, 3ULL * 1024 * 1024);
+    ASSERT_TRUE(adapter.mapping);
+    EXPECT_EQ(adapter.mapping->result, 0x8007000EU);
+    EXPECT_THAT(adapter.mapping->times, Optional(2));
+    EXPECT_EQ(adapter.stamp_trouble, StampTrouble::kNone);
+    EXPECT_EQ(scenario.adapters[1].stamp_trouble, StampTrouble::kDisjoint);
+    EXPECT_EQ(scenario.adapters[2].stamp_trouble, StampTrouble::kNever);
+}
+
+TEST(Scenario, ReadsWhatNoPresentBrings) {
+    const Scenario scenario = Read(
+        "adapter A\n output D\n  hdr\n  first image blank\n  pointer moves 125 per second\n"
+        "  frames 10 per second\n");
+    const Output& output = scenario.outputs.at(0);
+    EXPECT_TRUE(output.hdr);
+    EXPECT_TRUE(output.frames.first_blank);
+    EXPECT_EQ(output.frames.pointer_rate, 125);
+    EXPECT_EQ(output.frames.rate, 10);
+}
+
 TEST(Scenario, ReadsMisfortunes) {
     const Scenario scenario = Read("hang CopyResource at call 3\ncrash DuplicateOutput\nadapter A\n");
     ASSERT_EQ(scenario.misfortunes.size(), 2U);
@@ -164,6 +201,8 @@ TEST(Scenario, SaysWhichLineIsNotUnderstoodAndWhy) {
     EXPECT_EQ(ErrorOf("adapter A\n without IDXGIOutput1\n"),
               "line 2: only an output can be without IDXGIOutput1");
     EXPECT_EQ(ErrorOf("adapter A\n output D\n frames 0 per second\n"), "line 3: a rate of 0 is none");
+    EXPECT_EQ(ErrorOf("adapter A\n clocks up from 0 percent over 200 ms\n"),
+              "line 2: a clock goes up from 1 to 100 percent, over 1 ms or more");
     EXPECT_EQ(ErrorOf("adapter A\n output D\n size 800\n"), "line 3: '800' is not a size like 1920x1080");
     EXPECT_EQ(ErrorOf("adapter A\n output D\n lost after 3 frames\n  moves to 1\n"),
               "an output moves to an adapter that the scenario does not have");
