@@ -9,11 +9,9 @@ import re
 import subprocess
 import sys
 
-# What every Windows 10 brings along, in its system folder.
-WINDOWS_OWN_DLLS = {
-    "advapi32.dll", "d3d11.dll", "d3dcompiler_47.dll", "dxgi.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll",
-    "shell32.dll", "user32.dll",
-}
+# The known DLLs of every Windows 10: it takes them, and what they import, from its system folder alone. Any other DLL of
+# an import table is looked for in the program's folder first, and the wrong file there keeps the program from starting.
+KNOWN_DLLS = {"advapi32.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "shell32.dll", "user32.dll"}
 DLL_CHARACTERISTICS = {"high-entropy VA": 0x0020, "ASLR (dynamic base)": 0x0040, "NX": 0x0100}
 MANIFEST = {
     "asks for no administrator rights": '<requestedExecutionLevel level="asInvoker" uiAccess="false"/>',
@@ -52,9 +50,9 @@ def checks(exe):
     text = headers(exe)
     with open(exe, "rb") as file:
         image = file.read()
-    foreign = imported_dlls(text) - WINDOWS_OWN_DLLS
+    others = imported_dlls(text) - KNOWN_DLLS
     yield "64-bit console program", "pei-x86-64" in text and "(Windows CUI)" in text
-    yield f"imports Windows' own DLLs only {sorted(foreign) or ''}".rstrip(), bool(imported_dlls(text)) and not foreign
+    yield f"imports known DLLs only {sorted(others) or ''}".rstrip(), bool(imported_dlls(text)) and not others
     for name, bit in DLL_CHARACTERISTICS.items():
         yield name, dll_characteristics(text) & bit != 0
     for name, words in MANIFEST.items():

@@ -1,11 +1,44 @@
 #include "platform/library.h"
 
-HMODULE LoadLibraryQuietly(const wchar_t* name) {
+#include <array>
+
+namespace {
+
+HMODULE LoadQuietly(const wchar_t* name, DWORD flags) {
     DWORD previous_mode = 0;
     SetThreadErrorMode(SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX, &previous_mode);
-    HMODULE library = LoadLibraryW(name);
+    HMODULE library = LoadLibraryExW(name, nullptr, flags);
     const DWORD error = GetLastError();
     SetThreadErrorMode(previous_mode, nullptr);
     SetLastError(error);
     return library;
+}
+
+/// A failure even if Windows did not say which.
+HRESULT LastFailure() {
+    const DWORD error = GetLastError();
+    return error == ERROR_SUCCESS ? E_FAIL : HRESULT_FROM_WIN32(error);
+}
+
+}  // namespace
+
+void NeverLoadFromCurrentDirectory() {
+    // Whatever folder is set takes the current directory's place in the search, so it is one that is searched
+    // anyway. An empty text would do on Windows, but says nothing to Wine.
+    std::array<wchar_t, MAX_PATH> system_folder = {};
+    GetSystemDirectoryW(system_folder.data(), static_cast<UINT>(system_folder.size()));
+    SetDllDirectoryW(system_folder.data());
+}
+
+HMODULE LoadLibraryQuietly(const wchar_t* name) {
+    return LoadQuietly(name, 0);
+}
+
+LibraryFunction FindSystemFunction(const wchar_t* library, const char* name) {
+    const HMODULE module = LoadQuietly(library, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    FARPROC const function = module == nullptr ? nullptr : GetProcAddress(module, name);
+    if (function == nullptr) {
+        return {nullptr, LastFailure()};
+    }
+    return {function, S_OK};
 }

@@ -74,10 +74,19 @@ def _registry(*arguments):
     assert exit_code == 0, (arguments, output, errors)
 
 
-def add_proxy_dlls(install, *names):
-    """Puts a library under each of these names beside the tool. Returns the environment in which Wine loads its own
-    in their place, as the tool would not start with one that is no proxy at all."""
+INJECTED_DLL = PROGRAMS / "injected_dll.dll"
+
+
+def add_proxy_dlls(install, *names, content=None):
+    """Puts a file under each of these names beside the tool: a library, or that content. Returns the environment in
+    which Wine, as Windows does, takes a DLL of these names from the program's folder first."""
     for name in names:
-        install.add_file(lab.BUILD / "tests" / "lab" / "vistrel_lab_machine.dll", name)
-    modules = ",".join(name.lower().removesuffix(".dll") for name in names)
-    return {"WINEDLLOVERRIDES": f"{os.environ['WINEDLLOVERRIDES']};{modules}=b"}
+        install.write(name, INJECTED_DLL.read_bytes() if content is None else content)
+    return windows_library_order(name.lower().removesuffix(".dll") for name in names)
+
+
+def windows_library_order(modules):
+    """Wine takes its own DLL of a name of Windows' unless it is told otherwise. version.dll stays Wine's own: Wine's
+    user32 imports it, and as Wine has no known DLLs, no program with a window would start beside a broken one."""
+    order = ",".join(module for module in modules if module != "version")
+    return {"WINEDLLOVERRIDES": f"{os.environ['WINEDLLOVERRIDES']};{order}=n,b;version=b"}

@@ -36,6 +36,8 @@ def outcome(healthy, order, in_runtime=False):
     [
         (("GlobalMemoryStatusEx", 1, "once"), "+ RAM             : 0.0 GB total, <free> GB free"),
         (("CreateDXGIFactory1", 1, "once"), "+ !! CreateDXGIFactory1 failed - cannot enumerate GPUs."),
+        (("LoadLibraryExW", 1, "once"), "+ !! CreateDXGIFactory1 failed - cannot enumerate GPUs."),
+        (("LoadLibraryExW", 2, "once"), "+ !! D3D11CreateDevice failed (0x8007007E). Cannot benchmark."),
         (("ID3D11Device::CreateQuery", 1, "on"), "+ !! GPU timing produced nothing usable at 1920x1200"),
         (("D3DCompile", 1, "on"), "+ !! stereo_warp.hlsl could not be compiled: D3DCompile failed"),
         (("_read", 2, "once"), "+   !! The file could not be read to its end."),

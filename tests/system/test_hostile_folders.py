@@ -3,6 +3,7 @@
 import contextlib
 import os
 import pathlib
+import struct
 import subprocess
 
 import pytest
@@ -12,6 +13,7 @@ import lab
 import programs
 import terminal
 from test_guided_run import closing
+from test_inventory import PROXY_DLLS
 from test_rescue import ACCESS_VIOLATION, CAPTURE, CRASHED, PLACE, closing_line
 
 MACHINE = "desktop-pc"  # Its figures are the same in every run.
@@ -238,6 +240,63 @@ def test_path_too_long_for_the_tool_to_read_of_itself(tmp_path):
     report = (tmp_path / lab.REPORT_NAME).read_bytes().decode("utf-8").replace("\r\n", "\n")
     assert "\nRunning from: \n" in report
     assert f" Done. Report written to:\n   {lab.REPORT_NAME}\n\n Please send" in run.console_text
+
+
+# Foreign DLLs beside the tool and in the current directory
+
+PROXY_LINES = "".join(f"PROXY DLL      : {name}   <- not ours\n" for name in PROXY_DLLS)
+
+
+def library_for_32_bits():
+    """A whole, if idle, DLL for 32-bit processors: one section, whose entry point returns TRUE."""
+    code = b"\xb8\x01\x00\x00\x00\xc2\x0c\x00"
+    file_header = struct.pack("<4sHHIIIHH", b"PE", 0x014C, 1, 0, 0, 0, 224, 0x2102)
+    optional_header = struct.pack("<HBBIIIIII", 0x010B, 14, 0, 512, 0, 0, 0x1000, 0x1000, 0x2000)
+    optional_header += struct.pack("<IIIHHHHHHIIIIHH", 0x10000000, 0x1000, 512, 6, 0, 0, 0, 6, 0, 0, 0x2000, 512, 0, 2, 0x140)
+    optional_header += struct.pack("<IIIIII", 0x100000, 0x1000, 0x100000, 0x1000, 0, 16) + bytes(128)
+    section = struct.pack("<8sIIIIIIHHI", b".text", len(code), 0x1000, 512, 512, 0, 0, 0, 0, 0x60000020)
+    headers = b"MZ" + bytes(58) + struct.pack("<I", 64) + file_header + optional_header + section
+    return headers.ljust(512, b"\0") + code.ljust(512, b"\0")
+
+
+FOREIGN_FILES = {
+    "for 32 bits": library_for_32_bits,
+    "empty": lambda: b"",
+    "cut short": lambda: programs.INJECTED_DLL.read_bytes()[:4096],
+    "a proxy": programs.INJECTED_DLL.read_bytes,
+}
+
+
+@pytest.mark.parametrize("kind", FOREIGN_FILES)
+def test_foreign_dlls_beside_the_tool_are_reported_not_loaded(ordinary, tmp_path, kind):
+    """Windows starts no program beside such files under the names of DLLs that it imports and that are no known
+    DLLs. Wine passes over those for 32 bits, but the rest keeps it from starting the program too."""
+    install = furnish(tmp_path / "install")
+    environment = programs.add_proxy_dlls(install, *PROXY_DLLS, content=FOREIGN_FILES[kind]())
+    if kind == "empty":
+        install.write("version.dll", FOREIGN_FILES["cut short"]())  # Wine loads its own in place of no empty file.
+    loaded = tmp_path / "loaded.txt"
+    environment["VISTREL_INJECTED_LOG"] = lab.windows_path(loaded)
+    run = lab.run_tool(install, *QUICK, scenario=MACHINE, env=environment)
+    assert PROXY_LINES in run.report_text
+    assert [text.replace(PROXY_LINES, "") for text in texts(run, install)] == ordinary
+    assert not loaded.exists(), loaded.read_text()
+
+
+def test_nothing_is_loaded_from_the_current_directory(tmp_path):
+    install = lab.Install(tmp_path / "install")
+    elsewhere = lab.Install(tmp_path / "elsewhere")
+    for name in (*PROXY_DLLS, "openxr_loader.dll", "onnxruntime.dll", "DirectML.dll", "d3dcompiler_47.dll"):
+        elsewhere.add_file(programs.INJECTED_DLL, name)
+    loaded = tmp_path / "loaded.txt"
+    environment = programs.windows_library_order(name.removesuffix(".dll") for name in PROXY_DLLS)
+    environment["VISTREL_INJECTED_LOG"] = lab.windows_path(loaded)
+    install.add_shader("trivial")
+    models = ("--quick", "--capture-seconds", "0")
+    run = lab.run_tool(install, *models, scenario=MACHINE, cwd=elsewhere.folder, env=environment)
+    assert run.exit_code == 0
+    assert "openxr_loader.dll not found" in run.section("HEADSET / OPENXR")
+    assert not loaded.exists(), loaded.read_text()
 
 
 # Names from outside

@@ -2,6 +2,8 @@
 #include <vector>
 
 #include "platform/console_utf8.h"
+#include "platform/library.h"
+#include "platform/system_graphics.h"
 #include "platform/utf8.h"
 #include "tools/vistrel_diag/command_line.h"
 #include "tools/vistrel_diag/guided_run.h"
@@ -9,6 +11,8 @@
 
 /// Always ends with 0: what fails is in the report.
 int wmain(int argument_count, wchar_t** argument_values) {
+    NeverLoadFromCurrentDirectory();
+    LoadSystemGraphics();
     std::vector<std::string> arguments;
     for (int i = 1; i < argument_count; ++i) {
         arguments.push_back(Utf8FromWide(argument_values[i]));

@@ -38,7 +38,8 @@ class DeviceTag final : public SimulatedUnknown<IUnknown> {
 
 template <typename Function>
 Function RealFunction(const wchar_t* library, const char* name) {
-    return reinterpret_cast<Function>(GetProcAddress(LoadLibraryW(library), name));
+    return reinterpret_cast<Function>(
+        GetProcAddress(LoadLibraryExW(library, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32), name));
 }
 
 /// The one adapter that really is there; kept, because a real factory takes long to make.
