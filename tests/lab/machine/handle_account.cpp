@@ -7,6 +7,7 @@
 #include <map>
 #include <mutex>
 #include <set>
+#include <type_traits>
 
 #include "tests/lab/machine/as_proc.h"
 
@@ -38,31 +39,38 @@ Handle Opened(Handle handle, Handle none = nullptr) {
 template <typename Handle>
 Handle Closing(Handle handle) {
     const std::scoped_lock lock(TheAccount().mutex);
-    TheAccount().open.erase(handle);
+    TheAccount().open.erase(const_cast<void*>(static_cast<const volatile void*>(handle)));
     return handle;
 }
 
-HANDLE WINAPI CountedCreateToolhelp32Snapshot(DWORD flags, DWORD process) {
-    return Opened(CreateToolhelp32Snapshot(flags, process), INVALID_HANDLE_VALUE);
+/// Stands before one function that answers what it opened. `Tag` keeps those of the same signature apart.
+template <typename Tag, typename Handle, typename... Arguments>
+struct Opening {
+    static Handle WINAPI Call(Arguments... arguments) { return Opened(real(arguments...), none); }
+    static inline Handle(WINAPI* real)(Arguments...) = nullptr;
+    static inline Handle none = nullptr;
+};
+
+template <typename Tag = decltype([] {}), typename Handle, typename... Arguments>
+FARPROC CountedOpening(Handle(WINAPI* real)(Arguments...), std::type_identity_t<Handle> none = nullptr) {
+    using Counted = Opening<Tag, Handle, Arguments...>;
+    Counted::real = real;
+    Counted::none = none;
+    return AsProc(&Counted::Call);
 }
 
-HANDLE WINAPI CountedOpenProcess(DWORD access, BOOL inherited, DWORD process) {
-    return Opened(OpenProcess(access, inherited, process));
-}
+/// The same for what closes the handle that is its only argument.
+template <typename Tag, typename Result, typename Handle>
+struct ClosingOne {
+    static Result WINAPI Call(Handle handle) { return real(Closing(handle)); }
+    static inline Result(WINAPI* real)(Handle) = nullptr;
+};
 
-HANDLE WINAPI CountedCreateFileW(LPCWSTR name, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
-                                 DWORD disposition, DWORD attributes, HANDLE model) {
-    return Opened(CreateFileW(name, access, share, security, disposition, attributes, model),
-                  INVALID_HANDLE_VALUE);
-}
-
-HANDLE WINAPI CountedCreateThread(LPSECURITY_ATTRIBUTES security, SIZE_T stack, LPTHREAD_START_ROUTINE start,
-                                  LPVOID parameter, DWORD flags, LPDWORD id) {
-    return Opened(CreateThread(security, stack, start, parameter, flags, id));
-}
-
-BOOL WINAPI CountedCloseHandle(HANDLE handle) {
-    return CloseHandle(Closing(handle));
+template <typename Tag = decltype([] {}), typename Result, typename Handle>
+FARPROC CountedClosing(Result(WINAPI* real)(Handle)) {
+    using Counted = ClosingOne<Tag, Result, Handle>;
+    Counted::real = real;
+    return AsProc(&Counted::Call);
 }
 
 LSTATUS WINAPI CountedRegOpenKeyExW(HKEY parent, LPCWSTR path, DWORD options, REGSAM access, PHKEY key) {
@@ -73,31 +81,68 @@ LSTATUS WINAPI CountedRegOpenKeyExW(HKEY parent, LPCWSTR path, DWORD options, RE
     return result;
 }
 
-LSTATUS WINAPI CountedRegCloseKey(HKEY key) {
-    return RegCloseKey(Closing(key));
+BOOL WINAPI CountedCreatePipe(PHANDLE read_end, PHANDLE write_end, LPSECURITY_ATTRIBUTES security,
+                              DWORD size) {
+    const BOOL made = CreatePipe(read_end, write_end, security, size);
+    if (made != FALSE) {
+        Opened(*read_end);
+        Opened(*write_end);
+    }
+    return made;
 }
 
-std::FILE* CountedWfopen(const wchar_t* name, const wchar_t* mode) {
-    return Opened(_wfopen(name, mode));
-}
-
-int CountedFclose(std::FILE* file) {
-    return std::fclose(Closing(file));
+BOOL WINAPI CountedCreateProcessW(LPCWSTR program, LPWSTR command_line, LPSECURITY_ATTRIBUTES security,
+                                  LPSECURITY_ATTRIBUTES thread_security, BOOL inherits, DWORD flags,
+                                  LPVOID environment, LPCWSTR folder, LPSTARTUPINFOW startup,
+                                  LPPROCESS_INFORMATION process) {
+    const BOOL made = CreateProcessW(program, command_line, security, thread_security, inherits, flags,
+                                     environment, folder, startup, process);
+    if (made != FALSE) {
+        Opened(process->hProcess);
+        Opened(process->hThread);
+    }
+    return made;
 }
 
 }  // namespace
 
 FARPROC AccountingFunction(std::string_view name) {
     static const std::map<std::string_view, FARPROC> functions = {
-        {"CreateToolhelp32Snapshot", AsProc(&CountedCreateToolhelp32Snapshot)},
-        {"OpenProcess", AsProc(&CountedOpenProcess)},
-        {"CreateFileW", AsProc(&CountedCreateFileW)},
-        {"CreateThread", AsProc(&CountedCreateThread)},
-        {"CloseHandle", AsProc(&CountedCloseHandle)},
+        // kernel32: what waits, files, processes and threads
+        {"CreateEventW", CountedOpening(&CreateEventW)},
+        {"CreateEventExW", CountedOpening(&CreateEventExW)},
+        {"CreateFileMappingW", CountedOpening(&CreateFileMappingW)},
+        {"CreateFileW", CountedOpening(&CreateFileW, INVALID_HANDLE_VALUE)},
+        {"CreateJobObjectW", CountedOpening(&CreateJobObjectW)},
+        {"CreateMutexW", CountedOpening(&CreateMutexW)},
+        {"CreateNamedPipeW", CountedOpening(&CreateNamedPipeW, INVALID_HANDLE_VALUE)},
+        {"CreatePipe", AsProc(&CountedCreatePipe)},
+        {"CreateProcessW", AsProc(&CountedCreateProcessW)},
+        {"CreateSemaphoreW", CountedOpening(&CreateSemaphoreW)},
+        {"CreateThread", CountedOpening(&CreateThread)},
+        {"CreateToolhelp32Snapshot", CountedOpening(&CreateToolhelp32Snapshot, INVALID_HANDLE_VALUE)},
+        {"CreateWaitableTimerW", CountedOpening(&CreateWaitableTimerW)},
+        {"OpenEventW", CountedOpening(&OpenEventW)},
+        {"OpenFileMappingW", CountedOpening(&OpenFileMappingW)},
+        {"OpenMutexW", CountedOpening(&OpenMutexW)},
+        {"OpenProcess", CountedOpening(&OpenProcess)},
+        {"OpenThread", CountedOpening(&OpenThread)},
+        {"CloseHandle", CountedClosing(&CloseHandle)},
+        {"FindFirstFileW", CountedOpening(&FindFirstFileW, INVALID_HANDLE_VALUE)},
+        {"FindClose", CountedClosing(&FindClose)},
+        {"MapViewOfFile", CountedOpening(&MapViewOfFile)},
+        {"UnmapViewOfFile", CountedClosing(&UnmapViewOfFile)},
+        // user32
+        {"CreateWindowExW", CountedOpening(&CreateWindowExW)},
+        {"DestroyWindow", CountedClosing(&DestroyWindow)},
+        // advapi32
         {"RegOpenKeyExW", AsProc(&CountedRegOpenKeyExW)},
-        {"RegCloseKey", AsProc(&CountedRegCloseKey)},
-        {"_wfopen", AsProc(&CountedWfopen)},
-        {"fclose", AsProc(&CountedFclose)},
+        {"RegCloseKey", CountedClosing(&RegCloseKey)},
+        // the C runtime
+        {"_fdopen", CountedOpening(&_fdopen)},
+        {"_wfopen", CountedOpening(&_wfopen)},
+        {"fopen", CountedOpening<>(static_cast<std::FILE* (*)(const char*, const char*)>(&std::fopen))},
+        {"fclose", CountedClosing(&std::fclose)},
     };
     const auto found = functions.find(name);
     return found != functions.end() ? found->second : nullptr;

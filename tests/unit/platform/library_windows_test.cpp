@@ -2,7 +2,70 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
+
 namespace {
+
+/// The thread's error mode while a library is being loaded; empty when none was.
+std::optional<DWORD> mode_while_loading;
+
+template <typename Function>
+Function Genuine(const char* name) {
+    return reinterpret_cast<Function>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), name));
+}
+
+HMODULE WINAPI LoadAndNoteMode(const wchar_t* name) {
+    mode_while_loading = GetThreadErrorMode();
+    return Genuine<decltype(&LoadLibraryW)>("LoadLibraryW")(name);
+}
+
+HMODULE WINAPI LoadExAndNoteMode(const wchar_t* name, HANDLE file, DWORD flags) {
+    mode_while_loading = GetThreadErrorMode();
+    return Genuine<decltype(&LoadLibraryExW)>("LoadLibraryExW")(name, file, flags);
+}
+
+}  // namespace
+
+extern "C" {
+decltype(&LoadLibraryW) __imp_LoadLibraryW = LoadAndNoteMode;
+decltype(&LoadLibraryExW) __imp_LoadLibraryExW = LoadExAndNoteMode;
+}
+
+namespace {
+
+class LoadLibraryQuietlyTest : public testing::Test {
+  protected:
+    LoadLibraryQuietlyTest() { mode_while_loading.reset(); }
+    ~LoadLibraryQuietlyTest() override { SetThreadErrorMode(0, nullptr); }
+};
+
+TEST_F(LoadLibraryQuietlyTest, LoadsALibrary) {
+    const UniqueLibrary library(LoadLibraryQuietly(L"version.dll"));
+    EXPECT_TRUE(library);
+}
+
+TEST_F(LoadLibraryQuietlyTest, ShowsNoMessageBoxMeanwhile) {
+    LoadLibraryQuietly(L"no such library.dll");
+    ASSERT_TRUE(mode_while_loading);
+    const DWORD quiet = SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX;
+    EXPECT_EQ(*mode_while_loading & quiet, quiet);
+}
+
+TEST_F(LoadLibraryQuietlyTest, PutsTheThreadsErrorModeBack) {
+    for (const DWORD mode : {DWORD{0}, DWORD{SEM_NOGPFAULTERRORBOX}}) {
+        for (const wchar_t* name : {L"version.dll", L"no such library.dll"}) {
+            ASSERT_NE(SetThreadErrorMode(mode, nullptr), FALSE);
+            const UniqueLibrary library(LoadLibraryQuietly(name));
+            EXPECT_EQ(GetThreadErrorMode(), mode);
+        }
+    }
+}
+
+TEST_F(LoadLibraryQuietlyTest, TellsWhyThereIsNone) {
+    SetLastError(ERROR_SUCCESS);
+    EXPECT_EQ(LoadLibraryQuietly(L"no such library.dll"), nullptr);
+    EXPECT_EQ(GetLastError(), DWORD{ERROR_MOD_NOT_FOUND});
+}
 
 TEST(FindSystemFunction, FindsAFunctionOfADllInTheSystemFolder) {
     const LibraryFunction found = FindSystemFunction(L"kernel32.dll", "GetTickCount64");

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <string>
 
 #include "tests/unit/support/registry_sandbox.h"
@@ -29,6 +30,42 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
+/// While it lives, nobody may do more with a key than read it.
+class ReadOnlyKey {
+  public:
+    ReadOnlyKey(HKEY root, const wchar_t* path) {
+        EXPECT_EQ(RegOpenKeyExW(root, path, 0, KEY_ALL_ACCESS, &key_), ERROR_SUCCESS);
+        Allow(KEY_READ);
+        HKEY writable = nullptr;
+        EXPECT_EQ(RegOpenKeyExW(root, path, 0, KEY_WRITE, &writable), ERROR_ACCESS_DENIED);
+    }
+    ~ReadOnlyKey() {
+        Allow(KEY_ALL_ACCESS);
+        RegCloseKey(key_);
+    }
+    ReadOnlyKey(const ReadOnlyKey&) = delete;
+    ReadOnlyKey& operator=(const ReadOnlyKey&) = delete;
+
+  private:
+    void Allow(DWORD access) const {
+        SID_IDENTIFIER_AUTHORITY world = {SECURITY_WORLD_SID_AUTHORITY};
+        PSID everyone = nullptr;
+        ASSERT_NE(AllocateAndInitializeSid(&world, 1, SECURITY_WORLD_RID, 0, 0, 0, 0, 0, 0, 0, &everyone),
+                  FALSE);
+        std::array<DWORD, 64> list = {};
+        auto* const acl = reinterpret_cast<ACL*>(list.data());
+        SECURITY_DESCRIPTOR descriptor = {};
+        EXPECT_NE(InitializeAcl(acl, sizeof(list), ACL_REVISION), FALSE);
+        EXPECT_NE(AddAccessAllowedAce(acl, ACL_REVISION, access, everyone), FALSE);
+        EXPECT_NE(InitializeSecurityDescriptor(&descriptor, SECURITY_DESCRIPTOR_REVISION), FALSE);
+        EXPECT_NE(SetSecurityDescriptorDacl(&descriptor, TRUE, acl, FALSE), FALSE);
+        EXPECT_EQ(RegSetKeySecurity(key_, DACL_SECURITY_INFORMATION, &descriptor), ERROR_SUCCESS);
+        FreeSid(everyone);
+    }
+
+    HKEY key_ = nullptr;
+};
+
 class Registry : public testing::Test {
   protected:
     RegistrySandbox sandbox_{HKEY_CURRENT_USER};
@@ -40,6 +77,18 @@ TEST_F(Registry, AMissingKeyIsFalseAndHasNothing) {
     EXPECT_FALSE(key.ReadText(L"x"));
     EXPECT_FALSE(key.ReadNumber(L"x"));
     EXPECT_TRUE(key.ReadValues().empty());
+}
+
+/// Most of HKEY_LOCAL_MACHINE is such for an ordinary user.
+TEST_F(Registry, ReadsAKeyThatMayOnlyBeRead) {
+    sandbox_.WriteText(L"Key", L"Name", L"value");
+    sandbox_.WriteNumber(L"Key", L"Number", 5);
+    const ReadOnlyKey read_only(HKEY_CURRENT_USER, L"Key");
+    const RegistryKey key(HKEY_CURRENT_USER, L"Key");
+    EXPECT_TRUE(key);
+    EXPECT_EQ(key.ReadText(L"Name"), "value");
+    EXPECT_EQ(key.ReadNumber(L"Number"), 5U);
+    EXPECT_EQ(key.ReadValues().size(), 2U);
 }
 
 TEST_F(Registry, ReadsText) {

@@ -96,16 +96,39 @@ HWND SessionEndWindow() {
     return window;
 }
 
-void EndSession() {
-    // What Windows sends every top-level window once the session really ends.
+/// What Windows sends every top-level window when the user logs off: whether it may, and then whether the
+/// session really ends.
+void AskToEndSession(bool ends) {
     HWND window = nullptr;
     for (int tries = 0; tries < 500 && window == nullptr; ++tries) {
         Sleep(10);
         window = SessionEndWindow();
     }
+    if (window == nullptr) {
+        ExitProcess(9);
+    }
     SendMessageW(window, WM_QUERYENDSESSION, 0, 0);
-    SendMessageW(window, WM_ENDSESSION, TRUE, 0);
+    SendMessageW(window, WM_ENDSESSION, ends ? TRUE : FALSE, 0);
+}
+
+void EndSession() {
+    AskToEndSession(true);
     ExitProcess(7);
+}
+
+/// Another program does not let the user log off, and the run goes on.
+void CancelEndOfSession() {
+    AskToEndSession(false);
+    if (GetFileAttributesW(L"vistrel_diag_report.txt") != INVALID_FILE_ATTRIBUTES) {
+        ExitProcess(8);
+    }
+}
+
+/// Ends with what the main thread's stack has left for a handler after an overflow, in KB.
+void TellStackGuarantee() {
+    ULONG size = 0;  // Asks, and changes nothing.
+    SetThreadStackGuarantee(&size);
+    ExitProcess(size / 1024);
 }
 
 std::string ReportFolder() {
@@ -140,6 +163,8 @@ int main(int argument_count, char** arguments) {
         {"hang", Hang},
         {"ctrl-c", PressControlC},
         {"session-end", EndSession},
+        {"session-end-cancelled", CancelEndOfSession},
+        {"stack-guarantee", TellStackGuarantee},
     };
     const auto chosen = ways.find(way);
     if (chosen == ways.end()) {

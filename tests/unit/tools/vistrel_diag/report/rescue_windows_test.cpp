@@ -198,6 +198,32 @@ TEST_F(RescueTest, AtTheEndOfTheSession) {
     ExpectReport(CutShort("the user logged off or the system shut down"));
 }
 
+TEST_F(RescueTest, ALogOffThatIsCancelledEndsNothing) {
+    EXPECT_EQ(RunVictim("session-end-cancelled"), 0U);
+    ExpectReport(KeptLines() + "the last line\r\n");
+}
+
+/// Wine leaves the handler of an overflow its room whatever was asked for; Windows leaves what is guaranteed,
+/// and without that about two pages, on which nothing can be written.
+TEST_F(RescueTest, HasRoomOnTheStackAfterAnOverflow) {
+    EXPECT_GE(RunVictim("stack-guarantee"), 16U);
+}
+
+/// A person has the report of an earlier run open: in an editor that reads it, or in one that may write it
+/// too.
+TEST_F(RescueTest, WritesAReportThatAnotherProgramHasOpen) {
+    for (const DWORD access : {DWORD{GENERIC_READ}, DWORD{GENERIC_READ | GENERIC_WRITE}}) {
+        std::ofstream(folder_ / "vistrel_diag_report.txt") << "an older report";
+        HANDLE const editor = CreateFileW((folder_ / "vistrel_diag_report.txt").c_str(), access,
+                                          FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE, nullptr,
+                                          OPEN_EXISTING, 0, nullptr);
+        ASSERT_NE(editor, INVALID_HANDLE_VALUE);
+        EXPECT_NE(RunVictim("access-violation"), 0U);
+        CloseHandle(editor);
+        ExpectReport(CutShort("the program crashed (exception 0xC0000005)"));
+    }
+}
+
 TEST_F(RescueTest, LeavesAnOlderReportAloneWhileNothingWasKept) {
     std::ofstream(folder_ / "vistrel_diag_report.txt") << "an older report";
     RunVictim("access-violation early");
