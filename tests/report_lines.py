@@ -93,10 +93,17 @@ def lines_of(path):
     return found
 
 
+def reads_reports(path):
+    """Its texts are those that a report is searched for; none of them is printed into one."""
+    return "vistrel_report" in path.parts or path.stem == "line_reading" or ("sections" in path.parts and path.stem.endswith("_reading"))
+
+
 def all_lines():
     lines = []
     for component in COMPONENTS:
         for path in sorted([*(ROOT / component).rglob("*.h"), *(ROOT / component).rglob("*.cpp")]):
+            if reads_reports(path):
+                continue
             lines += [line for line in lines_of(path) if line not in lines]
     return lines
 
