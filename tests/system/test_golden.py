@@ -25,28 +25,25 @@ def vistrel_install(install):
     return install
 
 
+def cases(kind):
+    """The rows of golden/cases.txt of that kind: name and options."""
+    rows = [line.split() for line in (golden.FOLDER / "cases.txt").read_text(encoding="utf-8").splitlines()]
+    found = [(row[0], row[2:]) for row in rows if row[:1] != ["#"] and row[1] == kind]
+    assert found, f"golden/cases.txt has no {kind!r}"
+    return found
+
+
 # The machines whose clock and GPU are scripted: their reports hold the same figures in every run.
-@pytest.mark.parametrize("scenario", ["desktop-pc", "hybrid-laptop", "no-monitor"])
-def test_machine_with_the_product_installed(vistrel_install, clean_user, run_tool, scenario):
-    run = run_tool("--quick", "--refresh", "80", scenario=scenario, env=MODELS_AT_60_NS)
+@pytest.mark.parametrize("scenario, options", cases("product"))
+def test_machine_with_the_product_installed(vistrel_install, clean_user, run_tool, scenario, options):
+    run = run_tool(*options, scenario=scenario, env=MODELS_AT_60_NS)
     golden.check(f"{scenario}.txt", run.report_text, vistrel_install, NO_WINDOW)
 
 
 # The tool by itself in a folder, on machines whose adapters and displays are the subject.
-@pytest.mark.parametrize(
-    "scenario",
-    [
-        "two-hardware-gpus",
-        "failing-description",
-        "software-adapter-only",
-        "no-adapter",
-        "many-displays",
-        "device-fails",
-        "factory-fails",
-    ],
-)
-def test_machine_without_the_product(install, clean_user, run_tool, scenario):
-    run = run_tool(*lab.CHEAP, scenario=scenario)
+@pytest.mark.parametrize("scenario, options", cases("alone"))
+def test_machine_without_the_product(install, clean_user, run_tool, scenario, options):
+    run = run_tool(*options, scenario=scenario)
     golden.check(f"{scenario}.txt", run.report_text, install, NO_WINDOW)
 
 

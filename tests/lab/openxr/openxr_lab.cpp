@@ -3,18 +3,28 @@
 #include <windows.h>
 
 #include <array>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
 #include <stdexcept>
+
+#include "platform/module_folder.h"
+#include "platform/utf8.h"
 
 namespace {
 
 constexpr const wchar_t* kLoaderFile = L"openxr_loader.dll";
 constexpr const wchar_t* kManifestVariable = L"VISTREL_LAB_OPENXR_MANIFEST";
 
+/// The lab's libraries lie where the build puts them as seen from the test programs, in the test bundle too.
 std::filesystem::path LibraryFolder(const std::string& name) {
-    return std::filesystem::path(VISTREL_LAB_OPENXR_FOLDER) / name;
+    return std::filesystem::canonical(std::filesystem::path(WideFromUtf8(ExecutableFolder())) / ".." / "lab" /
+                                      "openxr" / name);
+}
+
+bool UnderWine() {
+    return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }
 
 std::string ReadFile(const std::filesystem::path& path) {
@@ -46,13 +56,23 @@ std::filesystem::path FolderOf(LabLoader loader) {
 
 /// The genuine loader takes programs under Wine for elevated and follows nothing but this value. It names a
 /// variable, so that every process has a runtime of its own, or none.
-void RegisterRuntime() {
+void RegisterRuntimeWithWine() {
     constexpr std::wstring_view value = L"%VISTREL_LAB_OPENXR_MANIFEST%";
     const LSTATUS status =
         RegSetKeyValueW(HKEY_LOCAL_MACHINE, L"SOFTWARE\\Khronos\\OpenXR\\1", L"ActiveRuntime", REG_EXPAND_SZ,
                         value.data(), static_cast<DWORD>((value.size() + 1) * sizeof(wchar_t)));
     if (status != ERROR_SUCCESS) {
         throw std::runtime_error("cannot register the scripted OpenXR runtime");
+    }
+}
+
+/// On Windows the machine's own runtime stays registered: the loader follows this variable, unless the
+/// program runs with an administrator's rights.
+void RegisterRuntime(const std::filesystem::path& manifest) {
+    if (UnderWine()) {
+        RegisterRuntimeWithWine();
+    } else {
+        SetEnvironmentVariableW(L"XR_RUNTIME_JSON", manifest.c_str());
     }
 }
 
@@ -71,8 +91,8 @@ std::filesystem::path MakeFolder() {
 }  // namespace
 
 OpenXrLab::OpenXrLab(LabLoader loader, bool runtime_installed) : folder_(MakeFolder().wstring()) {
-    RegisterRuntime();
     const std::filesystem::path manifest = LibraryFolder("openxr_runtime") / "runtime.json";
+    RegisterRuntime(manifest);
     SetEnvironmentVariableW(kManifestVariable, runtime_installed ? manifest.c_str() : nullptr);
     SetEnvironmentVariableW(L"VISTREL_LAB_OPENXR", (folder_ + L"\\script.txt").c_str());
     SetEnvironmentVariableW(L"VISTREL_LAB_OPENXR_LOG", (folder_ + L"\\log.txt").c_str());
@@ -105,7 +125,9 @@ void OpenXrLab::UnloadLoader() {
 }
 
 std::string ReadSourceFile(const std::string& path_from_root) {
-    const std::filesystem::path path = std::filesystem::path(VISTREL_SOURCE_FOLDER) / path_from_root;
+    const char* const given = std::getenv("VISTREL_SOURCE_FOLDER");  // Elsewhere than on the build machine.
+    const std::filesystem::path path =
+        std::filesystem::path(given != nullptr ? given : VISTREL_SOURCE_FOLDER) / path_from_root;
     if (!std::filesystem::exists(path)) {
         throw std::runtime_error("no file " + path.string());
     }

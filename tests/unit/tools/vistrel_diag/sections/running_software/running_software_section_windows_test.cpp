@@ -125,8 +125,8 @@ TEST(ForegroundApplicationProbe, BearsAWindowWithoutATitle) {
     EXPECT_EQ(application.title, "");
 }
 
-TEST(ForegroundApplicationProbe, LeavesATitleEmptyThatHasNoUtf8Form) {
-    EXPECT_EQ(WhileInForeground(L"odd title.exe", L"60 \"a\xDC00z\"").title, "");
+TEST(ForegroundApplicationProbe, KeepsTheLettersAroundHalfACharacterOfATitle) {
+    EXPECT_EQ(WhileInForeground(L"odd title.exe", L"60 \"a\xDC00z\"").title, "a\xEF\xBF\xBDz");
 }
 
 TEST(ForegroundApplicationProbe, IsReportedInQuotesAfterTheNotablePrograms) {

@@ -1,0 +1,20 @@
+// Compares a report that was made on this machine with one that was reviewed on another.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+/// The sections whose lines tell of the machine that the tests run on and of its user, which a simulated
+/// machine leaves as they are. Only their titles are compared.
+bool IsOfThisMachine(std::string_view title);
+
+/// The lines that differ, "- " before an expected and "+ " before an actual one; empty when the reports say
+/// the same. `expected` has plain line ends and "<install>" for the tool's folder, as the golden reports
+/// have; `actual` is the report file as it is, made by a tool in `install_folder`.
+std::vector<std::string> ReportDifferences(std::string_view expected, std::string_view actual,
+                                           std::string_view install_folder);
+
+/// What keeps a text from being a whole report of an ordinary run: a section that is missing or out of order,
+/// a closing line of a run that was cut short. Empty for a whole one.
+std::vector<std::string> WhatIsMissing(std::string_view report);
