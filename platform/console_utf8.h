@@ -8,7 +8,8 @@ bool StandardOutputIsConsole();
 
 /// Puts UTF-8 text on the console that standard output is. The C runtime hands a console byte for byte, in
 /// which most characters are lost; this hands it characters. What is not well formed shows as replacement
-/// characters, and a control character other than tab, carriage return and line feed as its picture.
+/// characters, a bare line feed as CR LF, and a control character other than tab, carriage return and line
+/// feed as its picture.
 void WriteToConsole(std::string_view text);
 
 /// Gives a real console the code page back that ConsoleUtf8Output found. For a process that dies: takes no

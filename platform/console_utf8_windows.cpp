@@ -28,6 +28,19 @@ wchar_t Shown(wchar_t unit) {
     return unit > kDelete && unit < 0xA0 ? L'\uFFFD' : unit;
 }
 
+/// Every line feed behind a carriage return. A console returns by itself only as long as nobody has switched
+/// that off, which a program that ran there before may have done.
+std::wstring WithWholeLineEnds(const std::wstring& text) {
+    std::wstring result;
+    for (const wchar_t unit : text) {
+        if (unit == L'\n' && (result.empty() || result.back() != L'\r')) {
+            result += L'\r';
+        }
+        result += unit;
+    }
+    return result;
+}
+
 BOOL WINAPI OnConsoleEvent(DWORD /*event*/) {
     PutConsoleCodePageBack();
     return FALSE;  // The event then ends the program as it would have without this handler.
@@ -43,10 +56,13 @@ bool StandardOutputIsConsole() {
 void WriteToConsole(std::string_view text) {
     const int bytes = static_cast<int>(text.size());
     std::wstring wide(text.size(), L'\0');  // Never more units than there are bytes.
-    const int units = MultiByteToWideChar(CP_UTF8, 0, text.data(), bytes, wide.data(), bytes);
-    std::transform(wide.begin(), wide.begin() + units, wide.begin(), Shown);
+    wide.resize(
+        static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, text.data(), bytes, wide.data(), bytes)));
+    std::transform(wide.begin(), wide.end(), wide.begin(), Shown);
+    const std::wstring shown = WithWholeLineEnds(wide);
     DWORD written = 0;
-    WriteConsoleW(GetStdHandle(STD_OUTPUT_HANDLE), wide.data(), static_cast<DWORD>(units), &written, nullptr);
+    WriteConsoleW(GetStdHandle(STD_OUTPUT_HANDLE), shown.data(), static_cast<DWORD>(shown.size()), &written,
+                  nullptr);
 }
 
 void PutConsoleCodePageBack() {

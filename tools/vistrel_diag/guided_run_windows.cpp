@@ -146,6 +146,5 @@ void CarryOutRun(const RunOptions& options) {
     ReportVerdict(verdict);
     rescue.WriteOrdinaryReport([&tool_folder] { Report::WriteFile(tool_folder); });
 
-    ConsolePrint("\nPress Enter to close.\n");
-    WaitForEnter();
+    WaitForEnter("\nPress Enter to close.\n");
 }

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "platform/utf8.h"
+#include "tests/lab/console/console_functions.h"
 #include "tests/lab/machine/clock.h"
 #include "tests/lab/machine/fault_points.h"
 #include "tests/lab/machine/import_patch.h"
@@ -20,6 +21,21 @@ std::wstring EnvironmentText(const wchar_t* name) {
     std::wstring text(32768, L'\0');
     text.resize(GetEnvironmentVariableW(name, text.data(), static_cast<DWORD>(text.size())));
     return text;
+}
+
+/// A console, where the environment names the script of one. False when the script cannot be read.
+bool SetUpConsoleIfThereIsOne() {
+    const std::wstring path = EnvironmentText(L"VISTREL_LAB_CONSOLE");
+    if (path.empty()) {
+        return true;
+    }
+    std::ifstream file{std::filesystem::path(path)};
+    try {
+        lab::SetUpConsole(lab::ReadConsoleScript(file), EnvironmentText(L"VISTREL_LAB_CONSOLE_RECORD"));
+    } catch (const lab::ConsoleScriptError&) {
+        return false;
+    }
+    return !file.bad();
 }
 
 bool SetUp() {
@@ -35,6 +51,9 @@ bool SetUp() {
     const std::string& library = lab::TheMachine().scenario.library;
     if (!library.empty()) {
         LoadLibraryW(WideFromUtf8(library).c_str());
+    }
+    if (!SetUpConsoleIfThereIsOne()) {
+        return false;
     }
     lab::SetUpFaults();
     lab::PatchProgramImports();
@@ -66,6 +85,7 @@ BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID) {
         return SetUp() ? TRUE : FALSE;
     }
     if (reason == DLL_PROCESS_DETACH) {
+        lab::TellConsoleOfEnd();
         WriteStatistics();
         lab::WriteCalls();
     }

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <string_view>
 
+#include "tests/lab/console/console_functions.h"
 #include "tests/lab/machine/adapters.h"
 #include "tests/lab/machine/as_proc.h"
 #include "tests/lab/machine/clock.h"
@@ -46,7 +47,8 @@ FARPROC SimulatedFunction(std::string_view name) {
             return replacement.function;
         }
     }
-    return AccountingFunction(name);
+    FARPROC const of_console = ConsoleFunction(name);
+    return of_console != nullptr ? of_console : AccountingFunction(name);
 }
 
 /// What the program calls in place of `real`: the machine's function, and whatever it is, watched for a
@@ -89,7 +91,10 @@ class Image {
     std::byte* base_;
 };
 
-void PatchLibraryImports(const Image& image, const IMAGE_IMPORT_DESCRIPTOR& library) {
+/// The function that is called in place of this one.
+using Choice = FARPROC (*)(std::string_view name, FARPROC real);
+
+void PatchLibraryImports(const Image& image, const IMAGE_IMPORT_DESCRIPTOR& library, Choice choose) {
     auto* name = image.At<IMAGE_THUNK_DATA>(library.OriginalFirstThunk);
     auto* place = image.At<FARPROC>(library.FirstThunk);
     for (; name->u1.AddressOfData != 0; ++name, ++place) {
@@ -97,23 +102,34 @@ void PatchLibraryImports(const Image& image, const IMAGE_IMPORT_DESCRIPTOR& libr
             continue;
         }
         const auto* const by_name = image.At<IMAGE_IMPORT_BY_NAME>(name->u1.AddressOfData);
-        FARPROC const replacement = ReplacementFor(reinterpret_cast<const char*>(by_name->Name), *place);
+        FARPROC const replacement = choose(reinterpret_cast<const char*>(by_name->Name), *place);
         if (replacement != *place) {
             Store(place, replacement);
         }
     }
 }
 
-}  // namespace
-
-void PatchProgramImports() {
-    const Image image(GetModuleHandleW(nullptr));
+void PatchImportsOf(HMODULE module, Choice choose) {
+    const Image image(module);
     const auto* const dos_header = image.At<IMAGE_DOS_HEADER>(0);
     const auto* const headers = image.At<IMAGE_NT_HEADERS>(static_cast<std::size_t>(dos_header->e_lfanew));
     const DWORD imports = headers->OptionalHeader.DataDirectory[IMAGE_DIRECTORY_ENTRY_IMPORT].VirtualAddress;
     for (const auto* library = image.At<IMAGE_IMPORT_DESCRIPTOR>(imports); library->Name != 0; ++library) {
-        PatchLibraryImports(image, *library);
+        PatchLibraryImports(image, *library, choose);
     }
+}
+
+/// The C runtime reads and writes the standard streams by functions that it imports itself.
+FARPROC ConsoleFunctionOrReal(std::string_view name, FARPROC real) {
+    FARPROC const of_console = ConsoleFunction(name);
+    return of_console != nullptr ? of_console : real;
+}
+
+}  // namespace
+
+void PatchProgramImports() {
+    PatchImportsOf(GetModuleHandleW(nullptr), ReplacementFor);
+    PatchImportsOf(GetModuleHandleW(L"msvcrt.dll"), ConsoleFunctionOrReal);
 }
 
 }  // namespace lab

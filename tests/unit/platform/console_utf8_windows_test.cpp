@@ -117,7 +117,12 @@ TEST_F(ConsoleUtf8, ShowsControlCharactersAndObeysNone) {
 
 TEST_F(ConsoleUtf8, ShowsALineThatWasCutInsideACharacter) {
     WriteToConsole(std::string(4094, 'x') + "\xC3\n");
-    EXPECT_EQ(Console().shown, std::wstring(4094, L'x') + L"\uFFFD\n");
+    EXPECT_EQ(Console().shown, std::wstring(4094, L'x') + L"\uFFFD\r\n");
+}
+
+TEST_F(ConsoleUtf8, EndsEveryLineInCarriageReturnAndLineFeed) {
+    WriteToConsole("\na\n\nb\r\n\rc\r");
+    EXPECT_EQ(Console().shown, L"\r\na\r\n\r\nb\r\n\rc\r");
 }
 
 TEST_F(ConsoleUtf8, TellsAConsoleFromAPipe) {

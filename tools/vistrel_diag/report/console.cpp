@@ -36,9 +36,24 @@ std::string TakeTransientLine() {
     return columns == 0 ? std::string() : std::string(columns, ' ') + "\r";
 }
 
-/// One line of the input without its end, cut after kLongestAnswer characters: what goes beyond is taken from
-/// the input as well, so that it cannot answer a later prompt. Empty at the end of the input.
-std::optional<std::string> ReadAnswer() {
+const ConsoleReader*& TheReader() {
+    static const ConsoleReader* reader = nullptr;
+    return reader;
+}
+
+void ForgetTypedAhead() {
+    if (TheReader() != nullptr) {
+        TheReader()->forget_typed_ahead();
+    }
+}
+
+bool OutputIsConsole() {
+    return TheScreen().writer != WriteToStandardOutput;
+}
+
+/// One line of standard input without its end, cut after kLongestAnswer characters: what goes beyond is taken
+/// from the input as well, so that it cannot answer a later prompt. Empty at the end of the input.
+std::optional<std::string> ReadStandardInput() {
     std::string answer;
     int character = std::getc(stdin);
     if (character == EOF) {
@@ -75,8 +90,7 @@ void ConsolePrint(const char* format, ...) {
 
 void ShowTransientLine(std::string_view text) {
     Screen& screen = TheScreen();
-    const bool is_console = screen.writer != WriteToStandardOutput;
-    if (!is_console || !screen.at_line_start || text == screen.transient_line) {
+    if (!OutputIsConsole() || !screen.at_line_start || text == screen.transient_line) {
         return;
     }
     const std::size_t columns_before = screen.transient_line.size();
@@ -90,16 +104,39 @@ void FlushConsole() {
     std::fflush(stdout);
 }
 
+void SetConsoleReader(const ConsoleReader* reader) {
+    TheReader() = reader;
+}
+
 bool AskContinue(const char* question) {
     Progress::Clear();
+    ForgetTypedAhead();
     ConsolePrint("\n%s\n  [Enter] continue     [s] then Enter to skip\n> ", question);
     FlushConsole();
-    const std::string answer = ReadAnswer().value_or("");
+    const std::optional<std::string> line =
+        TheReader() != nullptr ? TheReader()->read_line() : ReadStandardInput();
+    TheScreen().at_line_start = true;
+    const std::string answer = line.value_or("");
     return !answer.starts_with('s') && !answer.starts_with('S');
 }
 
-void WaitForEnter() {
+void WaitForEnter(const char* text) {
     Progress::Clear();
+    ForgetTypedAhead();
+    ConsolePrint("%s", text);
     FlushConsole();
-    std::getc(stdin);
+    if (TheReader() != nullptr) {
+        TheReader()->read_line();
+    } else {
+        std::getc(stdin);
+    }
+}
+
+bool BeginToWatchForEnter() {
+    ForgetTypedAhead();
+    return TheReader() != nullptr && OutputIsConsole();
+}
+
+bool EnterWasPressed() {
+    return TheReader() != nullptr && OutputIsConsole() && TheReader()->enter_was_pressed();
 }

@@ -58,6 +58,17 @@ std::string WithLineBreaks(std::string_view text, std::string_view line_break) {
     return result;
 }
 
+std::atomic<bool>& FoundSomething() {
+    static std::atomic<bool> found = false;
+    return found;
+}
+
+void AddLine(const std::string& line) {
+    ConsolePrint("%s\n", WithLineBreaks(line, "\n").c_str());
+    FlushConsole();
+    Kept().Append(WithLineBreaks(line, "\r\n") + "\r\n");
+}
+
 }  // namespace
 
 void Line(const char* format, ...) {
@@ -65,10 +76,14 @@ void Line(const char* format, ...) {
     va_start(arguments, format);
     const std::string line = FormatBoundedV(kLongestLine, format, arguments);
     va_end(arguments);
+    AddLine(line);
+    if (!line.empty() && *CurrentSection() != '\0') {
+        FoundSomething() = true;
+    }
+}
 
-    ConsolePrint("%s\n", WithLineBreaks(line, "\n").c_str());
-    FlushConsole();
-    Kept().Append(WithLineBreaks(line, "\r\n") + "\r\n");
+bool HasFindings() {
+    return FoundSomething();
 }
 
 void EnterSection(std::string_view title) {
@@ -79,8 +94,8 @@ void EnterSection(std::string_view title) {
 void Section(std::string_view title) {
     const std::size_t rule = title.size() < kHeaderRuleColumns ? kHeaderRuleColumns - title.size() : 0;
     EnterSection(title);
-    Line("");
-    Line("== %s %s", std::string(title).c_str(), std::string(rule, '=').c_str());
+    AddLine("");
+    AddLine("== " + std::string(title) + " " + std::string(rule, '='));
 }
 
 const KeptText& Text() {

@@ -30,6 +30,9 @@ void EnterSection(std::string_view title);
 /// added.
 const KeptText& Text();
 
+/// Whether a section has said anything below its header. Another thread may ask.
+bool HasFindings();
+
 /// The title of the section that was entered last; empty before the first. Never null, valid for the whole
 /// run.
 const char* CurrentSection();

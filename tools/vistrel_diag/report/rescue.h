@@ -10,6 +10,10 @@
 /// TerminateProcess, and the fail-fast by which a C runtime of another module aborts.
 enum class RunEnd { Crash, Abort, ControlC, ConsoleClosed, SessionEnded };
 
+/// For a prompt that learns of Ctrl-C before the handlers do: rescues what there is to rescue, puts the
+/// console back and ends the process as Ctrl-C does.
+[[noreturn]] void EndByControlC();
+
 /// The line that closes the report of a run cut short: in which section, and by what. `exception_code` is the
 /// one of a crash. Allocates nothing, so that it can be made while the process dies; returns the bytes
 /// written to `buffer` without its terminating zero.

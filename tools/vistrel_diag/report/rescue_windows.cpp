@@ -7,9 +7,9 @@
 #include <csignal>
 #include <string_view>
 
-#include "platform/console_utf8.h"
 #include "platform/long_path.h"
 #include "platform/utf8.h"
+#include "tools/vistrel_diag/report/console_state.h"
 #include "tools/vistrel_diag/report/report.h"
 #include "tools/vistrel_diag/report/session_end_watch.h"
 
@@ -43,8 +43,10 @@ bool WriteAll(HANDLE file, std::string_view text) {
 
 /// Whether the file now holds everything kept and the closing line.
 bool WriteFileCutShort(std::string_view closing_line) {
+    // An older report is worth more than one that found nothing.
+    const DWORD disposition = Report::HasFindings() ? CREATE_ALWAYS : CREATE_NEW;
     HANDLE file = CreateFileW(path.data(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                              CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
+                              disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file == INVALID_HANDLE_VALUE) {
         return false;
     }
@@ -71,7 +73,7 @@ __attribute__((noinline)) void WriteReportCutShort(RunEnd end, unsigned exceptio
     WriteAll(console,
              written ? "\r\nThe lines found so far are in vistrel_diag_report.txt; please send that file.\r\n"
                      : "\r\nThe report file could not be written. Copy the text above instead.\r\n");
-    PutConsoleCodePageBack();
+    PutConsoleBack();
 }
 
 /// What is left of an overflowed stack is too little for that, above all on a thread that is not ours; so a
@@ -109,16 +111,20 @@ void StopWaitingForOverflow() {
     CloseAndForget(overflow_seen);
 }
 
-/// True when the calling thread is the one to write the file. Before the first line there is nothing to
-/// rescue, and an older report is worth more than an empty one. While another thread writes the ordinary
+/// Whether there is anything that support would miss. Of a run that found nothing, that is its crash alone.
+bool IsWorthRescuing(RunEnd end) {
+    const bool died = end == RunEnd::Crash || end == RunEnd::Abort;
+    return Report::HasFindings() || (died && Report::Text().size() > 0);
+}
+
+/// True when the calling thread is the one to write the file. While another thread writes the ordinary
 /// report, that is the better one.
-bool ClaimRescue() {
+bool ClaimRescue(RunEnd end) {
     const DWORD self = GetCurrentThreadId();
     State now = state;
     const bool may_write =
         now.stage == Stage::Armed || (now.stage == Stage::OrdinaryReport && now.writer == self);
-    return may_write && Report::Text().size() > 0 &&
-           state.compare_exchange_strong(now, {Stage::Rescuing, self});
+    return may_write && IsWorthRescuing(end) && state.compare_exchange_strong(now, {Stage::Rescuing, self});
 }
 
 /// Does not wait for the calling thread, which may have crashed while it was writing.
@@ -136,7 +142,7 @@ void WaitForOtherWriter() {
 /// Returns when the report stands in its file as well as it can: then the process may end. False when there
 /// was nothing to do, or another thread did it.
 bool RescueReport(RunEnd end, unsigned exception_code) {
-    if (!ClaimRescue()) {
+    if (!ClaimRescue(end)) {
         WaitForOtherWriter();
         return false;
     }
@@ -153,7 +159,7 @@ bool RescueReport(RunEnd end, unsigned exception_code) {
 LONG WINAPI OnUnhandledException(EXCEPTION_POINTERS* exception) {
     const DWORD code = exception->ExceptionRecord->ExceptionCode;
     const bool rescued = RescueReport(RunEnd::Crash, code);
-    PutConsoleCodePageBack();
+    PutConsoleBack();
     if (rescued) {
         // At once and with the exception's code, as Windows would; nothing more runs in what is broken, and
         // no dialog of the system's holds the console.
@@ -164,7 +170,7 @@ LONG WINAPI OnUnhandledException(EXCEPTION_POINTERS* exception) {
 
 void OnAbort(int /*signal*/) {
     RescueReport(RunEnd::Abort, 0);
-    PutConsoleCodePageBack();
+    PutConsoleBack();
 }
 
 BOOL WINAPI OnConsoleEvent(DWORD event) {
@@ -191,6 +197,13 @@ void GoOnTo(State next) {
 }
 
 }  // namespace
+
+void EndByControlC() {
+    constexpr UINT kControlCExit = 0xC000013A;  // What Windows itself ends such a process with.
+    RescueReport(RunEnd::ControlC, 0);
+    PutConsoleBack();
+    ExitProcess(kControlCExit);
+}
 
 Rescue::Rescue(const std::string& report_path) {
     const std::wstring wide_path = WideFromUtf8(OpenablePath(report_path));

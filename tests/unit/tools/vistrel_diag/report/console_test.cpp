@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
+#include <vector>
 
 #include "tests/unit/tools/vistrel_diag/report/console_input.h"
 
@@ -54,7 +56,7 @@ TEST(Console, EveryPromptAfterTheEndOfTheInputContinues) {
     EXPECT_FALSE(AskContinue("One?"));
     EXPECT_TRUE(AskContinue("Two?"));
     EXPECT_TRUE(AskContinue("Three?"));
-    WaitForEnter();
+    WaitForEnter("\nPress Enter to close.\n");
     testing::internal::GetCapturedStdout();
 }
 
@@ -104,6 +106,82 @@ TEST(Console, TextGoesToTheWriterThatWasSet) {
     ConsolePrint("back");
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "back");
     EXPECT_EQ(Taken(), "1 one\n");
+}
+
+/// A person at a console: what has been done with it, in order.
+std::vector<std::string>& Done() {
+    static std::vector<std::string> done;
+    return done;
+}
+
+std::optional<std::string>& Typed() {
+    static std::optional<std::string> typed;
+    return typed;
+}
+
+constexpr ConsoleReader kPerson = {
+    [] { Done().emplace_back("forgotten"); },
+    [] {
+        Done().emplace_back("read");
+        return Typed();
+    },
+    [] { return Typed().has_value(); },
+};
+
+class ConsoleWithAPerson : public testing::Test {
+  protected:
+    void SetUp() override {
+        SetConsoleWriter([](std::string_view text) { Done().emplace_back(text); });
+        SetConsoleReader(&kPerson);
+        Done().clear();
+    }
+    void TearDown() override {
+        SetConsoleReader(nullptr);
+        SetConsoleWriter(nullptr);
+    }
+};
+
+TEST_F(ConsoleWithAPerson, WhatWasTypedBeforeAPromptIsForgottenBeforeItIsShown) {
+    Typed() = "";
+    EXPECT_TRUE(AskContinue("Ready?"));
+    const std::string prompt = "\nReady?\n  [Enter] continue     [s] then Enter to skip\n> ";
+    EXPECT_EQ(Done(), (std::vector<std::string>{"forgotten", prompt, "read"}));
+    Done().clear();
+    WaitForEnter("\nPress Enter to close.\n");
+    EXPECT_EQ(Done(), (std::vector<std::string>{"forgotten", "\nPress Enter to close.\n", "read"}));
+}
+
+TEST_F(ConsoleWithAPerson, AnswersAsAFileDoes) {
+    for (const char* typed : {"s", "S", "skip", "s please"}) {
+        Typed() = typed;
+        EXPECT_FALSE(AskContinue("Ready?")) << typed;
+    }
+    for (const char* typed : {"", "yes", " s", "\x1A"}) {
+        Typed() = typed;
+        EXPECT_TRUE(AskContinue("Ready?")) << typed;
+    }
+    Typed() = std::nullopt;
+    EXPECT_TRUE(AskContinue("Ready?")) << "the end of the input";
+}
+
+TEST_F(ConsoleWithAPerson, CanEndAWatchByEnter) {
+    EXPECT_TRUE(BeginToWatchForEnter());
+    EXPECT_EQ(Done(), (std::vector<std::string>{"forgotten"}));
+    Typed() = std::nullopt;
+    EXPECT_FALSE(EnterWasPressed());
+    Typed() = "";
+    EXPECT_TRUE(EnterWasPressed());
+}
+
+TEST_F(ConsoleWithAPerson, EndsNoWatchWhereOutputOrInputIsAPipe) {
+    Typed() = "";
+    SetConsoleWriter(nullptr);
+    EXPECT_FALSE(BeginToWatchForEnter());
+    EXPECT_FALSE(EnterWasPressed());
+    SetConsoleWriter([](std::string_view text) { Done().emplace_back(text); });
+    SetConsoleReader(nullptr);
+    EXPECT_FALSE(BeginToWatchForEnter());
+    EXPECT_FALSE(EnterWasPressed());
 }
 
 #ifdef _WIN32

@@ -186,7 +186,7 @@ TEST_F(ProgressOnAConsole, ANewSectionAndAPromptEndIt) {
     EXPECT_EQ(Seen().taskbar.back(), "nothing");
     Progress::Show("Depth model", 12, 12);
     const ConsoleInput input("\n");
-    WaitForEnter();
+    WaitForEnter("\nPress Enter to close.\n");
     EXPECT_EQ(Seen().taskbar.back(), "nothing");
 }
 

@@ -1,0 +1,148 @@
+"""A person at a console that behaves as Windows' own do: what Wine's is too kind to show."""
+
+import pytest
+
+import console
+import lab
+import programs
+from test_guided_run import PART_TWO, READY
+
+GUIDED = ("--no-models", "--capture-seconds", "0")  # Nothing is measured: the prompts are the subject.
+CLOSE = "\r\nPress Enter to close.\r\n"
+FOUND = {"input mode": 0x1F7, "output mode": 0x3, "code page": 850, "title": "C:\\vistrel_diag.exe"}
+CONTROL_C = "the user stopped it with Ctrl-C"
+
+
+def sit(install, *steps, scenario=None, **options):
+    flat = [part for step in steps for part in (step if isinstance(step, list) else [step])]
+    return console.sit(install, *GUIDED, steps=flat, scenario=scenario or lab.patient("device-fails"), **options)
+
+
+def check_put_back(sitting):
+    assert {what: sitting.left_as(what, found) for what, found in FOUND.items()} == FOUND
+
+
+def whole_run(*between, part_two="s\r"):
+    return [console.answers(READY), *between, console.answers(PART_TWO, part_two), console.answers("Press Enter to close.")]
+
+
+def test_a_person_who_skips_part_two(install):
+    sitting = sit(install, *whole_run())
+    assert sitting.run.exit_code == 0
+    assert sitting.happened("end")
+    report = sitting.run.report_text
+    assert lab.header("PART 2 - SKIPPED") in report
+    assert sitting.shown.endswith(CLOSE + "\r\n")
+
+
+@pytest.mark.parametrize("delay", [0, 300, 1500])
+def test_control_c_at_the_first_prompt_starts_nothing(install, delay):
+    """Windows ends the read at once, as if nothing had been typed, and lets the handlers run later."""
+    install.write(lab.REPORT_NAME, "older")
+    sitting = sit(
+        install, ("sees", READY), "reads", "presses Ctrl-C", settings={"handlers_after": f"{delay} ms"}, dies=True
+    )
+    assert sitting.run.exit_code == console.ENDED_BY_CTRL_C
+    assert install.report.read_bytes() == b"older"
+    assert "Vistrel diagnostic report" not in sitting.shown
+    check_put_back(sitting)
+
+
+def test_control_c_in_the_wait_for_the_product_leaves_an_older_report_alone(install, tmp_path):
+    """The opening lines stand on the console by then; nothing has been found."""
+    install.write(lab.REPORT_NAME, "older")
+    with programs.asleep(tmp_path, "Vistrel.exe"):
+        sitting = sit(
+            install, console.answers(READY), ("sees", "Waiting.."), "presses Ctrl-C", scenario="device-fails", dies=True
+        )
+    assert sitting.run.exit_code == console.ENDED_BY_CTRL_C
+    assert install.report.read_bytes() == b"older"
+    check_put_back(sitting)
+
+
+@pytest.mark.parametrize("delay", [0, 300])
+def test_control_c_at_a_later_prompt_starts_nothing(install, delay):
+    sitting = sit(
+        install,
+        console.answers(READY),
+        ("sees", PART_TWO),
+        "reads",
+        "presses Ctrl-C",
+        settings={"handlers_after": f"{delay} ms"},
+        dies=True,
+    )
+    assert sitting.run.exit_code == console.ENDED_BY_CTRL_C
+    assert "Click on the game window now." not in sitting.shown
+    assert sitting.run.report_text.endswith(f"{CONTROL_C}. Whatever would follow is missing.\n")
+    assert sitting.shown.count(CONTROL_C) == 1
+    check_put_back(sitting)
+
+
+def test_control_c_when_the_report_is_written_changes_nothing(install):
+    sitting = sit(
+        install,
+        *whole_run()[:-1],
+        ("sees", "Press Enter to close."),
+        "reads",
+        "presses Ctrl-C",
+        settings={"handlers_after": "300 ms"},
+        dies=True,
+    )
+    assert sitting.run.report.endswith(b"two per-frame copies inside the game process\r\n")
+    check_put_back(sitting)
+
+
+def test_enter_typed_ahead_answers_no_prompt(install):
+    """While part 1 measures, and while the report is written."""
+    sitting = sit(
+        install,
+        ("types", "x\r\r"),
+        console.answers(READY),
+        ("sees", "== MACHINE"),
+        ("types", "\r\r\r"),
+        console.answers(PART_TWO, "s\r"),
+        ("sees", "== VERDICT"),
+        ("types", "\r\r"),
+        console.answers("Press Enter to close."),
+    )
+    assert sitting.run.exit_code == 0
+    assert lab.header("PART 2 - SKIPPED") in sitting.run.report_text
+    assert [count for count in sitting.of("flush") if count] == [3, 3, 2]
+
+
+def test_quick_edit_is_off_while_the_run_lasts(install):
+    sitting = sit(install, "clicks", ("sees", "This measures"), "clicks", *whole_run(("sees", "== MACHINE"), "clicks"))
+    assert not sitting.happened("frozen")
+    check_put_back(sitting)
+
+
+def test_the_modes_of_another_program_come_back(install):
+    """One that reads single keys, without quick-edit and with a code page of its own."""
+    found = {"input mode": 0x99, "output mode": 0x7, "code page": 437, "title": "mine"}
+    settings = {name.replace(" ", "_"): value for name, value in found.items()}
+    sitting = sit(install, *whole_run(), settings=settings)
+    assert sitting.run.exit_code == 0
+    assert {what: sitting.left_as(what, value) for what, value in found.items()} == found
+    assert lab.header("PART 2 - SKIPPED") in sitting.run.report_text
+
+
+@pytest.mark.parametrize("end", ["crash", "abort", "overflow"])
+def test_a_crash_leaves_the_console_as_it_was(install, end):
+    scenario = f"{end} D3D11CreateDevice\n" + lab.patient("desktop-pc")
+    sitting = sit(install, console.answers(READY), "clicks", scenario=scenario, dies=True)
+    assert sitting.happened("write") and "THIS RUN WAS CUT SHORT" in sitting.shown
+    assert not sitting.happened("frozen")
+    check_put_back(sitting)
+
+
+def test_a_closed_window_leaves_the_console_as_it_was(install):
+    sitting = sit(install, console.answers(READY), ("sees", "== MACHINE"), "closes", ("sees", PART_TWO), "reads", dies=True)
+    assert "the console window was closed" in sitting.run.report_text
+    check_put_back(sitting)
+
+
+def test_lines_end_in_carriage_return_and_line_feed(install):
+    """A terminal that another program left without the automatic return would step down like stairs."""
+    sitting = sit(install, *whole_run())
+    assert sitting.shown.count("\n") == sitting.shown.count("\r\n") > 100
+    assert "\r\r\n" not in sitting.shown
