@@ -9,6 +9,7 @@ sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "system"))
 
 import lab  # noqa: E402
 import openxr  # noqa: E402
+import programs  # noqa: E402
 
 STAND_IN_RUNTIME = lab.BUILD / "tests" / "lab" / "onnx" / "whole" / "onnxruntime.dll"
 MODELS = lab.BUILD / "models"
@@ -31,7 +32,9 @@ class Result:
     report: str | None
     counts: dict  # empty when the process did not come to its end
     calls: list  # (function, number, site) in the order of functions
+    failed: set  # (function, number) of those that were made to fail
     runtime_calls: dict  # of ONNX Runtime's table, by entry
+    runtime_failed: set  # (entry, number) of those that were made to fail
     wrong: list  # what was done wrongly or left alive in the scripted runtimes
 
 
@@ -40,6 +43,11 @@ def both_gpus_scripted(name):
     text = lab.scenario_text(name)
     assert text.count("memory 540 MB of 7480 MB\n") == 1
     return text.replace("memory 540 MB of 7480 MB\n", "memory 540 MB of 7480 MB\n  draws 300 megapixels per second\n")
+
+
+def user():
+    """The user of all these machines, while the block lasts: one who has set GPU preferences for the product."""
+    return programs.gpu_preferences({"C:\\Program Files\\Vistrel\\vistrel.exe": "GpuPreference=2;"})
 
 
 class Machine:
@@ -94,7 +102,9 @@ class Machine:
             report.read_bytes().decode("utf-8") if report.is_file() else None,
             lab.read_counts(files["counts"]) if files["counts"].exists() else {},
             read_calls(files["calls"]),
-            {entry: int(count) for entry, count in (line.split() for line in lines_of(files["runtime_calls"]))},
+            {(name, int(number)) for name, number, _, what in split(files["calls"]) if what == "failed"},
+            {entry: int(count) for entry, what, count in split(files["runtime_calls"]) if what == "called"},
+            {(entry, int(number)) for entry, what, number in split(files["runtime_calls"]) if what == "failed"},
             [line for line in lines_of(files["ledger"]) if not line.endswith(" alive 0")]
             + [line for line in lines_of(files["openxr_log"]) if line.startswith("WRONG")],
         )
@@ -104,5 +114,9 @@ def lines_of(path):
     return path.read_text(encoding="utf-8").splitlines() if path.exists() else []
 
 
+def split(path):
+    return [line.split() for line in lines_of(path)]
+
+
 def read_calls(path):
-    return [(name, int(number), int(site, 16)) for name, number, site in (line.split() for line in lines_of(path))]
+    return [(name, int(number), int(site, 16)) for name, number, site, _ in split(path)]

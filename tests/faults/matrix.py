@@ -2,9 +2,10 @@
 
 The plan comes from a run in which nothing fails: every place in the tool from which a function that can fail is called,
 and there the first, second, middle and last call, each by itself, and the first with all that follow. A run is sound
-when it ends by itself with exit code 0, every object is given back, nothing is done wrongly, and the report is whole,
-or cannot be written and the console says so. What the report says differently is the outcome; outcomes.txt, where there
-is one, holds them as reviewed by a person.
+when the call was seen to fail, the run ends by itself with exit code 0, every object is given back, nothing is done
+wrongly, and the report is whole, or cannot be written and the console says so. What the report says differently is the
+outcome. It must be the one that outcomes.txt holds for this fault, as reviewed by a person: those lines belong to the
+fault, and all others are those of the ordinary run.
 """
 
 import argparse
@@ -23,8 +24,15 @@ from machine import lab
 FOLDER = pathlib.Path(__file__).resolve().parent
 WORK = lab.ROOT / "build" / "faults"
 OUTCOMES = FOLDER / "outcomes.txt"
+IMPORTS = FOLDER / "imports.txt"
 IMAGE_BASE = 0x140000000
+HEADER = re.compile(r"^== .+ =+$", re.MULTILINE)
+# A call whose number depends on how threads happen to run may not come in every run.
+MOST_ATTEMPTS = 3
 LAST_LINE = "  - the ReShade add-on's two per-frame copies inside the game process\n"
+
+SAME_REPORT = "(the report is the same)"
+NEVER_FAILED = "the call was never made to fail"
 
 # Polling until the GPU has done its work is meant to wait for ever: a device that never answers is not told apart from
 # one that is busy.
@@ -127,9 +135,17 @@ def defects(result):
     return [count for count in counts if not count.endswith(" 0")] + result.wrong
 
 
-def judge(fault, result, baseline_report, where):
+def struck(fault, result):
+    """Whether the call was made to fail, as the machine or the stand-in of the runtime noted it."""
+    return tuple(fault.order[:2]) in (result.runtime_failed if fault.in_runtime else result.failed)
+
+
+def judge(fault, result, baseline_report, where, reviewed=None):
+    """`reviewed`: the outcomes that a person has read, by fault; without them any outcome passes."""
     outcome = Outcome(fault)
     problems = outcome.problems
+    if fault and not struck(fault, result):
+        problems.append(NEVER_FAILED)
     if result.exit_code != 0:
         problems.append(f"exit code {result.exit_code}")
     if not result.counts:
@@ -137,17 +153,53 @@ def judge(fault, result, baseline_report, where):
     consequence = CONSEQUENCES.get(fault.function) if fault else None
     problems += [text for text in defects(result) if consequence is None or not text.startswith(consequence)]
     report = normal(result.report or "", where.install)
-    if not report.endswith(LAST_LINE):
+    if report.endswith(LAST_LINE):
+        if re.search("(?<!\r)\n", result.report):
+            problems.append("a bare line feed in the report")
+        problems += strange_headers(baseline_report, report)
+        outcome.changes = changes(baseline_report.split("\n"), report.split("\n"))
+    else:
         outcome.changes = ["(no report)" if result.report is None else "(the report is not whole)"]
         said = [line for line in result.console.split("\n") if line.startswith("!! Could not write")]
         outcome.changes += said
         if not said and consequence != "the report is not whole":
             problems.append("the report is not whole, and the console does not say so")
-        return outcome
-    if re.search("(?<!\r)\n", result.report):
-        problems.append("a bare line feed in the report")
-    outcome.changes = changes(baseline_report.split("\n"), report.split("\n"))
+    if fault is None and outcome.changes:
+        problems.append("the report is not that of the ordinary run")
+    if fault and reviewed is not None:
+        problems += unreviewed(outcome, reviewed)
     return outcome
+
+
+def strange_headers(ordinary, report):
+    """The sections keep their titles and their order, whatever else a fault does to them."""
+    ordinary, found = HEADER.findall(ordinary), HEADER.findall(report)
+    strange = [header for header in found if header not in ordinary]
+    if not strange and found != [header for header in ordinary if header in found]:
+        strange = ["the sections are out of order"]
+    return [f"no section of the ordinary run: {header}" for header in strange]
+
+
+def unreviewed(outcome, reviewed):
+    expected = reviewed.get(str(outcome.fault))
+    if expected is None:
+        return ["nobody has reviewed this fault's outcome"]
+    if expected == outcome.changes:
+        return []
+    wrong = [line for line in outcome.changes if line not in expected] or ["lines that belong to it are missing"]
+    return [f"the report differs in lines that do not belong to the fault: {wrong[0]}"]
+
+
+def reviewed_outcomes(text):
+    """The changes of each fault, from a table in the form of outcomes.txt."""
+    outcomes = {}
+    for block in text.split("\n\n"):
+        lines = block.split("\n")
+        found = [line[4:] for line in lines if line.startswith("    ")]
+        for line in lines:
+            if line and not line.startswith("    "):
+                outcomes[line] = [] if found == [SAME_REPORT] else found
+    return outcomes
 
 
 def changes(before, after):
@@ -163,11 +215,15 @@ def changes(before, after):
     return text
 
 
-def attempt(fault, baseline_report, machines):
+def attempt(fault, baseline_report, machines, reviewed):
     where = machines.get()
     try:
-        order = {"runtime_fault" if fault.in_runtime else "fault": fault.order}
-        return judge(fault, where.run(**order), baseline_report, where)
+        for _ in range(MOST_ATTEMPTS):
+            order = {"runtime_fault" if fault.in_runtime else "fault": fault.order}
+            outcome = judge(fault, where.run(**order), baseline_report, where, reviewed)
+            if NEVER_FAILED not in outcome.problems:
+                break
+        return outcome
     except machine.TookTooLong:
         return Outcome(fault, ["not done after %d s" % machine.LONGEST_RUN_SECONDS])
     finally:
@@ -182,8 +238,33 @@ def table(outcomes):
     text = ""
     for changes, faults in sorted(groups.items(), key=lambda group: group[1][0]):
         text += "\n".join(faults) + "\n"
-        text += "".join(f"    {line}\n" for line in changes or ["(the report is the same)"]) + "\n"
+        text += "".join(f"    {line}\n" for line in changes or [SAME_REPORT]) + "\n"
     return text
+
+
+def imported_functions(exe):
+    command = ["x86_64-w64-mingw32-objdump", "-p", exe]
+    text = subprocess.run(command, check=True, capture_output=True, text=True).stdout
+    return set(re.findall(r"^\t[0-9a-f]+\t +\d+ +(\w+)$", text, re.MULTILINE))
+
+
+def exempt_imports(text):
+    """The functions that are not made to fail: a reason in each paragraph's first line, the names below, indented."""
+    exempt = {}
+    for paragraph in re.split(r"\n\s*\n", re.sub(r"^#.*\n", "", text, flags=re.MULTILINE).strip()):
+        reason, *names = paragraph.split("\n")
+        assert reason and not reason[0].isspace() and names, paragraph
+        exempt |= {name: reason for line in names for name in line.split()}
+    return exempt
+
+
+def imports_left_out(exe, made_to_fail):
+    """What is wrong with the list of exempt functions, as lines for a person; `made_to_fail`: of the ordinary run."""
+    imported, exempt = imported_functions(exe), exempt_imports(IMPORTS.read_text(encoding="utf-8"))
+    wrong = [(imported - made_to_fail - set(exempt), "is imported, is not made to fail, and has no reason for that")]
+    wrong += [(set(exempt) & made_to_fail, "is made to fail although imports.txt says that it is not")]
+    wrong += [(set(exempt) - imported, "is in imports.txt and not imported")]
+    return [f"{name} {what}" for names, what in wrong for name in sorted(names)]
 
 
 def parse_options():
@@ -197,22 +278,32 @@ def parse_options():
 
 def main():
     options = parse_options()
-    machines = queue.Queue()
+    with machine.user():
+        return run_matrix(options)
+
+
+def run_matrix(options):
     first = machine.Machine(WORK / "machine-0")
     baseline = first.run()
     baseline_report = normal(baseline.report, first.install)
     nothing = judge(None, baseline, baseline_report, first)
     assert not nothing.problems, nothing.problems
+    left_out = imports_left_out(first.install.exe, {name for name, _, _ in baseline.calls})
+    if left_out:
+        print("\n".join(left_out))
+        return 1
     faults = [fault for fault in plan(baseline) if options.only in str(fault)]
     if options.list:
         print("\n".join(str(fault) for fault in faults))
         return 0
+    machines = queue.Queue()
     machines.put(first)
     for number in range(1, options.jobs):
         machines.put(machine.Machine(WORK / f"machine-{number}"))
+    reviewed = None if options.update else reviewed_outcomes(OUTCOMES.read_text(encoding="utf-8"))
     outcomes = []
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-        for outcome in pool.map(lambda fault: attempt(fault, baseline_report, machines), faults):
+        for outcome in pool.map(lambda fault: attempt(fault, baseline_report, machines, reviewed), faults):
             outcomes.append(outcome)
             print("FAILED" if outcome.problems else "sound ", outcome.fault, *outcome.problems, sep="  ", flush=True)
     return conclude(options, faults, outcomes)

@@ -30,6 +30,7 @@ const std::map<std::string_view, Failure>& Failures() {
         // kernel32
         {"AddVectoredExceptionHandler", kNull},
         {"CreateDirectoryA", kFalse},
+        {"CreateEventW", kNull},
         {"CreateFileW", kInvalidHandle},
         {"CreateThread", kNull},
         {"CreateToolhelp32Snapshot", kInvalidHandle},
@@ -43,6 +44,7 @@ const std::map<std::string_view, Failure>& Failures() {
         {"GetModuleHandleW", kNull},
         {"GetProcAddress", {0, ERROR_PROC_NOT_FOUND}},
         {"GetStdHandle", kInvalidHandle},
+        {"GetSystemDirectoryW", kFalse},
         {"GlobalMemoryStatusEx", kFalse},
         {"LoadLibraryExW", {0, ERROR_MOD_NOT_FOUND}},
         {"LoadLibraryW", {0, ERROR_MOD_NOT_FOUND}},
@@ -53,6 +55,7 @@ const std::map<std::string_view, Failure>& Failures() {
         {"SetConsoleCtrlHandler", kFalse},
         {"SetConsoleMode", kFalse},
         {"SetConsoleOutputCP", kFalse},
+        {"SetDllDirectoryW", kFalse},
         {"SetEnvironmentVariableW", kFalse},
         {"SetThreadErrorMode", kFalse},
         {"SetThreadStackGuarantee", kFalse},

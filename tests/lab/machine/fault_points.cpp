@@ -22,11 +22,16 @@ namespace {
 // More calls of one function than any run of the tool makes, but for a loop that never ends.
 constexpr std::size_t kMostCallsNoted = 100'000;
 
+struct Call {
+    std::uint32_t site = 0;
+    bool failed = false;
+};
+
 struct FaultPoint {
     std::string name;
     Failure failure;
-    std::uint64_t calls = 0;
-    std::vector<std::uint32_t> sites;
+    std::uint64_t count = 0;
+    std::vector<Call> calls;
 };
 
 struct Order {
@@ -77,13 +82,13 @@ bool Decide(void* point_address, const void* caller, std::uint64_t* result) {
     auto& point = *static_cast<FaultPoint*>(point_address);
     {
         const std::scoped_lock lock(faults.mutex);
-        ++point.calls;
-        if (point.sites.size() < kMostCallsNoted) {
-            point.sites.push_back(static_cast<std::uint32_t>(site));
-        }
+        ++point.count;
         const Order& order = faults.order;
         fails = order.name == point.name &&
-                (order.and_all_that_follow ? point.calls >= order.number : point.calls == order.number);
+                (order.and_all_that_follow ? point.count >= order.number : point.count == order.number);
+        if (point.calls.size() < kMostCallsNoted) {
+            point.calls.push_back({static_cast<std::uint32_t>(site), fails});
+        }
     }
     *result = point.failure.result;
     SetLastError(fails && point.failure.last_error != 0 ? point.failure.last_error : last_error);
@@ -158,8 +163,9 @@ void WriteCalls() {
         return;
     }
     for (const auto& [name, point] : faults.points) {
-        for (std::size_t i = 0; i < point.sites.size(); ++i) {
-            std::fprintf(file, "%s %zu %08x\n", name.c_str(), i + 1, point.sites[i]);
+        for (std::size_t i = 0; i < point.calls.size(); ++i) {
+            std::fprintf(file, "%s %zu %08x %s\n", name.c_str(), i + 1, point.calls[i].site,
+                         point.calls[i].failed ? "failed" : "done");
         }
     }
     std::fclose(file);

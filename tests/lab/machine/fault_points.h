@@ -1,8 +1,9 @@
 // Making the program's calls fail, one at a time.
 //
-// VISTREL_LAB_CALLS names a file that receives, when the program ends, a line "FUNCTION NUMBER SITE" for each
-// call that the program made to a function that can fail: NUMBER counts the calls of that function from 1,
-// SITE is where the call returns to, relative to the program's image.
+// VISTREL_LAB_CALLS names a file that receives, when the program ends, a line "FUNCTION NUMBER SITE WHAT" for
+// each call that the program made to a function that can fail: NUMBER counts the calls of that function from
+// 1, SITE is where the call returns to, relative to the program's image, WHAT is "done" or "failed", which
+// was made to fail by order.
 //
 // VISTREL_LAB_FAULT is "FUNCTION NUMBER", and this call fails without being carried out; with "on" behind it,
 // all that follow it too.

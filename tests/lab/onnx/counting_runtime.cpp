@@ -34,6 +34,9 @@ bool IsToFail(const char* entry) {
     runtime.sequence.emplace_back(entry);
     const int call = ++runtime.calls[entry];
     const bool fails = runtime.failing_entry == entry && runtime.failing_call == call;
+    if (fails) {
+        runtime.failed[entry] = call;
+    }
     if (fails && runtime.instead_of_failing != nullptr) {
         runtime.instead_of_failing();
     }

@@ -26,6 +26,7 @@ struct CountingRuntime {
     std::map<std::string, int> made;     ///< objects by kind, over the whole life
     std::map<std::string, int> alive;    ///< objects by kind, now
     std::map<std::string, int> calls;    ///< by entry
+    std::map<std::string, int> failed;   ///< by entry, the number of the call that failed by order
     std::vector<std::string> sequence;   ///< entries in the order of their calls, without releases
     std::vector<std::string> arguments;  ///< of the entries that set something, as text
     std::vector<std::int64_t> tensor_shape;

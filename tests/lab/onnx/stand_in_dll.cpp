@@ -12,7 +12,8 @@
 //     pixel-takes=NS     each pixel of the input takes a Run so many nanoseconds of the machine's clock
 //     ledger=FILE        writes to FILE, when the process ends, a line for each kind of object,
 //                        "KIND made N alive N"
-//     calls=FILE         and to this one for each entry that was called, "ENTRY N"
+//     calls=FILE         and to this one for each entry that was called, "ENTRY called N", and for one that
+//                        failed by order "ENTRY failed N" with the number of the call
 #include <windows.h>
 
 #include <cstdlib>
@@ -106,7 +107,10 @@ void WriteCalls() {
     }
     std::ofstream calls(calls_file);
     for (const auto& [entry, count] : TheCountingRuntime().calls) {
-        calls << entry << " " << count << "\n";
+        calls << entry << " called " << count << "\n";
+    }
+    for (const auto& [entry, call] : TheCountingRuntime().failed) {
+        calls << entry << " failed " << call << "\n";
     }
 }
 
