@@ -4,8 +4,9 @@ import pytest
 
 import console
 import lab
+import openxr
 import programs
-from test_guided_run import PART_TWO, READY
+from test_guided_run import HANDS, PART_TWO, READY
 
 GUIDED = ("--no-models", "--capture-seconds", "0")  # Nothing is measured: the prompts are the subject.
 CLOSE = "\r\nPress Enter to close.\r\n"
@@ -13,9 +14,11 @@ FOUND = {"input mode": 0x1F7, "output mode": 0x3, "code page": 850, "title": "C:
 CONTROL_C = "the user stopped it with Ctrl-C"
 
 
-def sit(install, *steps, scenario=None, **options):
+def sit(install, *steps, scenario=None, dies=False, **options):
+    """On the real clock where the run dies: two threads that end it wait for each other then."""
     flat = [part for step in steps for part in (step if isinstance(step, list) else [step])]
-    return console.sit(install, *GUIDED, steps=flat, scenario=scenario or lab.patient("device-fails"), **options)
+    scenario = scenario or ("device-fails" if dies else lab.patient("device-fails"))
+    return console.sit(install, *GUIDED, steps=flat, scenario=scenario, dies=dies, **options)
 
 
 def check_put_back(sitting):
@@ -53,7 +56,7 @@ def test_control_c_in_the_wait_for_the_product_leaves_an_older_report_alone(inst
     install.write(lab.REPORT_NAME, "older")
     with programs.asleep(tmp_path, "Vistrel.exe"):
         sitting = sit(
-            install, console.answers(READY), ("sees", "Waiting.."), "presses Ctrl-C", scenario="device-fails", dies=True
+            install, console.answers(READY), ("sees", "Waiting.."), "presses Ctrl-C", dies=True
         )
     assert sitting.run.exit_code == console.ENDED_BY_CTRL_C
     assert install.report.read_bytes() == b"older"
@@ -128,7 +131,7 @@ def test_the_modes_of_another_program_come_back(install):
 
 @pytest.mark.parametrize("end", ["crash", "abort", "overflow"])
 def test_a_crash_leaves_the_console_as_it_was(install, end):
-    scenario = f"{end} D3D11CreateDevice\n" + lab.patient("desktop-pc")
+    scenario = f"{end} D3D11CreateDevice\n" + lab.scenario_text("desktop-pc")
     sitting = sit(install, console.answers(READY), "clicks", scenario=scenario, dies=True)
     assert sitting.happened("write") and "THIS RUN WAS CUT SHORT" in sitting.shown
     assert not sitting.happened("frozen")
@@ -146,3 +149,30 @@ def test_lines_end_in_carriage_return_and_line_feed(install):
     sitting = sit(install, *whole_run())
     assert sitting.shown.count("\n") == sitting.shown.count("\r\n") > 100
     assert "\r\r\n" not in sitting.shown
+
+
+def test_the_watch_of_the_hands_ends_with_enter_and_with_no_other_key(install):
+    """Without that it would last until the runtime ends the session."""
+    hint = "(Press Enter to end the watch.)"
+    headset = openxr.connect(install, "event 0 ready\nhand left 0 controller\nhand left 10 bare\nevent 300 exiting\n")
+    sitting = sit(
+        install,
+        console.answers(READY),
+        console.answers(PART_TWO),
+        [("sees", HANDS), "reads", ("types", "\rx\r")],  # The second Enter comes too early for the watch.
+        ("sees", hint),
+        ("types", "x"),
+        ("sees", "hand L : UNOBSTRUCTED"),
+        ("types", "x\r"),
+        console.answers("Press Enter to close."),
+        scenario=lab.patient("desktop-pc"),
+        env=headset.env,
+    )
+    assert sitting.run.exit_code == 0
+    (frames,) = [call for call in headset.calls() if call.startswith("frames waited for: ")]
+    assert 10 < int(frames.split(": ")[1]) < 300
+    assert headset.calls()[-2:] == ["xrDestroyInstance", "unloaded"]
+    report = sitting.run.report_text
+    assert hint not in report
+    assert "should flip.\n\n  hand L : CONTROLLER (held)\n" in report
+    assert "  hand L: tracked=yes, saw UNOBSTRUCTED, saw CONTROLLER\n" in report

@@ -8,7 +8,7 @@
 
 /// What ended a run before its end. Not covered, for Windows ends the process without telling it:
 /// TerminateProcess, and the fail-fast by which a C runtime of another module aborts.
-enum class RunEnd { Crash, Abort, ControlC, ConsoleClosed, SessionEnded };
+enum class RunEnd { Crash, Abort, ControlC, ConsoleClosed, SessionEnded, ClosedByInstaller };
 
 /// For a prompt that learns of Ctrl-C before the handlers do: rescues what there is to rescue, puts the
 /// console back and ends the process as Ctrl-C does.

@@ -21,6 +21,8 @@ const char* Cause(RunEnd end, unsigned exception_code, std::array<char, 64>& buf
             return "the console window was closed";
         case RunEnd::SessionEnded:
             return "the user logged off or the system shut down";
+        case RunEnd::ClosedByInstaller:
+            return "an installer or an update closed the program";
     }
     return "unknown";
 }

@@ -181,8 +181,15 @@ BOOL WINAPI OnConsoleEvent(DWORD event) {
     return FALSE;  // The event then ends the program as it would have.
 }
 
-void OnSessionEnd() {
-    RescueReport(RunEnd::SessionEnded, 0);
+void OnSessionEnd(SessionEnd end) {
+    if (end == SessionEnd::LogOffOrShutDown) {
+        RescueReport(RunEnd::SessionEnded, 0);
+        return;
+    }
+    // The Restart Manager waits for the end of the process.
+    RescueReport(RunEnd::ClosedByInstaller, 0);
+    PutConsoleBack();
+    ExitProcess(0);
 }
 
 /// Does not return once another thread has begun to write the report cut short: the process is about to end.

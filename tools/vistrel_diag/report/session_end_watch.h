@@ -2,9 +2,16 @@
 // one has, for its displays and cursor) gets no console event for either; only a window is told.
 #pragma once
 
-/// Calls `on_session_end` on another thread when the session ends. At most one watch at a time. Does nothing
-/// when the hidden window or its thread cannot be made.
-void WatchForSessionEnd(void (*on_session_end)());
+enum class SessionEnd {
+    LogOffOrShutDown,     ///< Windows ends the process soon afterwards
+    ClosedForAnotherOne,  ///< the Restart Manager wants this program alone to end, for an installer or an
+                          ///< update
+};
+
+/// Calls `on_session_end` on another thread when the session ends, or when the process is told to end as if
+/// it did; then it should. At most one watch at a time. Does nothing when the hidden window or its thread
+/// cannot be made.
+void WatchForSessionEnd(void (*on_session_end)(SessionEnd end));
 
 /// Ends the watch and waits for its thread.
 void StopWatchingForSessionEnd();

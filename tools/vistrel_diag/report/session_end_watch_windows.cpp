@@ -7,13 +7,14 @@ namespace {
 constexpr const wchar_t* kWindowClass = L"vistrel_diag session end";
 constexpr DWORD kLongestGoodbyeMs = 2000;
 
-void (*session_end_callback)() = nullptr;
+void (*session_end_callback)(SessionEnd end) = nullptr;
 HANDLE watching_thread = nullptr;
 DWORD watching_thread_id = 0;
 
 LRESULT CALLBACK OnWindowMessage(HWND window, UINT message, WPARAM first, LPARAM second) {
-    if (message == WM_ENDSESSION && first != FALSE) {
-        session_end_callback();
+    if (message == WM_ENDSESSION && first != FALSE) {  // FALSE: somebody else did not let the user log off.
+        const bool for_another = (static_cast<DWORD>(second) & ENDSESSION_CLOSEAPP) != 0;
+        session_end_callback(for_another ? SessionEnd::ClosedForAnotherOne : SessionEnd::LogOffOrShutDown);
         return 0;
     }
     return DefWindowProcW(window, message, first, second);
@@ -43,7 +44,7 @@ DWORD WINAPI PumpMessages(void* /*unused*/) {
 
 }  // namespace
 
-void WatchForSessionEnd(void (*on_session_end)()) {
+void WatchForSessionEnd(void (*on_session_end)(SessionEnd end)) {
     session_end_callback = on_session_end;
     watching_thread = CreateThread(nullptr, 0, PumpMessages, nullptr, 0, &watching_thread_id);
 }

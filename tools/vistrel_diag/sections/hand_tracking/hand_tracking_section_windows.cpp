@@ -5,6 +5,7 @@
 
 #include "tools/vistrel_diag/openxr/openxr_loader.h"
 #include "tools/vistrel_diag/openxr/openxr_reading.h"
+#include "tools/vistrel_diag/report/console.h"
 #include "tools/vistrel_diag/report/report.h"
 #include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_section.h"
 #include "tools/vistrel_diag/sections/hand_tracking/hand_watch.h"
@@ -99,6 +100,9 @@ void WatchHands(const HandTrackingFunctions& xr, XrInstance instance, XrSession 
     const OpenXrOwned<XrHandTrackerEXT> left(left_tracker, xr.destroy_tracker);
 
     PrintWatchInstructions(seconds);
+    if (BeginToWatchForEnter()) {
+        ConsolePrint("  (Press Enter to end the watch.)\n");
+    }
     HandWatch watch(xr, {instance, session, space.get(), {left.get(), right.get()}}, data_source_extension);
     watch.Run(seconds);
     PrintHandSummary(watch.Hands(), data_source_extension);

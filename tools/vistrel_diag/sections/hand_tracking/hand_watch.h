@@ -20,8 +20,8 @@ class HandWatch {
     HandWatch(const HandTrackingFunctions& functions, const HandWatchObjects& objects,
               bool data_source_extension);
 
-    /// Watches for `seconds` from now, or until the runtime ends the session, and reports every change of a
-    /// hand's source as it happens.
+    /// Watches for `seconds` from now, or until the runtime ends the session or a person at the console
+    /// presses Enter, and reports every change of a hand's source as it happens.
     void Run(double seconds);
 
     const HandPair& Hands() const { return hands_; }

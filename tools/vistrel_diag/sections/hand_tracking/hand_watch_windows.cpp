@@ -3,6 +3,9 @@
 #include <cstddef>
 #include <cstring>
 
+#include "tools/vistrel_diag/report/console.h"
+#include "tools/vistrel_diag/report/progress.h"
+
 namespace {
 
 constexpr DWORD kIdleMilliseconds = 10;  // Between two looks at a session that shows no frames.
@@ -16,7 +19,8 @@ HandWatch::HandWatch(const HandTrackingFunctions& functions, const HandWatchObje
 void HandWatch::Run(double seconds) {
     seconds_ = WatchSeconds(seconds);
     watch_ = Stopwatch();
-    while (!TimeIsUp()) {
+    while (!TimeIsUp() && !EnterWasPressed()) {
+        Progress::ShowSecondsLeft("Watching the hands", seconds_ - watch_.Seconds(), seconds_);
         DrainEvents();
         if (quit_) {
             break;

@@ -28,6 +28,8 @@ TEST(CutShortLine, NamesEveryOtherEnd) {
     EXPECT_EQ(CutShortLine(RunEnd::ConsoleClosed, 0, "GPUs"), start + "the console window was closed" + end);
     EXPECT_EQ(CutShortLine(RunEnd::SessionEnded, 0, "GPUs"),
               start + "the user logged off or the system shut down" + end);
+    EXPECT_EQ(CutShortLine(RunEnd::ClosedByInstaller, 0, "GPUs"),
+              start + "an installer or an update closed the program" + end);
     EXPECT_EQ(CutShortLine(static_cast<RunEnd>(99), 0, "GPUs"), start + "unknown" + end);
 }
 

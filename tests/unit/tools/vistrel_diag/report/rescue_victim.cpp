@@ -97,8 +97,8 @@ HWND SessionEndWindow() {
 }
 
 /// What Windows sends every top-level window when the user logs off: whether it may, and then whether the
-/// session really ends.
-void AskToEndSession(bool ends) {
+/// session really ends. `reason`: which kind of end.
+void AskToEndSession(bool ends, DWORD reason) {
     HWND window = nullptr;
     for (int tries = 0; tries < 500 && window == nullptr; ++tries) {
         Sleep(10);
@@ -107,18 +107,34 @@ void AskToEndSession(bool ends) {
     if (window == nullptr) {
         ExitProcess(9);
     }
-    SendMessageW(window, WM_QUERYENDSESSION, 0, 0);
-    SendMessageW(window, WM_ENDSESSION, ends ? TRUE : FALSE, 0);
+    if (SendMessageW(window, WM_QUERYENDSESSION, 0, reason) != FALSE) {
+        SendMessageW(window, WM_ENDSESSION, ends ? TRUE : FALSE, reason);
+    }
 }
 
 void EndSession() {
-    AskToEndSession(true);
+    AskToEndSession(true, ENDSESSION_LOGOFF);
     ExitProcess(7);
+}
+
+/// What the Restart Manager sends the programs that use a file which an installer replaces. It waits for
+/// their end.
+void CloseForInstaller() {
+    AskToEndSession(true, ENDSESSION_CLOSEAPP);
+    Sleep(INFINITE);
+}
+
+/// The user did not let the installer go on.
+void CancelInstaller() {
+    AskToEndSession(false, ENDSESSION_CLOSEAPP);
+    if (GetFileAttributesW(L"vistrel_diag_report.txt") != INVALID_FILE_ATTRIBUTES) {
+        ExitProcess(8);
+    }
 }
 
 /// Another program does not let the user log off, and the run goes on.
 void CancelEndOfSession() {
-    AskToEndSession(false);
+    AskToEndSession(false, ENDSESSION_LOGOFF);
     if (GetFileAttributesW(L"vistrel_diag_report.txt") != INVALID_FILE_ATTRIBUTES) {
         ExitProcess(8);
     }
@@ -163,6 +179,8 @@ int main(int argument_count, char** arguments) {
         {"hang", Hang},
         {"ctrl-c", PressControlC},
         {"session-end", EndSession},
+        {"installer", CloseForInstaller},
+        {"installer-cancelled", CancelInstaller},
         {"session-end-cancelled", CancelEndOfSession},
         {"stack-guarantee", TellStackGuarantee},
     };

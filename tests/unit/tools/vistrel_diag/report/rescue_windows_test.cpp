@@ -198,6 +198,16 @@ TEST_F(RescueTest, AtTheEndOfTheSession) {
     ExpectReport(CutShort("the user logged off or the system shut down"));
 }
 
+TEST_F(RescueTest, WhenAnInstallerClosesTheProgram) {
+    EXPECT_EQ(RunVictim("installer"), 0U);
+    ExpectReport(CutShort("an installer or an update closed the program"));
+}
+
+TEST_F(RescueTest, AnInstallerThatIsCancelledEndsNothing) {
+    EXPECT_EQ(RunVictim("installer-cancelled"), 0U);
+    ExpectReport(KeptLines() + "the last line\r\n");
+}
+
 TEST_F(RescueTest, ALogOffThatIsCancelledEndsNothing) {
     EXPECT_EQ(RunVictim("session-end-cancelled"), 0U);
     ExpectReport(KeptLines() + "the last line\r\n");
