@@ -1,6 +1,5 @@
 import os
 import pathlib
-import shutil
 import sys
 
 import pytest
@@ -31,14 +30,15 @@ def run_tool(install):
     return run
 
 
+@pytest.fixture(scope="module", autouse=True)
+def user_of_the_file():
+    """The tests of a file share a user whom no other file's tests know."""
+    with lab.new_user() as product_data:
+        yield product_data
+
+
 @pytest.fixture
-def clean_user(tmp_path):
-    """A user for whom the product never ran; what was there comes back afterwards. The test locks wine_prefix."""
-    folder = lab.user_data_folder()
-    aside = tmp_path / "user_data_aside"
-    if folder.exists():
-        shutil.move(folder, aside)
-    yield folder
-    shutil.rmtree(folder, ignore_errors=True)
-    if aside.exists():
-        shutil.move(aside, folder)
+def clean_user():
+    """A user of this test alone, for whom the product never ran: the product's data folder, which is not there yet."""
+    with lab.new_user() as product_data:
+        yield product_data

@@ -3,11 +3,13 @@
 README.md in this folder shows how a test uses this.
 """
 
+import contextlib
 import os
 import pathlib
 import shutil
 import signal
 import subprocess
+import tempfile
 from dataclasses import dataclass, field
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
@@ -19,6 +21,10 @@ SHADERS = {
     "sample": ROOT / "tests" / "lab" / "install" / "vistrel" / "shaders" / "stereo_warp.hlsl",
 }
 REPORT_NAME = "vistrel_diag_report.txt"
+
+# How long a program may go without an end before it counts as hanging. Far more than any takes on a loaded machine: no
+# test is there to measure this.
+HANGING_SECONDS = 900
 
 # Cheap for a run whose subject is not measured: no prompt, no model, no time spent on capturing.
 CHEAP = ("--quick", "--no-models", "--capture-seconds", "0")
@@ -33,11 +39,30 @@ def windows_path(path):
     return "Z:" + str(path).replace("/", "\\")
 
 
-def user_data_folder():
-    """Where the product keeps a user's settings and its log, in this prefix."""
+@contextlib.contextmanager
+def user_with(local_data):
+    """Programs that are run while the block lasts have this folder as their user's local application data."""
+    before = os.environ["VISTREL_LAB_LOCAL_DATA"]
+    os.environ["VISTREL_LAB_LOCAL_DATA"] = windows_path(local_data)
+    try:
+        yield
+    finally:
+        os.environ["VISTREL_LAB_LOCAL_DATA"] = before
+
+
+@contextlib.contextmanager
+def new_user():
+    """Programs that are run while the block lasts are run by a user for whom the product never ran, and whom nobody
+    else sees. Gives the folder where the product would keep its settings and its log; it is not there yet."""
     users = pathlib.Path(os.environ["WINEPREFIX"]) / "drive_c" / "users"
-    (local_data,) = (path for path in users.glob("*/AppData/Local") if path.parts[-3] != "Public")
-    return local_data / "Vistrel"
+    home = pathlib.Path(tempfile.mkdtemp(prefix="lab-", dir=users))
+    local_data = home / "AppData" / "Local"
+    local_data.mkdir(parents=True)
+    try:
+        with user_with(local_data):
+            yield local_data / "Vistrel"
+    finally:
+        shutil.rmtree(home, ignore_errors=True)
 
 
 @dataclass
@@ -144,7 +169,7 @@ def environment(**more):
     return result
 
 
-def run_program(command, stdin=b"", cwd=None, env=None, timeout=120):
+def run_program(command, stdin=b"", cwd=None, env=None, timeout=HANGING_SECONDS):
     """Runs a command; what it started ends with it when it takes too long."""
     process = subprocess.Popen(
         [str(part) for part in command],
@@ -189,7 +214,7 @@ def run_tool(
     stdin=b"",
     env=None,
     cwd=None,
-    timeout=120,
+    timeout=HANGING_SECONDS,
     clean=True,
     dies=False,
 ):

@@ -26,19 +26,10 @@ class Headset:
         return lines
 
 
-def register_runtime():
-    """The value is the same for every run; what it names is each run's own affair."""
-    exit_code, output, errors = lab.run_program(
-        [lab.ROOT / "scripts" / "wine", "reg", "add", r"HKLM\SOFTWARE\Khronos\OpenXR\1", "/v", "ActiveRuntime"]
-        + ["/t", "REG_EXPAND_SZ", "/d", "%VISTREL_LAB_OPENXR_MANIFEST%", "/f"]
-    )
-    assert exit_code == 0, (output, errors)
-
-
 def connect(install, script, loader="genuine_loader"):
-    """Puts a loader (a folder of the lab's) beside the tool, and a runtime that does what the script says behind it."""
+    """Puts a loader (a folder of the lab's) beside the tool, and a runtime that does what the script says behind it. The
+    registry of every prefix names the variable of the environment that names the runtime (scripts/lab-session)."""
     install.add_library("openxr_loader.dll", FOLDER / loader / "openxr_loader.dll")
-    register_runtime()
     script_file = install.folder.parent / "openxr_script.txt"
     script_file.write_text(script, encoding="utf-8")
     log = install.folder.parent / "openxr_log.txt"

@@ -28,7 +28,7 @@ def running(folder, program, name, *arguments):
         yield process
     finally:
         process.terminate()
-        process.wait(30)
+        process.wait(lab.HANGING_SECONDS)
 
 
 def asleep(folder, name):
@@ -55,23 +55,34 @@ def held(path, share):
         yield
     finally:
         holder.stdin.close()
-        assert holder.wait(30) == 0
+        assert holder.wait(lab.HANGING_SECONDS) == 0
 
 
 @contextlib.contextmanager
 def gpu_preferences(values):
-    """The current user's GPU preferences while the block lasts; `values` by application."""
+    """The current user's GPU preferences while the block lasts, these alone; `values` by application. None without
+    values. The test locks wine_prefix."""
+    _forget_preferences()
     for application, choice in values.items():
-        _registry("add", PREFERENCES, "/v", application, "/t", "REG_SZ", "/d", choice, "/f")
+        exit_code, output, errors = _registry(
+            "add", PREFERENCES, "/v", application, "/t", "REG_SZ", "/d", choice, "/f"
+        )
+        assert exit_code == 0, (application, output, errors)
     try:
         yield
     finally:
-        _registry("delete", PREFERENCES, "/f")
+        _forget_preferences()
+
+
+def _forget_preferences():
+    """A test that was killed may have left its own."""
+    _registry("delete", PREFERENCES, "/f")
+    exit_code, output, errors = _registry("query", PREFERENCES)
+    assert exit_code != 0, (output, errors)
 
 
 def _registry(*arguments):
-    exit_code, output, errors = lab.run_program([lab.ROOT / "scripts" / "wine", "reg.exe", *arguments])
-    assert exit_code == 0, (arguments, output, errors)
+    return lab.run_program([lab.ROOT / "scripts" / "wine", "reg.exe", *arguments])
 
 
 INJECTED_DLL = PROGRAMS / "injected_dll.dll"

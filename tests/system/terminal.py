@@ -25,6 +25,7 @@ class Screen:
         self.rows = [[]]
         self.row = self.column = 0
         self.rest = ""
+        self.shown = []  # Every line, each time a piece of it was written, in that order; a line may be written over.
 
     def feed(self, text):
         text = self.rest + text
@@ -34,6 +35,8 @@ class Screen:
             if text[position] != "\x1b":
                 self._character(text[position])
                 position += 1
+                if position == len(text) or text[position] in "\x1b\r\n":
+                    self.shown.append("".join(self.rows[self.row]).rstrip())
                 continue
             match = SEQUENCE.match(text, position)
             if match is None:  # Not yet whole.
@@ -122,7 +125,7 @@ class Terminal:
             return False
         return True
 
-    def wait_for(self, text, seconds=60):
+    def wait_for(self, text, seconds=lab.HANGING_SECONDS):
         """Reads on until the text stands on the screen, below what was waited for before."""
         deadline = time.monotonic() + seconds
         alive = True
@@ -137,7 +140,7 @@ class Terminal:
         self.wait_until_read_from()
         self.child.send(keys)
 
-    def wait_until_read_from(self, seconds=30):
+    def wait_until_read_from(self, seconds=lab.HANGING_SECONDS):
         """Until the program reads for the first time, keys would mean what they mean at a shell: Ctrl-C a signal, and
         Enter a line feed."""
         deadline = time.monotonic() + seconds
@@ -145,7 +148,7 @@ class Terminal:
             assert time.monotonic() < deadline, f"nothing is read:\n{self.screen.text()}"
             self.read()
 
-    def wait_for_end(self, seconds=60):
+    def wait_for_end(self, seconds=lab.HANGING_SECONDS):
         """The exit code, as the shell that started the program sees it."""
         deadline = time.monotonic() + seconds
         while self.read():

@@ -103,7 +103,7 @@ def check_rows(section, configured):
 
 def test_every_preset_through_directml(genuine, run_tool):
     configure(genuine, depth_model_quality=3)
-    run = run_tool(*QUICK, timeout=240)
+    run = run_tool(*QUICK)
     assert run.exit_code == 0
     check_rows(run.section(TITLE), configured=3)
 
@@ -252,7 +252,7 @@ def test_bad_models_each_get_their_row(genuine, run_tool, tmp_path):
     for variants in (first, second):
         for index, variant in enumerate(variants):
             genuine.add_file(tmp_path / "broken" / (variant + ".onnx"), MODELS + make_models.PRESETS[index][0])
-        run = run_tool(*QUICK, timeout=240)
+        run = run_tool(*QUICK)
         assert run.exit_code == 0
         section = run.section(TITLE)
         for index, variant in enumerate(variants):

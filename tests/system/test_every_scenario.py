@@ -37,13 +37,13 @@ def came_to_its_end(run):
 @pytest.mark.parametrize("scenario", SCENARIOS)
 def test_quick(scenario, headset, run_tool):
     env = {**headset.env, "VISTREL_ONNX_STAND_IN": "pixel-takes=1"}
-    run = run_tool("--quick", "--capture-seconds", "0.5", scenario=scenario, env=env, timeout=300)
+    run = run_tool("--quick", "--capture-seconds", "0.5", scenario=scenario, env=env)
     assert came_to_its_end(run), (run.exit_code, run.console_text)
     headset.calls()
 
 
 @pytest.mark.parametrize("scenario", SCENARIOS)
 def test_guided(scenario, headset, run_tool):
-    run = run_tool(*SHORT, scenario=lab.patient(scenario), stdin=b"\n\n\n\n", env=headset.env, timeout=300)
+    run = run_tool(*SHORT, scenario=lab.patient(scenario), stdin=b"\n\n\n\n", env=headset.env)
     assert came_to_its_end(run), (run.exit_code, run.console_text)
     headset.calls()

@@ -15,6 +15,12 @@ MODELS_AT_20_NS = {"VISTREL_ONNX_STAND_IN": "pixel-takes=20"}
 NO_WINDOW = [(r"^Foreground app  : .*\n", "")]
 
 
+@pytest.fixture(scope="module", autouse=True)
+def no_gpu_preferences():
+    with programs.gpu_preferences({}):
+        yield
+
+
 @pytest.fixture
 def vistrel_install(install):
     """What the product installs beside the tool, with an ONNX Runtime that takes no time of the real GPU."""

@@ -132,6 +132,13 @@ def test_full_run_in_order(run_tool, install):
     )
 
 
+def test_the_countdown_takes_a_second_a_number(run_tool):
+    """On a machine without a device nothing else waits."""
+    run = run_tool(*GUIDED, scenario=lab.patient("device-fails"), stdin=b"\n\n")
+    assert COUNTDOWN in run.console_text
+    assert run.counts["slept_milliseconds"] == 15_000
+
+
 def test_opening_lines(run_tool, install):
     run = run_tool(*lab.CHEAP, scenario=lab.patient("desktop-pc"))
     assert run.report_text.startswith(
@@ -197,6 +204,7 @@ def test_end_of_the_input_goes_on_at_every_prompt(run_tool, install, typed):
 def test_the_wait_for_the_product_leaves_no_dots_in_the_report(run_tool, install, tmp_path):
     with programs.asleep(tmp_path, "Vistrel.exe"):
         run = run_tool(*GUIDED, scenario=lab.patient("device-fails"), stdin=b"\ns\n")
+    assert run.counts["slept_milliseconds"] == 60_000
     wait = (
         "\n  Vistrel is running. It holds the screen capture, so please close it now.\n  Waiting"
         + 60 * "."

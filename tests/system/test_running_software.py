@@ -94,7 +94,7 @@ def test_guided_run_goes_on_when_the_product_has_closed(tmp_path, install):
             console += byte
         product.terminate()
         console += tool.stdout.read()
-        assert tool.wait(60) == 0
+        assert tool.wait() == 0
     text = console.decode("utf-8").replace("\r\n", "\n")
     # The fourth dot when the product took more than the rest of its second to end.
     assert re.search(re.escape(WAITING) + r"\.{3,4}" + re.escape(CLOSED), text), text
@@ -105,7 +105,7 @@ def test_guided_run_goes_on_when_the_product_has_closed(tmp_path, install):
 
 def test_guided_run_goes_on_after_sixty_dots(tmp_path, run_tool):
     with programs.asleep(tmp_path, "Ambulo.exe"):
-        run = run_tool(*GUIDED, scenario=SCENARIO, stdin=SKIP_PART_TWO, timeout=240)
+        run = run_tool(*GUIDED, scenario=SCENARIO, stdin=SKIP_PART_TWO)
     assert WAITING + "." * 60 + STILL_RUNNING in run.console_text
     assert section(run) == f"  Ambulo.exe\n{WARNING}"
     assert "Waiting" not in run.report_text

@@ -3,14 +3,10 @@
 The user of these tests has letters in the name of the data folder that no single-byte code page holds together.
 """
 
-import shutil
-
 import lab
 import programs
 import pytest
 
-KEY = r"HKCU\Software\Microsoft\Windows\CurrentVersion\Explorer\User Shell Folders"
-VALUE = "Local AppData"
 IN_EFFECT = "VISTREL SETTINGS IN EFFECT"
 VERBATIM = "VISTREL SETTINGS, VERBATIM"
 LOG = "WHAT VISTREL ITSELF LOGGED LAST RUN"
@@ -33,26 +29,19 @@ Wait for GPU    : OFF   (default; background can show through the picture in pat
 NOTE = '(only the "vistrel_*" keys are quoted; the rest of the file belongs to Ambulo and is deliberately left out)'
 
 
-def reg(*arguments):
-    exit_code, console, errors = lab.run_program([lab.ROOT / "scripts" / "wine", "reg.exe", *arguments])
-    assert exit_code == 0, (console, errors)
-
-
-@pytest.fixture(scope="module")
-def local_data(tmp_path_factory):
-    """The local application data folder of the user, for the tests of this file."""
-    folder = tmp_path_factory.mktemp("Jürgen Świątek 日本")
-    reg("add", KEY, "/v", VALUE, "/t", "REG_EXPAND_SZ", "/d", lab.windows_path(folder), "/f")
-    yield folder
-    reg("delete", KEY, "/v", VALUE, "/f")  # Wine puts its own back when next asked.
+@pytest.fixture
+def local_data(tmp_path):
+    """The local application data folder of the test's user."""
+    folder = tmp_path / "Jürgen Świątek 日本"
+    folder.mkdir()
+    with lab.user_with(folder):
+        yield folder
 
 
 @pytest.fixture
 def user_data(local_data):
     """The product's folder in it, which is not there yet."""
-    folder = local_data / "Vistrel"
-    shutil.rmtree(folder, ignore_errors=True)
-    return folder
+    return local_data / "Vistrel"
 
 
 def write(path, content):

@@ -4,8 +4,8 @@ Wine's console shows no blanks at the end of a line. One run sits out every seco
 simulated machine it takes no time.
 """
 
+import itertools
 import re
-import time
 
 import pytest
 
@@ -41,15 +41,20 @@ def check_screen(person, install, answers, *pieces):
     return report
 
 
+def seconds_shown(person):
+    """What the countdown showed, however late it was read."""
+    shown = [re.fullmatch(r"  starting in ([ 1]\d) s \.\.\.", line) for line in person.screen.shown]
+    return [int(number) for number, _ in itertools.groupby(match[1] for match in shown if match)]
+
+
 def test_a_person_at_a_terminal(install):
     """On Wine's own machine, with every second of the countdown."""
     with terminal.Terminal(install, *GUIDED) as person:
         person.answer(on_screen(START), "s please\r")
         person.answer(on_screen(HEADSET), "\r")
-        person.wait_for("Click on the game window now.\n  starting in 15 s ...")
-        start = time.monotonic()
+        person.wait_for("Click on the game window now.\n")
         person.wait_for("measuring now.")
-        assert 14.0 < time.monotonic() - start < 25.0
+        assert seconds_shown(person) == list(range(15, 0, -1))
         person.answer(on_screen(HAND_CHECK), "S\r")
         person.answer(CLOSE, "\r")
         assert person.wait_for_end() == 0
@@ -136,7 +141,7 @@ def test_control_c_in_the_countdown(install):
     with terminal.Terminal(install, *GUIDED) as person:
         person.answer(on_screen(START), "\r")
         person.answer(on_screen(HEADSET), "\r")
-        person.answer("starting in 14 s ...", terminal.CONTROL_C)
+        person.answer("starting in ", terminal.CONTROL_C)
         person.wait_for_end()
         check_cut_short(person, install)
 

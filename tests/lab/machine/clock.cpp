@@ -2,6 +2,8 @@
 
 #include <atomic>
 
+#include "tests/lab/machine/statistics.h"
+
 namespace lab {
 namespace {
 
@@ -69,6 +71,7 @@ ULONGLONG WINAPI ScriptedGetTickCount64() {
 }
 
 void WINAPI ScriptedSleep(DWORD milliseconds) {
+    Counts().slept_milliseconds += static_cast<long>(milliseconds);
     scripted_time += static_cast<std::int64_t>(milliseconds) * kMicrosecondsPerMillisecond;
     SwitchToThread();
 }

@@ -34,6 +34,7 @@ std::string StatisticsText() {
     Append(text, "frames_delivered", counts.frames_delivered);
     Append(text, "frames_merged", counts.frames_merged);
     Append(text, "pointer_updates", counts.pointer_updates);
+    Append(text, "slept_milliseconds", counts.slept_milliseconds);
     Append(text, "acquire_calls", counts.acquire_calls);
     Append(text, "acquire_timeouts", counts.acquire_timeouts);
     Append(text, "access_losses", counts.access_losses);

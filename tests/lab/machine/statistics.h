@@ -25,7 +25,8 @@ struct Statistics {
     std::atomic<long> frames_delivered;  ///< of these, acquired by the program
     std::atomic<long>
         frames_merged;  ///< shown, but merged into a later one as nobody had acquired in between
-    std::atomic<long> pointer_updates;  ///< acquired while no image was new
+    std::atomic<long> pointer_updates;     ///< acquired while no image was new
+    std::atomic<long> slept_milliseconds;  ///< by the scripted clock
     std::atomic<long> acquire_calls;
     std::atomic<long> acquire_timeouts;
     std::atomic<long> access_losses;

@@ -16,8 +16,8 @@ void HandleMessages() {
 }
 
 bool BringToForeground(HWND window) {
-    const ULONGLONG deadline = GetTickCount64() + 10000;
-    while (GetForegroundWindow() != window && GetTickCount64() < deadline) {
+    constexpr int kMostAttempts = 30'000;  // Ten minutes, and longer on a loaded machine.
+    for (int i = 0; i < kMostAttempts && GetForegroundWindow() != window; ++i) {
         SetForegroundWindow(window);
         HandleMessages();
         Sleep(20);

@@ -50,10 +50,10 @@ class RunningProgram {
 
     DWORD Id() const { return process_.dwProcessId; }
 
-    /// Waits until a window of the program is in the foreground; false when that takes longer than 15
-    /// seconds.
+    /// Waits until a window of the program is in the foreground; false when that takes longer than ten
+    /// minutes.
     bool WaitForForeground() const {
-        for (int attempt = 0; attempt < 300; ++attempt) {
+        for (int attempt = 0; attempt < 12'000; ++attempt) {
             DWORD id = 0;
             GetWindowThreadProcessId(GetForegroundWindow(), &id);
             if (id == Id()) {

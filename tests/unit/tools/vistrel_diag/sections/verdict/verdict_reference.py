@@ -243,7 +243,7 @@ def all_cases() -> List[Case]:
 
 def printed(driver: List[str], cases: List[Case]) -> List[List[str]]:
     run = subprocess.run(driver, input="".join(case.line() + "\n" for case in cases).encode(), stdout=subprocess.PIPE,
-                         check=True, timeout=240)
+                         check=True)
     text = run.stdout.decode().replace("\r\n", "\n")
     assert text.endswith("@@\n"), "the driver did not reach its end"
     return [verdict.split("\n")[:-1] for verdict in text.split("@@\n")[:-1]]
