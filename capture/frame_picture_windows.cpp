@@ -22,7 +22,16 @@ bool FramePicture::Fit(ID3D11Device* device, const D3D11_TEXTURE2D_DESC& acquire
     return true;
 }
 
+void FramePicture::NoteImage(bool presented) {
+    if (presented) {
+        content_ = PictureContent::Desktop;
+    } else if (content_ == PictureContent::Nothing) {
+        content_ = PictureContent::Unpresented;
+    }
+}
+
 void FramePicture::Release() {
     view_.Reset();
     texture_.Reset();
+    content_ = PictureContent::Nothing;
 }

@@ -44,6 +44,13 @@ class ScreenCaptureDxgi {
     /// How old the last new image was when it arrived, in milliseconds.
     float LastFrameAgeMs() const;
 
+    /// The performance counter when the last new image was presented; 0 when no present brought it, but a
+    /// move of the pointer.
+    std::int64_t LastPresentTime() const;
+
+    /// What the picture behind GetFrame's view shows.
+    PictureContent Content() const;
+
     /// Whether the monitor hangs on another GPU than the caller's device, and the names of both.
     bool IsCrossAdapter() const;
     std::string DisplayGpuName() const;
@@ -63,7 +70,7 @@ class ScreenCaptureDxgi {
                               const AdapterLuid& render_luid);
     bool EnsureDuplication();
     HRESULT ReadFrame();
-    void TakeFrame(ID3D11Texture2D* acquired);
+    bool TakeFrame(ID3D11Texture2D* acquired);
     bool Fail(std::string reason);
 
     mutable std::recursive_mutex mutex_;
@@ -78,6 +85,7 @@ class ScreenCaptureDxgi {
     std::string render_gpu_name_;
     bool new_frame_ = false;
     float last_frame_age_ms_ = 0.0F;
+    std::int64_t last_present_time_ = 0;
     std::string source_name_;
     std::int32_t output_left_ = 0;
     std::int32_t output_top_ = 0;

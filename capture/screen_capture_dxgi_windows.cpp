@@ -145,12 +145,13 @@ HRESULT ScreenCaptureDxgi::ReadFrame() {
         return result;
     }
     new_frame_ = true;
-    if (frame.PresentTicks() != 0) {
-        last_frame_age_ms_ = FrameAgeMs(PerformanceTicks(), frame.PresentTicks(), PerformanceFrequency())
+    last_present_time_ = frame.PresentTicks();
+    if (last_present_time_ != 0) {
+        last_frame_age_ms_ = FrameAgeMs(PerformanceTicks(), last_present_time_, PerformanceFrequency())
                                  .value_or(last_frame_age_ms_);
     }
-    if (frame.Texture() != nullptr) {
-        TakeFrame(frame.Texture());
+    if (frame.Texture() != nullptr && TakeFrame(frame.Texture())) {
+        picture_.NoteImage(last_present_time_ != 0);
     }
     if (picture_.Texture() != nullptr && DiagSettings::Instance().capture_draw_cursor) {
         DrawCursorOn(picture_.Texture(), output_left_, output_top_);
@@ -176,20 +177,21 @@ bool ScreenCaptureDxgi::EnsureDuplication() {
     return true;
 }
 
-void ScreenCaptureDxgi::TakeFrame(ID3D11Texture2D* acquired) {
+bool ScreenCaptureDxgi::TakeFrame(ID3D11Texture2D* acquired) {
     D3D11_TEXTURE2D_DESC description = {};
     acquired->GetDesc(&description);
     if (!picture_.Fit(render_device_.Get(), description)) {
-        return;
+        return false;
     }
     if (!display_device_.IsCrossAdapter()) {
         render_context_->CopyResource(picture_.Texture(), acquired);
-        return;
+        return true;
     }
-    if (!display_device_.Carry(acquired, render_context_.Get(), picture_.Texture()) &&
-        !std::exchange(carry_failure_reported_, true)) {
+    const bool carried = display_device_.Carry(acquired, render_context_.Get(), picture_.Texture());
+    if (!carried && !std::exchange(carry_failure_reported_, true)) {
         WriteCaptureMessage(CarryFailureMessage(display_gpu_name_, render_gpu_name_));
     }
+    return carried;
 }
 
 bool ScreenCaptureDxgi::Fail(std::string reason) {
@@ -205,6 +207,16 @@ bool ScreenCaptureDxgi::IsNewFrame() const {
 float ScreenCaptureDxgi::LastFrameAgeMs() const {
     const std::lock_guard lock(mutex_);
     return last_frame_age_ms_;
+}
+
+std::int64_t ScreenCaptureDxgi::LastPresentTime() const {
+    const std::lock_guard lock(mutex_);
+    return last_present_time_;
+}
+
+PictureContent ScreenCaptureDxgi::Content() const {
+    const std::lock_guard lock(mutex_);
+    return picture_.Content();
 }
 
 bool ScreenCaptureDxgi::IsCrossAdapter() const {
@@ -241,6 +253,7 @@ void ScreenCaptureDxgi::Shutdown() {
     display_gpu_name_.clear();
     render_gpu_name_.clear();
     new_frame_ = false;
+    last_present_time_ = 0;
     first_frame_waits_.Reset();
     restore_clock_.AllowAtOnce();
     initialized_ = false;

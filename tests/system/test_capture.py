@@ -189,3 +189,29 @@ def test_no_cursor_does_harm(run_tool, cursor):
     scenario = f"cursor {cursor}\n" + lab.scenario_text("frames-60")
     _, section, _ = capture(run_tool, scenario, "--capture-seconds", "0.5")
     assert section == success("1280x720", 31, "0.50", "62.0")
+
+
+def test_updates_of_the_pointer_count(run_tool):
+    run, section, _ = capture(run_tool, "pointer-moves", "--capture-seconds", "1")
+    assert run.counts["frames_delivered"] == 11
+    assert section == success("1280x720", 11 + run.counts["pointer_updates"], "1.00", "131.0")
+
+
+def test_a_frame_that_is_not_carried_across_is_no_picture(run_tool):
+    _, section, errors = capture(run_tool, "carrying-fails", "--capture-seconds", "1")
+    assert section.endswith(
+        f"{IDLE}\nNOTE: could not read a frame back, so the benchmark uses a synthetic pattern instead of your real "
+        "screen content."
+    )
+    assert errors.count("Could not carry the frame from") == 1
+
+
+def test_a_portrait_display_reads_unrotated(run_tool):
+    run, section, _ = capture(run_tool, "portrait-display", "--capture-seconds", "0.5")
+    assert section == success("1920x1080", 31, "0.50", "62.0")
+    assert "1080x1920" in run.section("DISPLAYS")
+
+
+def test_an_hdr_desktop_is_captured_like_any_other(run_tool):
+    _, section, _ = capture(run_tool, "hdr-desktop", "--capture-seconds", "0.5")
+    assert section == success("1280x720", 31, "0.50", "62.0")

@@ -260,4 +260,33 @@ TEST_F(ScreenCaptureFrames, AgeOfAnImage) {
     EXPECT_EQ(age_of(kNow), 0.0F);
 }
 
+TEST_F(ScreenCaptureFrames, TellsThePresentOfTheLastNewImageAndWhatThePictureShows) {
+    ASSERT_TRUE(Start());
+    EXPECT_EQ(capture_->Content(), PictureContent::Nothing);
+    Push({.seed = 1});
+    capture_->GetFrame();
+    EXPECT_EQ(capture_->LastPresentTime(), 0);
+    EXPECT_EQ(capture_->Content(), PictureContent::Unpresented);
+    Push({.seed = 2, .present_ticks = 77});
+    capture_->GetFrame();
+    EXPECT_EQ(capture_->LastPresentTime(), 77);
+    EXPECT_EQ(capture_->Content(), PictureContent::Desktop);
+    PushResult(DXGI_ERROR_WAIT_TIMEOUT);
+    capture_->GetFrame();
+    EXPECT_EQ(capture_->LastPresentTime(), 77) << "of the last new image";
+    Push({.seed = 2});
+    capture_->GetFrame();
+    EXPECT_EQ(capture_->LastPresentTime(), 0) << "the pointer moved";
+    EXPECT_EQ(capture_->Content(), PictureContent::Desktop);
+    Push({.width = 32, .height = 16, .seed = 3});
+    capture_->GetFrame();
+    EXPECT_EQ(capture_->Content(), PictureContent::Unpresented) << "of a new size nothing has been presented";
+    Push({.present_ticks = 99, .has_texture = false});
+    capture_->GetFrame();
+    EXPECT_EQ(capture_->Content(), PictureContent::Unpresented);
+    capture_->Shutdown();
+    EXPECT_EQ(capture_->LastPresentTime(), 0);
+    EXPECT_EQ(capture_->Content(), PictureContent::Nothing);
+}
+
 }  // namespace

@@ -17,8 +17,9 @@ struct CaptureMeasurement {
     std::uint32_t new_frames = 0;  ///< calls that delivered a new image
     std::uint32_t calls = 0;       ///< calls of ScreenCaptureDxgi::GetFrame in the measured time
     double seconds = 0.0;          ///< measured time
-    /// One image, width x height x 4 bytes without padding between rows, in the texture's own channel order
-    /// (normally B, G, R, A). Empty when none could be read back.
+    /// One image of the desktop (the first that a present brought, if any), width x height x 4 bytes without
+    /// padding between rows, in the texture's own channel order (normally B, G, R, A). Empty when none could
+    /// be read back.
     std::vector<std::uint8_t> pixels;
     bool cross_adapter = false;    ///< the display hangs on another GPU than the device
     std::string capture_gpu_name;  ///< UTF-8; the display's GPU

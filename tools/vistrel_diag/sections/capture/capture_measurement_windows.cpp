@@ -3,6 +3,8 @@
 #include <d3d11.h>
 #include <wrl/client.h>
 
+#include <utility>
+
 #include "capture/frame_description.h"
 #include "capture/screen_capture_dxgi.h"
 #include "platform/stopwatch.h"
@@ -43,9 +45,18 @@ std::vector<std::uint8_t> ReadBack(ID3D11Device* device, ID3D11DeviceContext* co
     return pixels;
 }
 
-/// What one call of GetFrame adds to the measurement.
+/// Whether the capture's picture is to be read back, when `kept` is what the pixels read so far show. Windows
+/// may begin with an image that is still black, brought by no present: it makes way for the first that one
+/// did.
+bool IsBetter(PictureContent offered, PictureContent kept) {
+    return offered != PictureContent::Nothing &&
+           (kept == PictureContent::Nothing ||
+            (kept == PictureContent::Unpresented && offered == PictureContent::Desktop));
+}
+
+/// What one call of GetFrame adds to the measurement. `kept` is what the measurement's pixels show.
 void CountFrame(ID3D11Device* device, ID3D11DeviceContext* context, ScreenCaptureDxgi& capture,
-                CaptureMeasurement& measurement) {
+                CaptureMeasurement& measurement, PictureContent& kept) {
     const ComPtr<ID3D11ShaderResourceView> view = capture.GetFrame();
     ++measurement.calls;
     if (!view) {
@@ -53,7 +64,8 @@ void CountFrame(ID3D11Device* device, ID3D11DeviceContext* context, ScreenCaptur
     }
     const bool is_new = capture.IsNewFrame();
     measurement.new_frames += is_new ? 1 : 0;
-    const bool wants_pixels = is_new && measurement.pixels.empty();
+    const PictureContent offered = capture.Content();
+    const bool wants_pixels = is_new && IsBetter(offered, kept);
     if (measurement.width != 0 && !wants_pixels) {
         return;
     }
@@ -69,7 +81,11 @@ void CountFrame(ID3D11Device* device, ID3D11DeviceContext* context, ScreenCaptur
     }
     // A desktop that has changed its size since the first image has no picture of the size reported.
     if (wants_pixels && description.Width == measurement.width && description.Height == measurement.height) {
-        measurement.pixels = ReadBack(device, context, texture.Get(), description);
+        std::vector<std::uint8_t> pixels = ReadBack(device, context, texture.Get(), description);
+        if (!pixels.empty()) {
+            measurement.pixels = std::move(pixels);
+            kept = offered;
+        }
     }
 }
 
@@ -88,9 +104,10 @@ CaptureMeasurement MeasureCaptureRate(ID3D11Device* device, ID3D11DeviceContext*
     measurement.cross_adapter = capture.IsCrossAdapter();
     measurement.capture_gpu_name = capture.DisplayGpuName();
 
+    PictureContent kept = PictureContent::Nothing;
     const Stopwatch stopwatch;
     while (measurement.seconds < seconds) {
-        CountFrame(device, context, capture, measurement);
+        CountFrame(device, context, capture, measurement, kept);
         measurement.seconds = stopwatch.Seconds();
     }
     capture.Shutdown();

@@ -214,6 +214,40 @@ TEST_F(CaptureMeasurementTest, ALaterImageWhenTheFirstCannotBeReadBack) {
     EXPECT_EQ(measurement.pixels, FakePixels({.seed = 3}));
 }
 
+TEST_F(CaptureMeasurementTest, TheFirstPresentedImageTakesThePlaceOfAnother) {
+    const FakeFrame presented = {.width = 16, .height = 9, .seed = 2, .present_ticks = kStart};
+    UseFrames({{.width = 16, .height = 9, .seed = 1},
+               {.width = 16, .height = 9, .seed = 3},
+               presented,
+               {.width = 16, .height = 9, .seed = 4, .present_ticks = kStart + 1}});
+    const CaptureMeasurement measurement = Measure(1.0);
+    EXPECT_EQ(measurement.new_frames, 4U);
+    EXPECT_EQ(measurement.pixels, FakePixels(presented));
+}
+
+TEST_F(CaptureMeasurementTest, WithoutAPresentTheImageThatThereIsCounts) {
+    UseFrames({{.width = 16, .height = 9, .seed = 1}, {.width = 16, .height = 9, .seed = 3}});
+    EXPECT_EQ(Measure(1.0).pixels, FakePixels({.width = 16, .height = 9, .seed = 1}));
+}
+
+TEST_F(CaptureMeasurementTest, AFrameThatCannotBeCarriedAcrossIsNoImage) {
+    UseHybridLaptop();
+    const FakeFrame carried = {.width = 16, .height = 9, .seed = 2, .present_ticks = kStart + 1};
+    Machine().map_result = E_OUTOFMEMORY;
+    Machine().frames = {{.width = 16, .height = 9, .seed = 1, .present_ticks = kStart}};
+    Machine().next_frame = [carried]() -> FakeFrame {
+        if (Machine().map_result == S_OK) {
+            return Nothing();
+        }
+        // The one before was not carried. Nothing but the benchmark device maps from now on.
+        Machine().map_result = S_OK;
+        return carried;
+    };
+    const CaptureMeasurement measurement = Measure(1.0);
+    EXPECT_EQ(measurement.new_frames, 2U);
+    EXPECT_EQ(measurement.pixels, FakePixels(carried));
+}
+
 TEST_F(CaptureMeasurementTest, NothingReadBackWhenMappingFails) {
     Machine().map_result = DXGI_ERROR_DEVICE_REMOVED;
     UseFrames({{}, {}});
