@@ -15,7 +15,7 @@ FAILED = re.compile(r"^\[  FAILED  \] ([^\s,]+)|^FAILED (\S+)", re.MULTILINE)
 
 # What a test may take: the change may have made it endless. A test is not judged by it otherwise.
 LONGEST_TIMES = 20
-LEAST_LIMIT_SECONDS = 60
+LEAST_LIMIT_SECONDS = 20
 LONGEST_BUILD_SECONDS = 1800
 
 KILLED, SURVIVED, NOT_BUILT, UNSEEN = "killed", "survived", "not built", "seen by no test"
