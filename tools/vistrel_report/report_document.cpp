@@ -389,9 +389,11 @@ std::vector<Beginning> FindBeginnings(const std::vector<SourceLine>& lines) {
     return beginnings;
 }
 
+/// How many lines have text that is not the console's.
 std::size_t CountWithText(const std::vector<SourceLine>& lines) {
-    return static_cast<std::size_t>(std::count_if(
-        lines.begin(), lines.end(), [](const SourceLine& line) { return !IsBlankLine(line.text); }));
+    return static_cast<std::size_t>(std::count_if(lines.begin(), lines.end(), [](const SourceLine& line) {
+        return !IsBlankLine(line.text) && !IsConsoleLine(line.text);
+    }));
 }
 
 /// Takes back what was done to the lines of one report on their way.
@@ -400,6 +402,11 @@ void Clean(ReportDocument& document, std::string_view prefix, JoinedTexts& joine
     if (!prefix.empty()) {
         RemoveQuotePrefix(document.lines, prefix);
         AddNote(document, DocumentNoteKind::Quoted, first, "The report is quoted or indented.");
+    }
+    // The prompt stands in front of the first line when the answer to it did not come from the console.
+    SourceLine& opening = document.lines.front();
+    if (const auto prompt = QuotePrefix(opening.text, kOpening)) {
+        opening.text.remove_prefix(prompt->size());
     }
     if (IsConsoleCopy(document.lines)) {
         RemoveConsoleLines(document.lines);

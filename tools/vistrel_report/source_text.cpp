@@ -193,31 +193,33 @@ std::string_view WithoutBlanks(std::string_view text) {
     return WithoutEndBlanks(text.substr(begin));
 }
 
-bool IsConsoleLine(std::string_view line) {
-    const std::string_view text = WithoutBlanks(line);
-    if (text.starts_with("starting in ") || text.starts_with("[ScreenCaptureDxgi] ") ||
-        text.starts_with("[Vistrel 3D] ")) {
-        return true;
-    }
-    if (text.starts_with("Waiting") && text.find_first_not_of('.', 7) == std::string_view::npos) {
-        return true;
-    }
-    return std::any_of(kConsoleLines.begin(), kConsoleLines.end(),
-                       [text](std::string_view known) { return text == WithoutBlanks(known); });
-}
-
-/// What stays of a line over which the console has written several times, or of one that followed such a
-/// text without a line end: `text` behind the last thing that only the console shows.
-std::string_view LastWritten(std::string_view text) {
+/// `text` behind "  measuring 1920x1080 ...", which a copy of the console can have in front of a row.
+std::string_view BehindMeasuring(std::string_view text) {
     constexpr std::string_view kMeasuring = "  measuring ";
     constexpr std::string_view kEnd = " ...";
     const std::size_t end = text.find(kEnd);
-    if (text.starts_with(kMeasuring) && end != std::string_view::npos) {
-        std::string_view rest = text.substr(end + kEnd.size());
-        const std::size_t begin = rest.find_first_not_of(" \t\r");
-        return begin == std::string_view::npos ? std::string_view() : rest.substr(begin);
+    if (!text.starts_with(kMeasuring) || end == std::string_view::npos) {
+        return text;
     }
-    return text;
+    const std::string_view rest = text.substr(end + kEnd.size());
+    return rest.substr(std::min(rest.find_first_not_of(" \t"), rest.size()));
+}
+
+/// What stays of a line over which the console has written several times, each time after a carriage return:
+/// the one text in it that only a report has. The line as it is when there are several of them.
+std::string_view LastWritten(std::string_view line) {
+    std::string_view kept;
+    std::size_t found = 0;
+    for (std::string_view rest = line; !rest.empty();) {
+        const std::size_t length = std::min(rest.find('\r'), rest.size());
+        const std::string_view text = BehindMeasuring(rest.substr(0, length));
+        if (!IsBlankLine(text) && !IsConsoleLine(text)) {
+            kept = text;
+            ++found;
+        }
+        rest.remove_prefix(std::min(length + 1, rest.size()));
+    }
+    return found > 1 ? line : kept;
 }
 
 /// Removes the prompt's mark in front of what followed it, and what the person answered.
@@ -343,6 +345,19 @@ std::size_t WrapWidth(const std::vector<SourceLine>& lines) {
 }
 
 }  // namespace
+
+bool IsConsoleLine(std::string_view line) {
+    const std::string_view text = WithoutBlanks(line);
+    if (text.starts_with("starting in ") || text.starts_with("[ScreenCaptureDxgi] ") ||
+        text.starts_with("[Vistrel 3D] ")) {
+        return true;
+    }
+    if (text.starts_with("Waiting") && text.find_first_not_of('.', 7) == std::string_view::npos) {
+        return true;
+    }
+    return std::any_of(kConsoleLines.begin(), kConsoleLines.end(),
+                       [text](std::string_view known) { return text == WithoutBlanks(known); });
+}
 
 std::string DecodedText(std::string bytes, TextEncoding& encoding) {
     constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";

@@ -31,6 +31,9 @@ using JoinedTexts = std::deque<std::string>;
 /// Returns how many nonblank lines did not.
 std::size_t RemoveQuotePrefix(std::vector<SourceLine>& lines, std::string_view prefix);
 
+/// Whether the console shows this line beside the report.
+bool IsConsoleLine(std::string_view line);
+
 /// Whether any of `lines` can only come from a copy of the console.
 bool IsConsoleCopy(const std::vector<SourceLine>& lines);
 

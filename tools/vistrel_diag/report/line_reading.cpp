@@ -203,3 +203,11 @@ bool BeginsLine(std::string_view line, std::string_view expected) {
 bool IsBlankLine(std::string_view line) {
     return BlanksAt(line) == line.size();
 }
+
+bool ReadFixedLine(const SourceLine& line, std::string_view expected, std::uint32_t& where) {
+    if (where != 0 || !IsLine(line.text, expected)) {
+        return false;
+    }
+    where = line.number;
+    return true;
+}

@@ -94,3 +94,30 @@ bool BeginsLine(std::string_view line, std::string_view expected);
 
 /// Whether `line` is empty or blank.
 bool IsBlankLine(std::string_view line);
+
+/// Hands each line with text to `read`, which says whether it understood it; adds the others to `unread`.
+/// Returns whether any was understood.
+template <typename Read>
+bool ReadEachLine(SourceLines lines, UnreadLines& unread, Read read) {
+    bool any = false;
+    for (const SourceLine& line : lines) {
+        if (IsBlankLine(line.text)) {
+            continue;
+        }
+        if (read(line)) {
+            any = true;
+        } else {
+            unread.push_back(line);
+        }
+    }
+    return any;
+}
+
+/// Notes the number of `line` in `where` when it is `expected` alone and none was noted before.
+bool ReadFixedLine(const SourceLine& line, std::string_view expected, std::uint32_t& where);
+
+/// A text of the report and where it stands.
+struct ReadText {
+    std::string text;
+    std::uint32_t line = 0;
+};

@@ -1,0 +1,34 @@
+// The way back from the lines of HEADSET / OPENXR.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/luid.h"
+#include "tools/vistrel_diag/report/line_reading.h"
+
+/// The GPU that the runtime requires.
+struct RequiredGpuReading {
+    AdapterLuid luid;
+    std::int32_t gpu = -1;  ///< as the report numbers them; -1 when it lists none with that LUID
+    std::string name;       ///< "NOT FOUND" when there is none
+    std::uint32_t line = 0;
+};
+
+/// The print loses the lists of GPUs and displays, of which it names one each.
+struct HeadsetReading {
+    std::optional<ReadText> runtime;  ///< name and version
+    std::optional<ReadText> message;  ///< why the query stopped early
+    std::optional<std::uint32_t> eye_width;
+    std::optional<std::uint32_t> eye_height;
+    std::uint32_t eye_line = 0;
+    std::optional<RequiredGpuReading> required_gpu;
+    std::optional<std::int32_t> display_gpu;  ///< drives the primary display, when the note says that it is
+                                              ///< another one than required
+    std::vector<std::uint32_t> cross_gpu_lines;  ///< of "!! NOTE: the headset requires GPU ...", one a note
+};
+
+/// Empty when no line was understood. Lines that were not are added to `unread`.
+std::optional<HeadsetReading> ReadHeadsetSection(SourceLines lines, UnreadLines& unread);

@@ -1,0 +1,23 @@
+// The way back from the lines of INJECTED INTO VISTREL'S OWN FOLDER to the record.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include "tools/vistrel_diag/report/line_reading.h"
+#include "tools/vistrel_diag/sections/injection/injection_section.h"
+
+/// The print loses nothing.
+struct InjectionReading {
+    std::optional<InjectedFiles> found;  ///< empty when the folder was not known
+    std::vector<std::uint32_t> proxy_dll_lines;
+    std::vector<std::uint32_t> reshade_file_lines;
+    std::uint32_t cannot_tell_line = 0;
+    std::uint32_t nothing_found_line = 0;
+    std::uint32_t warning_line = 0;  ///< the first of ">>> Something is injecting itself into Vistrel. ..."
+};
+
+/// Empty when no line was understood. Lines that were not are added to `unread`.
+/// Names that the section does not ask for are not understood.
+std::optional<InjectionReading> ReadInjectionSection(SourceLines lines, UnreadLines& unread);
