@@ -15,7 +15,7 @@ import lab
 
 ROWS, COLUMNS = 500, 1000  # Nothing scrolls and no line wraps.
 CONTROL_C = "\x03"
-SEQUENCE = re.compile(r"\x1b\[([?0-9;]*)([A-Za-z])|\x1b\][^\x07]*\x07|\x1b[()][A-Z0-9]|\x1b[=>78]")
+SEQUENCE = re.compile(r"\x1b\[([?0-9;]*)([A-Za-z])|\x1b\][^\x07\x1b]*(?:\x07|\x1b\\)|\x1b[()][A-Z0-9]|\x1b[=>78]")
 
 
 class Screen:

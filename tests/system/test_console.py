@@ -1,11 +1,14 @@
 """A person at a console that behaves as Windows' own do: what Wine's is too kind to show."""
 
+import re
+
 import pytest
 
 import console
 import lab
 import openxr
 import programs
+import terminal
 from test_guided_run import HANDS, PART_TWO, READY
 
 GUIDED = ("--no-models", "--capture-seconds", "0")  # Nothing is measured: the prompts are the subject.
@@ -151,16 +154,85 @@ def test_lines_end_in_carriage_return_and_line_feed(install):
     assert "\r\r\n" not in sitting.shown
 
 
+HINT = "(Press Enter to end the watch.)"
+HANDS_RUNTIME = "event 0 ready\nhand left 0 controller\nhand left 10 bare\nevent 300 exiting\n"
+WATCH_HANDS = [console.answers(READY), console.answers(PART_TWO), console.answers(HANDS)]
+WATCHING = "Watching the hands, 12 s left"
+SEQUENCE = re.compile("\x1b\\]9;4;([0-9]);([0-9]+)\x1b\\\\")
+
+
+def sequences(sitting):
+    """Those that the taskbar's progress was shown by. Every one was written while the console obeyed sequences, and
+    nothing else begins with an escape."""
+    found, mode = [], FOUND["output mode"]
+    for entry in sitting.entries:
+        if entry.what == "output mode":
+            mode = entry.number
+        if entry.what == "write" and "\x1b" in entry.text:
+            match = SEQUENCE.fullmatch(entry.text)
+            assert match, entry.text
+            assert mode & 0x4, "the console shows the sequence's characters"
+            found.append((int(match[1]), int(match[2])))
+    return found
+
+
+def on_screen(sitting):
+    screen = terminal.Screen()
+    screen.feed(sitting.shown)
+    return screen.text()
+
+
+def watch_hands(install, *then, runtime=HANDS_RUNTIME, **options):
+    headset = openxr.connect(install, runtime)
+    scenario = lab.patient("desktop-pc")
+    return sit(install, *WATCH_HANDS, *then, scenario=scenario, env=headset.env, **options)
+
+
+def test_what_is_measured_is_shown_until_the_next_line_comes(install):
+    sitting = watch_hands(install, ("sees", HINT), ("sees", WATCHING), ("types", "\r"), console.answers("Press Enter to close."))
+    assert f"Vistrel diagnostic - {WATCHING}" in sitting.of("title")
+    assert sitting.of("title")[0] == "Vistrel diagnostic"
+    assert f"  {WATCHING} ...\r" in sitting.of("write")
+    assert WATCHING not in on_screen(sitting)
+    assert "\n  hand L : CONTROLLER (held)\n" in on_screen(sitting)
+    assert (1, 0) in sequences(sitting)
+    assert sequences(sitting)[-1] == (0, 0)
+    assert WATCHING not in sitting.run.report_text
+    check_put_back(sitting)
+
+
+def test_a_console_that_knows_no_sequences_gets_none(install):
+    steps = [("sees", WATCHING), ("types", "\r"), console.answers("Press Enter to close.")]
+    sitting = watch_hands(install, *steps, settings={"without_virtual_terminal": ""})
+    assert sitting.run.exit_code == 0
+    assert sequences(sitting) == []
+    assert f"Vistrel diagnostic - {WATCHING}" in sitting.of("title")
+    check_put_back(sitting)
+
+
+@pytest.mark.parametrize("columns", [20, 1])
+def test_what_is_measured_does_not_wrap(install, columns):
+    steps = [("sees", "hand L : "), ("types", "\r"), console.answers("Press Enter to close.")]
+    sitting = watch_hands(install, *steps, settings={"columns": columns})
+    assert (f"  {WATCHING} ..."[: columns - 1] + "\r" in sitting.of("write")) == (columns > 1)
+    assert f"  {WATCHING} ...\r" not in sitting.of("write")
+
+
+def test_a_crash_takes_the_progress_off_the_taskbar(install):
+    sitting = watch_hands(install, runtime="event 0 ready\ncrash xrWaitFrame\n", dies=True)
+    assert "THIS RUN WAS CUT SHORT" in sitting.shown
+    assert sequences(sitting)[-2:] == [(1, 0), (0, 0)]
+    check_put_back(sitting)
+
+
 def test_the_watch_of_the_hands_ends_with_enter_and_with_no_other_key(install):
     """Without that it would last until the runtime ends the session."""
-    hint = "(Press Enter to end the watch.)"
-    headset = openxr.connect(install, "event 0 ready\nhand left 0 controller\nhand left 10 bare\nevent 300 exiting\n")
+    headset = openxr.connect(install, HANDS_RUNTIME)
     sitting = sit(
         install,
-        console.answers(READY),
-        console.answers(PART_TWO),
+        *WATCH_HANDS[:-1],
         [("sees", HANDS), "reads", ("types", "\rx\r")],  # The second Enter comes too early for the watch.
-        ("sees", hint),
+        ("sees", HINT),
         ("types", "x"),
         ("sees", "hand L : UNOBSTRUCTED"),
         ("types", "x\r"),
@@ -173,6 +245,6 @@ def test_the_watch_of_the_hands_ends_with_enter_and_with_no_other_key(install):
     assert 10 < int(frames.split(": ")[1]) < 300
     assert headset.calls()[-2:] == ["xrDestroyInstance", "unloaded"]
     report = sitting.run.report_text
-    assert hint not in report
+    assert HINT not in report
     assert "should flip.\n\n  hand L : CONTROLLER (held)\n" in report
     assert "  hand L: tracked=yes, saw UNOBSTRUCTED, saw CONTROLLER\n" in report

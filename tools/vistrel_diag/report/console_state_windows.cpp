@@ -73,7 +73,8 @@ class SequencesObeyed {
 /// `state`: 0 nothing, 1 a part, 3 busy. Allocates nothing.
 void WriteTaskbarSequence(int state, int percent) {
     std::array<wchar_t, 32> sequence = {};
-    const int units = std::swprintf(sequence.data(), sequence.size(), L"\x1b]9;4;%d;%d\x07", state, percent);
+    const int units =
+        std::swprintf(sequence.data(), sequence.size(), L"\x1b]9;4;%d;%d\x1b\\", state, percent);
     const SequencesObeyed obeyed;
     if (obeyed && units > 0) {
         DWORD written = 0;

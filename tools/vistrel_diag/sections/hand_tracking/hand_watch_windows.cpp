@@ -31,6 +31,7 @@ void HandWatch::Run(double seconds) {
             Sleep(kIdleMilliseconds);
         }
     }
+    Progress::Clear();
 }
 
 bool HandWatch::TimeIsUp() const {
