@@ -21,7 +21,7 @@
 #include <sstream>
 #include <string>
 
-#include "tests/lab/misfortune.h"
+#include "tests/lab/fatal_failure.h"
 #include "tests/lab/onnx/counting_runtime.h"
 
 namespace {
@@ -29,7 +29,7 @@ namespace {
 bool no_base = false;
 bool old_version = false;
 std::string ledger_file;
-std::string misfortune;
+std::string failure;
 std::string calls_file;
 int table_requests = 0;
 double nanoseconds_per_pixel = 0;
@@ -64,10 +64,10 @@ void Obey(const std::string& word) {
     } else if (name == "fail" || name == "throw") {
         runtime.failing_entry = value;
         runtime.throws = name == "throw";
-    } else if (lab::IsMisfortune(name)) {
-        misfortune = name;
+    } else if (lab::IsFatalFailure(name)) {
+        failure = name;
         runtime.failing_entry = value;
-        runtime.instead_of_failing = [] { lab::Suffer(misfortune); };
+        runtime.instead_of_failing = [] { lab::FailFatally(failure); };
     } else if (name == "call") {
         runtime.failing_call = std::atoi(value.c_str());
     } else if (name == "message") {
@@ -148,7 +148,7 @@ BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
     if (reason == DLL_PROCESS_ATTACH) {
         ReadOrders();
         if (TheCountingRuntime().failing_entry == "DllMain") {
-            lab::Suffer(misfortune);
+            lab::FailFatally(failure);
         }
     } else if (reason == DLL_PROCESS_DETACH) {
         WriteLedger();

@@ -1,4 +1,4 @@
-#include "tests/lab/misfortune.h"
+#include "tests/lab/fatal_failure.h"
 
 #include <windows.h>
 
@@ -30,17 +30,17 @@ DWORD WINAPI AccessNothing(void* /*unused*/) {
 
 }  // namespace
 
-void Suffer(std::string_view misfortune) {
-    if (misfortune == "crash") {
+void FailFatally(std::string_view failure) {
+    if (failure == "crash") {
         AccessNothing(nullptr);
-    } else if (misfortune == "crash_elsewhere") {
+    } else if (failure == "crash_elsewhere") {
         HANDLE const thread = CreateThread(nullptr, 0, AccessNothing, nullptr, 0, nullptr);
         WaitForSingleObject(thread, INFINITE);
-    } else if (misfortune == "overflow") {
+    } else if (failure == "overflow") {
         OverflowStack();
-    } else if (misfortune == "abort") {
+    } else if (failure == "abort") {
         std::abort();
-    } else if (misfortune == "hang") {
+    } else if (failure == "hang") {
         Sleep(INFINITE);
     }
 }
