@@ -29,7 +29,7 @@ const std::map<std::string_view, Failure>& Failures() {
         {"RegQueryValueExW", kErrorCode},
         // kernel32
         {"AddVectoredExceptionHandler", kNull},
-        {"CreateDirectoryA", kFalse},
+        {"CreateDirectoryW", kFalse},
         {"CreateEventW", kNull},
         {"CreateFileW", kInvalidHandle},
         {"CreateThread", kNull},
@@ -37,7 +37,6 @@ const std::map<std::string_view, Failure>& Failures() {
         {"FreeLibrary", kFalse},
         {"GetConsoleMode", kFalse},
         {"GetConsoleOutputCP", kZero},
-        {"GetFileAttributesA", kInvalidHandle},
         {"GetFileAttributesW", kInvalidHandle},
         {"GetModuleFileNameW", kFalse},
         {"GetModuleHandleExW", kFalse},
@@ -77,7 +76,7 @@ const std::map<std::string_view, Failure>& Failures() {
         {"PostThreadMessageW", kFalse},
         {"RegisterClassW", kNull},
         {"UnregisterClassW", kFalse},
-        {"SHGetFolderPathA", kResult},
+        {"SHGetFolderPathW", kResult},
         // the C runtime's files and threads
         {"_beginthreadex", kZero},
         {"_fstat64", kStream},
