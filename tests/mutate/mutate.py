@@ -27,6 +27,7 @@ import trial
 from changes import changes_of
 from trial import KILLED, NOT_BUILT, ROOT, SURVIVED, UNSEEN, WORK
 
+STAGES = ("native", "sanitized", "windows")
 EQUIVALENT = pathlib.Path(__file__).resolve().parent / "equivalent.txt"
 RESULTS = WORK / "results.jsonl"
 SURVIVORS = WORK / "survivors.txt"
@@ -224,7 +225,7 @@ def parse_options(arguments=None):
     parser.add_argument("--kind", help="only changes of this kind")
     parser.add_argument("--list", action="store_true", help="only name the changes")
     parser.add_argument("--minutes", type=float, help="stop after so long")
-    parser.add_argument("--stages", nargs="+", choices=("native", "windows"), default=["native", "windows"])
+    parser.add_argument("--stages", nargs="+", choices=STAGES, default=list(STAGES))
     parser.add_argument("--system", nargs="+", default=[], metavar="NAME", help="tests/system/test_NAME.py")
     return parser.parse_args(arguments)
 

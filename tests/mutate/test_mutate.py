@@ -68,13 +68,18 @@ def test_a_changed_program_is_built_and_run(project):
     assert (tree.source / "lib/sum.cpp").read_text(encoding="utf-8") == SOURCE
 
 
-def test_a_program_that_does_not_end_is_killed(project, monkeypatch):
+@pytest.mark.parametrize(
+    "endless, limits",
+    [("for (volatile int i = 0;; i = 1) {}", (1, 600)), ('return std::system("sleep 600");', (600, 0.5))],
+    ids=["works", "waits"],
+)
+def test_a_program_that_does_not_end_is_killed(project, monkeypatch, endless, limits):
     tree = trial.Tree(1)
     tree.copy_sources()
     tree.check_unchanged("lib/sum.cpp", ["native"])
-    monkeypatch.setattr(tree, "limits", dict.fromkeys(tree.limits, 0.5))
-    endless = SOURCE.replace("return a + b;", "for (volatile int i = 0;; i = 1) {}")
-    assert tree.try_out("lib/sum.cpp", endless, ["native"]) == (KILLED, "it does not come to an end")
+    monkeypatch.setattr(tree, "limits", dict.fromkeys(tree.limits, limits))
+    source = '#include <cstdlib>\n' + SOURCE.replace("return a + b;", endless)
+    assert tree.try_out("lib/sum.cpp", source, ["native"]) == (KILLED, trial.ENDLESS)
 
 
 def test_nothing_is_tried_while_the_tests_fail_anyway(project):

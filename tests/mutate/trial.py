@@ -1,9 +1,12 @@
 """A tree of its own in which one changed source at a time is built and tested."""
 
+import math
 import os
 import pathlib
 import re
+import resource
 import shutil
+import signal
 import subprocess
 import time
 
@@ -13,11 +16,15 @@ UNIT = pathlib.PurePosixPath("tests/unit")
 SUITE = re.compile(r"^\s*(?:TYPED_)?TEST(?:_F|_P)?\(\s*(\w+)\s*,", re.MULTILINE)
 FAILED = re.compile(r"^\[  FAILED  \] ([^\s,]+)|^FAILED (\S+)", re.MULTILINE)
 
-# What a test may take: the change may have made it endless. A test is not judged by it otherwise.
+# What a test may take: the change may have made it endless. Of processor time, which a busy machine does not change, and
+# by the clock, for what waits.
 LONGEST_TIMES = 20
-LEAST_LIMIT_SECONDS = 20
+LEAST_PROCESSOR_SECONDS = 3
+LEAST_LIMIT_SECONDS = 60
 LONGEST_BUILD_SECONDS = 1800
 
+ENDLESS = "it does not come to an end"
+TOO_MUCH_PROCESSOR = (-signal.SIGXCPU, -signal.SIGKILL)
 KILLED, SURVIVED, NOT_BUILT, UNSEEN = "killed", "survived", "not built", "seen by no test"
 
 
@@ -134,17 +141,24 @@ class Tree:
 
     def native(self, path, measure=False):
         """The tests of the source's own name, then all portable ones."""
+        return self._portable("native", path, measure)
+
+    def sanitized(self, path, measure=False):
+        """The same under the sanitizers, as ./test has them: what reads beside its memory may do no other harm."""
+        return self._portable("sanitized", path, measure)
+
+    def _portable(self, build, path, measure):
         if calls_windows(path):
             return
-        program = self.folder / "native" / "tests" / "unit" / "portable_tests"
+        tests = self.folder / build / "tests" / "unit"
         own = test_filter(tests_of(path, windows=False))
         if own:
-            yield lambda: self._build_and_run("native", ["portable_tests"], [program], own, measure)
-        yield lambda: self._build_and_run("native", ["portable_tests"], [program], "*", measure)
+            yield lambda: self._build_and_run(build, ["portable_tests"], [tests / "portable_tests"], own, measure)
+        yield lambda: self._build_and_run(build, ["portable_tests"], [tests / "portable_tests"], "*", measure)
         if "/verdict/" in path:
             reference = self.source / UNIT / "tools/vistrel_diag/sections/verdict/verdict_reference.py"
-            driver = self.folder / "native" / "tests" / "unit" / "verdict_driver"
-            yield lambda: self._build_and_run("native", ["verdict_driver"], ["/usr/bin/python3", reference, driver], None, measure)
+            command = ["/usr/bin/python3", reference, tests / "verdict_driver"]
+            yield lambda: self._build_and_run(build, ["verdict_driver"], command, None, measure)
 
     def windows(self, path, measure=False):
         """The Windows test programs that see the source."""
@@ -169,13 +183,15 @@ class Tree:
         if tests is not None:
             command = [*command, "--gtest_brief=1", "--gtest_fail_fast", f"--gtest_filter={tests}"]
         key = tuple(map(str, command))
-        limit = LONGEST_BUILD_SECONDS if measure else self.limits[key]
-        started = time.monotonic()
-        code, output = run_limited(command, self._working_folder(program), limit, self._environment(folder))
+        limits = (LONGEST_BUILD_SECONDS, LONGEST_BUILD_SECONDS) if measure else self.limits[key]
+        before = Times()
+        code, output = run_limited(command, self._working_folder(program), limits, self._environment(folder))
         if measure:
-            self.limits[key] = max(LEAST_LIMIT_SECONDS, LONGEST_TIMES * (time.monotonic() - started))
+            took = Times()
+            processor = max(LEAST_PROCESSOR_SECONDS, LONGEST_TIMES * (took.processor - before.processor))
+            self.limits[key] = processor, max(LEAST_LIMIT_SECONDS, LONGEST_TIMES * (took.clock - before.clock))
         if code is None:
-            return KILLED, "it does not come to an end"
+            return KILLED, ENDLESS
         return (SURVIVED, "") if code == 0 else (KILLED, failed_test(output))
 
     def _working_folder(self, program):
@@ -195,26 +211,41 @@ class Tree:
             else:
                 # A change then costs compiling one file and linking the library, not the tests.
                 options += ["-DVISTREL_PORTABLE_LIBRARY=SHARED", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"]
-            code, output = run_limited(["cmake", "-S", self.source, "-B", folder, *options], self.folder, LONGEST_BUILD_SECONDS)
+            if build == "sanitized":
+                options += ["-DCMAKE_BUILD_TYPE=Debug", "-DVISTREL_SANITIZE=address,undefined"]
+            code, output = run_limited(["cmake", "-S", self.source, "-B", folder, *options], self.folder, (LONGEST_BUILD_SECONDS, LONGEST_BUILD_SECONDS))
             if code != 0:
                 raise TheTestsFail(f"cmake: {output}")
             self.configured.add(build)
         command = ["ninja", "-C", folder, "-j", str(self.build_jobs), *targets]
-        code, output = run_limited(command, self.folder, LONGEST_BUILD_SECONDS)
+        code, output = run_limited(command, self.folder, (LONGEST_BUILD_SECONDS, LONGEST_BUILD_SECONDS))
         self.build_output = output
         return code == 0
 
 
-def run_limited(command, folder, limit, env=None):
-    """(exit code or None when it took too long, what it said). What it started ends with it."""
+class Times:
+    """Now: the clock, and the processor time of all that this process has started and that has ended."""
+
+    def __init__(self):
+        used = resource.getrusage(resource.RUSAGE_CHILDREN)
+        self.clock = time.monotonic()
+        self.processor = used.ru_utime + used.ru_stime
+
+
+def run_limited(command, folder, limits, env=None):
+    """(exit code or None when it took too long, what it said). What it started ends with it.
+
+    `limits`: seconds of processor time of each of its processes, and by the clock.
+    """
+    processor, clock = limits
     process = subprocess.Popen(
-        [str(part) for part in command], cwd=folder, env=env, stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
-        stderr=subprocess.STDOUT, text=True, errors="replace", start_new_session=True,
+        ["prlimit", f"--cpu={math.ceil(processor)}", *map(str, command)], cwd=folder, env=env, stdin=subprocess.DEVNULL,
+        stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, errors="replace", start_new_session=True,
     )  # fmt: skip
     try:
-        output, _ = process.communicate(timeout=limit)
-        return process.returncode, output
+        output, _ = process.communicate(timeout=clock)
+        return (None if process.returncode in TOO_MUCH_PROCESSOR else process.returncode), output
     except subprocess.TimeoutExpired:
-        os.killpg(process.pid, 9)
+        os.killpg(process.pid, signal.SIGKILL)
         process.communicate()
         return None, ""
