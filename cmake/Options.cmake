@@ -3,10 +3,13 @@ option(VISTREL_COVERAGE "Count executed lines and branches" OFF)
 set(VISTREL_SANITIZE "" CACHE STRING "Sanitizers for the native build, as -fsanitize= takes them")
 set(VISTREL_DEPS ${CMAKE_SOURCE_DIR}/.deps CACHE PATH "Where the set-up keeps what it fetched")
 
+# Debian and MSYS2 keep the headers of utfcpp in a folder of their own, where a cross-compiler does not look.
+find_path(VISTREL_UTF8CPP utf8.h PATHS /usr/include PATH_SUFFIXES utf8cpp NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+
 add_library(vistrel_options INTERFACE)
 target_include_directories(vistrel_options INTERFACE ${CMAKE_SOURCE_DIR})
 target_include_directories(
-  vistrel_options SYSTEM INTERFACE ${VISTREL_DEPS}/include /usr/include/utf8cpp)
+  vistrel_options SYSTEM INTERFACE ${VISTREL_DEPS}/include ${VISTREL_UTF8CPP})
 target_compile_options(
   vistrel_options INTERFACE -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wno-sign-conversion
                             -Wnon-virtual-dtor -Wold-style-cast -Wformat=2 -Wno-format-zero-length)
@@ -27,8 +30,8 @@ if(WIN32)
               NTDDI_VERSION=0x0A000006
               # printf by IEEE rules from mingw's own library; msvcrt's differs in rounding.
               __USE_MINGW_ANSI_STDIO=1
-              # The C interface of ONNX Runtime spells the calling convention with one underscore.
-              _stdcall=__stdcall)
+              # The C interface of ONNX Runtime spells the calling convention with one underscore; clang knows that.
+              $<$<CXX_COMPILER_ID:GNU>:_stdcall=__stdcall>)
   # The headers of Direct3D and DXGI declare functions whose conversion to FARPROC is how Windows does it.
   target_compile_options(vistrel_options INTERFACE -Wno-cast-function-type)
 endif()

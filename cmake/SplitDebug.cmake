@@ -1,6 +1,6 @@
 # split_debug(TARGET): the symbols go to TARGET.exe.debug beside the exe, which stays small and names that file.
 function(split_debug target)
-  find_program(VISTREL_OBJCOPY x86_64-w64-mingw32-objcopy REQUIRED)
+  find_program(VISTREL_OBJCOPY NAMES x86_64-w64-mingw32-objcopy objcopy REQUIRED)
   add_custom_command(
     TARGET ${target}
     POST_BUILD
