@@ -42,3 +42,12 @@ struct FileHandleTraits {
 };
 
 using UniqueFileHandle = UniqueHandle<FileHandleTraits>;
+
+/// Handles whose failure value is null: processes, jobs, events, pipes.
+struct KernelHandleTraits {
+    using Handle = HANDLE;
+    static Handle Invalid() { return nullptr; }
+    static void Close(Handle handle) { CloseHandle(handle); }
+};
+
+using KernelHandle = UniqueHandle<KernelHandleTraits>;

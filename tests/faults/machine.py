@@ -70,7 +70,7 @@ class Machine:
         """`fault`: (function, number, "once" or "on"); `runtime_fault`: (entry of ONNX Runtime's table, number)."""
         files = {name: self.folder / f"{name}.txt" for name in ("calls", "counts", "ledger", "runtime_calls", "openxr_log")}
         for file in (*files.values(), self.install.report):
-            file.unlink(missing_ok=True)
+            lab.forget_counts(file)
         orders = "pixel-takes=60 ledger={} calls={}".format(
             lab.windows_path(files["ledger"]), lab.windows_path(files["runtime_calls"])
         )

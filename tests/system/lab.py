@@ -196,14 +196,30 @@ def simulated(scenario, scratch):
     """The command's front and the environment that put a program on a simulated machine."""
     launcher = BUILD / "tests" / "lab" / "vistrel_lab.exe"
     counts_file = scratch / "counts.txt"
-    counts_file.unlink(missing_ok=True)
+    forget_counts(counts_file)
     front = [launcher, windows_path(scenario_file(scenario, scratch))]
     return front, {"VISTREL_LAB_STATISTICS": windows_path(counts_file)}, counts_file
 
 
+def files_of_processes(path):
+    """The program's own file, and those of the children that it started, in their order."""
+    children = path.parent.glob(path.name + ".[0-9]*")
+    return [path] + sorted(children, key=lambda child: int(child.suffix[1:]))
+
+
+def forget_counts(path):
+    for file in files_of_processes(path):
+        file.unlink(missing_ok=True)
+
+
 def read_counts(path, errors=b""):
+    """The machine's counts, those of the program and of its children added up."""
     assert path.exists(), "the program ended without the machine's counts: " + errors.decode("utf-8", "replace")
-    return {name: int(value) for name, value in (line.split() for line in path.read_text().splitlines())}
+    counts = {}
+    for file in files_of_processes(path):
+        for name, value in (line.split() for line in file.read_text().splitlines()):
+            counts[name] = counts.get(name, 0) + int(value)
+    return counts
 
 
 def run_tool(

@@ -14,6 +14,7 @@
 
 #include "platform/unique_handle.h"
 #include "tests/lab/launcher/command_line_text.h"
+#include "tests/lab/launcher/process_start.h"
 #include "tests/lab/machine/scenario.h"
 
 namespace {
@@ -26,13 +27,6 @@ int Complain(const std::string& what) {
     std::fprintf(stderr, "vistrel_lab: %s\n", what.c_str());
     return kCannotRun;
 }
-
-struct KernelHandleTraits {
-    using Handle = HANDLE;
-    static Handle Invalid() { return nullptr; }
-    static void Close(Handle handle) { CloseHandle(handle); }
-};
-using KernelHandle = UniqueHandle<KernelHandleTraits>;
 
 /// What is wrong with the scenario; empty when nothing is.
 std::string ScenarioProblem(const fs::path& path) {
@@ -63,55 +57,14 @@ KernelHandle KillingJob() {
     return job;
 }
 
-std::optional<PROCESS_INFORMATION> StartSuspendedOnce(std::wstring command_line) {
+std::optional<PROCESS_INFORMATION> StartSuspended(const std::wstring& command_line) {
     STARTUPINFOW startup = {};
     startup.cb = sizeof(startup);
     startup.dwFlags = STARTF_USESTDHANDLES;
     startup.hStdInput = GetStdHandle(STD_INPUT_HANDLE);
     startup.hStdOutput = GetStdHandle(STD_OUTPUT_HANDLE);
     startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
-    PROCESS_INFORMATION process = {};
-    if (CreateProcessW(nullptr, command_line.data(), nullptr, nullptr, TRUE, CREATE_SUSPENDED, nullptr,
-                       nullptr, &startup, &process) == FALSE) {
-        return {};
-    }
-    return process;
-}
-
-/// Now and then a new process of Wine's dies before it is one, most of all on a busy machine. No program was
-/// started then, and the next attempt starts it.
-std::optional<PROCESS_INFORMATION> StartSuspended(const std::wstring& command_line) {
-    constexpr int kAttempts = 5;
-    std::optional<PROCESS_INFORMATION> process = StartSuspendedOnce(command_line);
-    for (int i = 1; i < kAttempts && !process && GetLastError() == ERROR_INTERNAL_ERROR; ++i) {
-        Sleep(100);
-        process = StartSuspendedOnce(command_line);
-    }
-    return process;
-}
-
-/// Whether the library came into the process and set itself up there.
-bool LoadLibraryInto(HANDLE process, const fs::path& library) {
-    const std::wstring path = library.wstring();
-    const std::size_t bytes = (path.size() + 1) * sizeof(wchar_t);
-    void* const remote_path =
-        VirtualAllocEx(process, nullptr, bytes, MEM_COMMIT | MEM_RESERVE, PAGE_READWRITE);
-    if (remote_path == nullptr ||
-        WriteProcessMemory(process, remote_path, path.c_str(), bytes, nullptr) == FALSE) {
-        return false;
-    }
-    // kernel32 lies at the same address in every process.
-    const auto load = reinterpret_cast<LPTHREAD_START_ROUTINE>(
-        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "LoadLibraryW"));
-    const KernelHandle thread(CreateRemoteThread(process, nullptr, 0, load, remote_path, 0, nullptr));
-    if (!thread) {
-        return false;
-    }
-    WaitForSingleObject(thread.get(), INFINITE);
-    DWORD loaded = 0;
-    GetExitCodeThread(thread.get(), &loaded);
-    VirtualFreeEx(process, remote_path, 0, MEM_RELEASE);
-    return loaded != 0;
+    return lab::CreateSuspended(nullptr, command_line, 0, &startup);
 }
 
 /// Ctrl-C is the program's to answer; this one lives until that ends.
@@ -129,7 +82,7 @@ int Run(const fs::path& scenario, const std::wstring& command_line) {
     const KernelHandle thread(started->hThread);
     const KernelHandle job = KillingJob();
     AssignProcessToJobObject(job.get(), process.get());
-    if (!LoadLibraryInto(process.get(), MachineLibrary())) {
+    if (!lab::LoadLibraryInto(process.get(), MachineLibrary())) {
         TerminateProcess(process.get(), kCannotRun);
         return Complain("the machine cannot be loaded into the program");
     }

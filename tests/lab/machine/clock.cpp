@@ -1,6 +1,11 @@
 #include "tests/lab/machine/clock.h"
 
+#include <algorithm>
+#include <array>
 #include <atomic>
+#include <string>
+
+#include "tests/lab/misfortune.h"
 
 #include "tests/lab/machine/statistics.h"
 
@@ -13,6 +18,8 @@ constexpr std::int64_t kCostOfReading = 2;  // microseconds of scripted time
 
 bool scripted_clock = false;
 std::atomic<std::int64_t> scripted_time = kMicrosecondsPerSecond;
+
+HANDLE hang_event = nullptr;
 
 std::int64_t CounterFrequency() {
     LARGE_INTEGER frequency;
@@ -28,6 +35,14 @@ void StartClock(bool scripted) {
 
 bool ClockIsScripted() {
     return scripted_clock;
+}
+
+void MakeHangEvent() {
+    if (GetEnvironmentVariableW(kHangVariable, nullptr, 0) == 0) {
+        const std::wstring name = L"vistrel_lab_hang_" + std::to_wstring(GetCurrentProcessId());
+        SetEnvironmentVariableW(kHangVariable, name.c_str());
+        hang_event = CreateEventW(nullptr, FALSE, FALSE, name.c_str());
+    }
 }
 
 std::int64_t MachineTime() {
@@ -74,6 +89,22 @@ void WINAPI ScriptedSleep(DWORD milliseconds) {
     Counts().slept_milliseconds += static_cast<long>(milliseconds);
     scripted_time += static_cast<std::int64_t>(milliseconds) * kMicrosecondsPerMillisecond;
     SwitchToThread();
+}
+
+DWORD WINAPI ScriptedWaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL all,
+                                            DWORD milliseconds) {
+    std::array<HANDLE, MAXIMUM_WAIT_OBJECTS> awaited = {};
+    if (hang_event == nullptr || all != FALSE || milliseconds == INFINITE || count >= awaited.size()) {
+        return WaitForMultipleObjects(count, handles, all, milliseconds);
+    }
+    std::copy_n(handles, count, awaited.begin());
+    awaited[count] = hang_event;
+    const DWORD what = WaitForMultipleObjects(count + 1, awaited.data(), FALSE, milliseconds);
+    if (what != WAIT_OBJECT_0 + count) {
+        return what;
+    }
+    PassTime(static_cast<std::int64_t>(milliseconds) * kMicrosecondsPerMillisecond);
+    return WAIT_TIMEOUT;
 }
 
 }  // namespace lab

@@ -14,6 +14,10 @@ void StartClock(bool scripted);
 
 bool ClockIsScripted();
 
+/// Makes the event by which a process that hangs on purpose (tests/lab/misfortune.h) tells the one that waits
+/// for it, unless a parent on the same machine has made it. Its name goes to VISTREL_LAB_HANG.
+void MakeHangEvent();
+
 /// Microseconds since some fixed moment.
 std::int64_t MachineTime();
 
@@ -27,5 +31,8 @@ void PassTime(std::int64_t microseconds);
 BOOL WINAPI ScriptedQueryPerformanceCounter(LARGE_INTEGER* counter);
 ULONGLONG WINAPI ScriptedGetTickCount64();
 void WINAPI ScriptedSleep(DWORD milliseconds);
+/// A wait with a limit takes real time, but for one that would last to its limit because a process of the
+/// lab's hangs (AnnounceHang): that is over at once, and has taken its whole time in the script.
+DWORD WINAPI ScriptedWaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL all, DWORD milliseconds);
 
 }  // namespace lab

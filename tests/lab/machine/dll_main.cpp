@@ -13,7 +13,7 @@
 #include "tests/lab/machine/fault_points.h"
 #include "tests/lab/machine/import_patch.h"
 #include "tests/lab/machine/machine.h"
-#include "tests/lab/machine/statistics.h"
+#include "tests/lab/machine/process_functions.h"
 
 namespace {
 
@@ -26,7 +26,7 @@ std::wstring EnvironmentText(const wchar_t* name) {
 /// A console, where the environment names the script of one. False when the script cannot be read.
 bool SetUpConsoleIfThereIsOne() {
     const std::wstring path = EnvironmentText(L"VISTREL_LAB_CONSOLE");
-    if (path.empty()) {
+    if (path.empty() || lab::IsChild()) {  // The person sits in front of the program itself.
         return true;
     }
     std::ifstream file{std::filesystem::path(path)};
@@ -55,22 +55,10 @@ bool SetUp() {
     if (!SetUpConsoleIfThereIsOne()) {
         return false;
     }
+    lab::MakeHangEvent();
     lab::SetUpFaults();
     lab::PatchProgramImports();
     return true;
-}
-
-void WriteStatistics() {
-    const std::wstring path = EnvironmentText(L"VISTREL_LAB_STATISTICS");
-    if (path.empty()) {
-        return;
-    }
-    const std::string text = lab::StatisticsText();
-    HANDLE const file =
-        CreateFileW(path.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr);
-    DWORD written = 0;
-    WriteFile(file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
-    CloseHandle(file);
 }
 
 }  // namespace
@@ -86,8 +74,7 @@ BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID) {
     }
     if (reason == DLL_PROCESS_DETACH) {
         lab::TellConsoleOfEnd();
-        WriteStatistics();
-        lab::WriteCalls();
+        lab::WriteAccounts();
     }
     return TRUE;
 }

@@ -118,7 +118,12 @@ std::string EnvironmentText(const char* name) {
 void SetUpFaults() {
     Faults& faults = TheFaults();
     faults.calls_file = EnvironmentText("VISTREL_LAB_CALLS");
-    std::istringstream order(EnvironmentText("VISTREL_LAB_FAULT"));
+    const std::string process = EnvironmentText("VISTREL_LAB_PROCESS");
+    if (!faults.calls_file.empty() && !process.empty()) {
+        faults.calls_file += "." + process;
+    }
+    const bool concerned = process == EnvironmentText("VISTREL_LAB_FAULT_PROCESS");
+    std::istringstream order(concerned ? EnvironmentText("VISTREL_LAB_FAULT") : "");
     std::string extent;
     order >> faults.order.name >> faults.order.number >> extent;
     faults.order.and_all_that_follow = extent == "on";

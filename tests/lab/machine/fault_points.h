@@ -6,7 +6,8 @@
 // was made to fail by order.
 //
 // VISTREL_LAB_FAULT is "FUNCTION NUMBER", and this call fails without being carried out; with "on" behind it,
-// all that follow it too.
+// all that follow it too. It is meant for the program itself, or for the child of it whose number
+// VISTREL_LAB_FAULT_PROCESS gives (process_functions.h).
 #pragma once
 
 #include <cstddef>

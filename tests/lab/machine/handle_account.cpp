@@ -148,6 +148,10 @@ FARPROC AccountingFunction(std::string_view name) {
     return found != functions.end() ? found->second : nullptr;
 }
 
+void NoteOpened(void* handle) {
+    Opened(handle);
+}
+
 long OpenHandles() {
     const std::scoped_lock lock(TheAccount().mutex);
     return static_cast<long>(TheAccount().open.size());

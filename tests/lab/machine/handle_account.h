@@ -11,6 +11,9 @@ namespace lab {
 /// What the program calls in place of the function of this name, when that opens or closes; else null.
 FARPROC AccountingFunction(std::string_view name);
 
+/// The program has got this handle from a function of the machine's.
+void NoteOpened(void* handle);
+
 /// How much is open now.
 long OpenHandles();
 

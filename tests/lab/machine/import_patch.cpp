@@ -16,6 +16,7 @@
 #include "tests/lab/machine/fault_watch.h"
 #include "tests/lab/machine/handle_account.h"
 #include "tests/lab/machine/module_functions.h"
+#include "tests/lab/machine/process_functions.h"
 
 namespace lab {
 namespace {
@@ -38,9 +39,12 @@ FARPROC SimulatedFunction(std::string_view name) {
         {"GetCursorInfo", AsProc(&SimulatedGetCursorInfo)},
         {"GetModuleFileNameW", AsProc(&SimulatedGetModuleFileNameW)},
         {"GetProcAddress", AsProc(&PatchedGetProcAddress)},
+        {"CreateProcessW", AsProc(&SimulatedCreateProcessW)},
+        {"TerminateProcess", AsProc(&SimulatedTerminateProcess)},
         {"QueryPerformanceCounter", AsProc(&ScriptedQueryPerformanceCounter), true},
         {"GetTickCount64", AsProc(&ScriptedGetTickCount64), true},
         {"Sleep", AsProc(&ScriptedSleep), true},
+        {"WaitForMultipleObjects", AsProc(&ScriptedWaitForMultipleObjects), true},
     };
     for (const Replacement& replacement : replacements) {
         if (replacement.name == name && (!replacement.of_time || ClockIsScripted())) {

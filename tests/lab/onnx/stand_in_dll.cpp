@@ -5,8 +5,8 @@
 //     old                the table goes to version 17 only, as in the copy that Windows carries
 //     fail=ENTRY         the table's ENTRY (or AppendDirectMl) answers a status
 //     throw=ENTRY        it throws a C++ exception instead
-//     crash=ENTRY        it brings the program down; also crash_elsewhere=, overflow=, abort= and hang=.
-//                        At the ENTRY DllMain this happens while the DLL is loaded
+//     crash=ENTRY        it brings the program down; also any other of tests/lab/misfortune.h. At the ENTRY
+//                        DllMain this happens while the DLL is loaded
 //     call=N             at its Nth call, not the first
 //     message=WORD       with this message
 //     pixel-takes=NS     each pixel of the input takes a Run so many nanoseconds of the machine's clock
@@ -21,7 +21,7 @@
 #include <sstream>
 #include <string>
 
-#include "tests/lab/fatal_failure.h"
+#include "tests/lab/misfortune.h"
 #include "tests/lab/onnx/counting_runtime.h"
 
 namespace {
@@ -29,7 +29,7 @@ namespace {
 bool no_base = false;
 bool old_version = false;
 std::string ledger_file;
-std::string failure;
+std::string misfortune;
 std::string calls_file;
 int table_requests = 0;
 double nanoseconds_per_pixel = 0;
@@ -64,10 +64,10 @@ void Obey(const std::string& word) {
     } else if (name == "fail" || name == "throw") {
         runtime.failing_entry = value;
         runtime.throws = name == "throw";
-    } else if (lab::IsFatalFailure(name)) {
-        failure = name;
+    } else if (lab::IsMisfortune(name)) {
+        misfortune = name;
         runtime.failing_entry = value;
-        runtime.instead_of_failing = [] { lab::FailFatally(failure); };
+        runtime.instead_of_failing = [] { lab::Suffer(misfortune); };
     } else if (name == "call") {
         runtime.failing_call = std::atoi(value.c_str());
     } else if (name == "message") {
@@ -144,15 +144,20 @@ extern "C" int StandInTableRequests() {
     return table_requests;
 }
 
+// For a process that ends without telling its DLLs.
+extern "C" void LabProcessEnds() {
+    WriteLedger();
+    WriteCalls();
+}
+
 BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
     if (reason == DLL_PROCESS_ATTACH) {
         ReadOrders();
         if (TheCountingRuntime().failing_entry == "DllMain") {
-            lab::FailFatally(failure);
+            lab::Suffer(misfortune);
         }
     } else if (reason == DLL_PROCESS_DETACH) {
-        WriteLedger();
-        WriteCalls();
+        LabProcessEnds();
     }
     return TRUE;
 }

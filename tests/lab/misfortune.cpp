@@ -1,0 +1,107 @@
+#include "tests/lab/misfortune.h"
+
+#include <windows.h>
+
+#include <climits>
+#include <cstddef>
+#include <cstdlib>
+#include <map>
+
+namespace lab {
+namespace {
+
+/// Reaches for what is beyond the stack's end. Leaves as much of the stack to the handler as a program on
+/// Windows gets that had it guaranteed; Wine would leave next to nothing.
+void OverflowStack() {
+    constexpr std::size_t kLeft = std::size_t{24} * 1024;
+    ULONG_PTR low = 0;
+    ULONG_PTR high = 0;
+    GetCurrentThreadStackLimits(&low, &high);
+    const std::size_t used = high - reinterpret_cast<ULONG_PTR>(&low);
+    auto volatile* const most = static_cast<char*>(__builtin_alloca(high - low - used - kLeft));
+    most[0] = 1;
+    auto volatile* const too_much = static_cast<char*>(__builtin_alloca(2 * kLeft));
+    too_much[0] = 1;
+}
+
+DWORD WINAPI AccessNothing(void* /*unused*/) {
+    int volatile* volatile nothing = nullptr;
+    *nothing = 1;
+    return 0;
+}
+
+/// As ucrtbase.dll does it for every program of Microsoft's compiler: its own SIGABRT handler, then a
+/// fail-fast.
+void AbortInUniversalRuntime() {
+    HMODULE library = LoadLibraryW(L"ucrtbase.dll");
+    reinterpret_cast<void (*)()>(GetProcAddress(library, "abort"))();
+}
+
+void FailFast() {
+    constexpr unsigned kFatalAppExit = 7;
+    asm volatile("int $0x29" : : "c"(kFatalAppExit));
+}
+
+/// Windows ends the process without asking any handler. Wine never notices such a damage by itself.
+void CorruptHeap() {
+    constexpr UINT kHeapCorruption = 0xC0000374;
+    TerminateProcess(GetCurrentProcess(), kHeapCorruption);
+}
+
+void ThrowAsMicrosoft() {
+    constexpr DWORD kCppException = 0xE06D7363;
+    constexpr ULONG_PTR kMagic = 0x19930520;
+    HMODULE own = nullptr;
+    GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
+                       reinterpret_cast<LPCWSTR>(&ThrowAsMicrosoft), &own);
+    const ULONG_PTR arguments[] = {kMagic, 0, 0, reinterpret_cast<ULONG_PTR>(own)};
+    RaiseException(kCppException, EXCEPTION_NONCONTINUABLE, 4, arguments);
+}
+
+void OverflowInteger() {
+    // Written in assembly: what no compiler may translate otherwise.
+    int quotient = INT_MIN;
+    int remainder = -1;
+    const int divisor = -1;
+    asm volatile("idivl %2" : "+a"(quotient), "+d"(remainder) : "r"(divisor) : "cc");
+}
+
+[[noreturn]] void Hang() {
+    wchar_t name[MAX_PATH] = {};
+    if (GetEnvironmentVariableW(kHangVariable, name, MAX_PATH) != 0) {
+        SetEvent(OpenEventW(EVENT_MODIFY_STATE, FALSE, name));
+    }
+    for (;;) {
+        Sleep(INFINITE);
+    }
+}
+
+using Misfortune = void (*)();
+
+const std::map<std::string_view, Misfortune>& Misfortunes() {
+    static const std::map<std::string_view, Misfortune> misfortunes = {
+        {"crash", [] { AccessNothing(nullptr); }},
+        {"crash_elsewhere",
+         [] { WaitForSingleObject(CreateThread(nullptr, 0, AccessNothing, nullptr, 0, nullptr), INFINITE); }},
+        {"overflow", OverflowStack},
+        {"abort", std::abort},
+        {"ucrt_abort", AbortInUniversalRuntime},
+        {"fail_fast", FailFast},
+        {"heap_corruption", CorruptHeap},
+        {"terminate", [] { TerminateProcess(GetCurrentProcess(), 42); }},
+        {"cpp_exception", ThrowAsMicrosoft},
+        {"overflow_of_integer", OverflowInteger},
+        {"hang", Hang},
+    };
+    return misfortunes;
+}
+
+}  // namespace
+
+void Suffer(std::string_view misfortune) {
+    if (const auto found = Misfortunes().find(misfortune); found != Misfortunes().end()) {
+        found->second();
+    }
+}
+
+}  // namespace lab

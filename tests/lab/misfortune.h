@@ -1,0 +1,29 @@
+// The ways in which a driver, a runtime or a model brings down the program that calls it.
+#pragma once
+
+#include <algorithm>
+#include <array>
+#include <string_view>
+
+namespace lab {
+
+/// "crash" is an access violation, "crash_elsewhere" the same on a thread of its own while the caller waits,
+/// "overflow" is one of the stack, "abort" the C runtime's of mingw, "ucrt_abort" that of Windows' own
+/// runtime, "fail_fast" and "heap_corruption" are ends past every handler, "terminate" is TerminateProcess
+/// with exit code 42, "cpp_exception" one of Microsoft's compiler, "overflow_of_integer" INT_MIN / -1.
+inline constexpr std::array<std::string_view, 11> kMisfortunes = {
+    "crash",     "crash_elsewhere", "overflow",  "abort",         "ucrt_abort",
+    "fail_fast", "heap_corruption", "terminate", "cpp_exception", "overflow_of_integer",
+    "hang"};
+
+/// Names the event that a process which hangs on purpose sets, where somebody wants to know.
+inline constexpr const wchar_t* kHangVariable = L"VISTREL_LAB_HANG";
+
+inline bool IsMisfortune(std::string_view name) {
+    return std::find(kMisfortunes.begin(), kMisfortunes.end(), name) != kMisfortunes.end();
+}
+
+/// Lets it happen here and now; does not return from any of kMisfortunes.
+void Suffer(std::string_view misfortune);
+
+}  // namespace lab
