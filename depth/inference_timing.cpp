@@ -91,8 +91,8 @@ void SettleInputSize(const std::vector<std::int64_t>& dimensions, ModelTiming& t
 
 /// The times of the recorded runs, in milliseconds.
 std::vector<double> RunSession(const OrtApi& api, OrtSession* session, const char* input_name,
-                               const char* output_name, const ModelTiming& timing, int runs,
-                               const TickClock& clock) {
+                               const char* output_name, const ModelTiming& timing,
+                               const InferenceRequest& request, const TickClock& clock) {
     const auto memory =
         MakeOrt(api, api.ReleaseMemoryInfo, api.CreateCpuMemoryInfo, OrtArenaAllocator, OrtMemTypeDefault);
     const std::array<std::int64_t, 4> shape = {1, kColourChannels, timing.height, timing.width};
@@ -102,6 +102,9 @@ std::vector<double> RunSession(const OrtApi& api, OrtSession* session, const cha
     OrtOwner<OrtValue> input(nullptr, api.ReleaseValue);
     InferenceSteps steps;
     steps.wrap_input = [&] {
+        if (request.before_each) {
+            request.before_each();
+        }
         input = MakeOrt(api, api.ReleaseValue, api.CreateTensorWithDataAsOrtValue, memory.get(),
                         static_cast<void*>(picture.data()), picture.size() * sizeof(float), shape.data(),
                         shape.size(), ONNX_TENSOR_ELEMENT_DATA_TYPE_FLOAT);
@@ -111,7 +114,7 @@ std::vector<double> RunSession(const OrtApi& api, OrtSession* session, const cha
         MakeOrt(api, api.ReleaseValue, api.Run, session, nullptr, &input_name, &given, 1U, &output_name, 1U);
     };
     steps.release_input = [&] { input.reset(); };
-    return TimeIterations(runs, clock, steps);
+    return TimeIterations(request.runs, clock, steps);
 }
 
 }  // namespace
@@ -131,7 +134,7 @@ void MeasureInference(const OnnxRuntime& runtime, const InferenceRequest& reques
     SettleInputSize(InputDimensions(api, session.get()), timing);
 
     const std::optional<TimingFigures> figures = FiguresOf(
-        RunSession(api, session.get(), input_name.get(), output_name.get(), timing, request.runs, clock));
+        RunSession(api, session.get(), input_name.get(), output_name.get(), timing, request, clock));
     if (!figures) {
         timing.error = "no timed runs completed";
         return;

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <string>
 
 #include "depth/inference_loop.h"
@@ -22,20 +23,26 @@ struct ModelTiming {
     std::string error;  ///< why it failed; empty when ok
 };
 
+/// What there is to say of a model before it is timed; the parameters are those of TimeDepthModel.
+ModelTiming UntimedModel(const std::string& tool_folder, const std::wstring& model_path,
+                         const std::string& display_name, std::int32_t width, std::int32_t height);
+
 /// Times `runs` inferences of the model in `tool_folder` (UTF-8; when empty, `model_path` is used as it
 /// stands) on the graphics adapter `gpu_index`, a negative one meaning the first. `width` and `height` are
-/// the input's size unless the model declares one. An empty `display_name` names the model "custom". Throws
-/// nothing: every failure is a text in the result.
+/// the input's size unless the model declares one. An empty `display_name` names the model "custom". Calls
+/// `before_each` before each inference, outside of what is timed. Throws nothing: every failure is a text in
+/// the result.
 ModelTiming TimeDepthModel(const std::string& tool_folder, const std::wstring& model_path,
                            const std::string& display_name, std::int32_t width, std::int32_t height, int runs,
-                           int gpu_index);
+                           int gpu_index, const std::function<void()>& before_each = {});
 
 /// How a model is to be run.
 struct InferenceRequest {
     std::filesystem::path model_file;
     bool half_precision = false;
     int runs = 0;
-    int device_id = 0;  ///< DirectML's, never negative
+    int device_id = 0;                       ///< DirectML's, never negative
+    std::function<void()> before_each = {};  ///< called before each inference; may be empty
 };
 
 /// The part of TimeDepthModel that talks to the runtime. Starts from `timing` as named and sized by the

@@ -18,3 +18,11 @@ std::string ExecutableFolder() {
     // Nothing can be opened by a path that lost half a character on the way.
     return WideFromUtf8(text) == wide ? FolderOfPath(text) : std::string();
 }
+
+std::wstring ExecutablePath() {
+    constexpr std::size_t kLongestPath = 32767;  // In UTF-16 units; Windows has no longer ones.
+    std::wstring path(kLongestPath + 1, L'\0');
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    path.resize(length < path.size() ? length : 0);
+    return path;
+}

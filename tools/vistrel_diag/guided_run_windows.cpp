@@ -19,7 +19,7 @@
 #include "tools/vistrel_diag/sections/displays/display_section.h"
 #include "tools/vistrel_diag/sections/gpu_overrides/gpu_override_section.h"
 #include "tools/vistrel_diag/sections/gpus/gpu_section.h"
-#include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_probe.h"
+#include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_section.h"
 #include "tools/vistrel_diag/sections/headset/headset_section.h"
 #include "tools/vistrel_diag/sections/injection/injection_section.h"
 #include "tools/vistrel_diag/sections/machine/machine_section.h"
@@ -43,12 +43,6 @@ void Begin(const RunOptions& options, const std::string& tool_folder) {
     if (!options.quick && IsVistrelRunning()) {
         WaitForVistrelToClose();
     }
-}
-
-/// Should the runtime bring the program down, this is the section that the run was in.
-HeadsetQuery AskHeadset() {
-    Report::EnterSection("HEADSET / OPENXR");
-    return QueryOpenXrHeadset();
 }
 
 /// The machine, the product's settings and the headset. Returns the adapter that the OpenXR runtime requires,

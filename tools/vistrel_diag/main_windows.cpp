@@ -1,3 +1,4 @@
+#include <array>
 #include <string>
 #include <vector>
 
@@ -7,6 +8,17 @@
 #include "tools/vistrel_diag/command_line.h"
 #include "tools/vistrel_diag/guided_run.h"
 #include "tools/vistrel_diag/report/console_state.h"
+#include "tools/vistrel_diag/sections/depth_model/depth_model_task.h"
+#include "tools/vistrel_diag/sections/headset/headset_query.h"
+#include "tools/vistrel_diag/worker/worker_task.h"
+
+namespace {
+
+/// What this program does as its own child.
+constexpr std::array kWorkerTasks = {WorkerTask{kHeadsetTask, CarryOutHeadsetTask},
+                                     WorkerTask{kDepthModelTask, CarryOutDepthModelTask}};
+
+}  // namespace
 
 /// Always ends with 0: what fails is in the report.
 int wmain(int argument_count, wchar_t** argument_values) {
@@ -15,6 +27,9 @@ int wmain(int argument_count, wchar_t** argument_values) {
     std::vector<std::string> arguments;
     for (int i = 1; i < argument_count; ++i) {
         arguments.push_back(Utf8FromWide(argument_values[i]));
+    }
+    if (IsWorkerCommandLine(arguments)) {
+        return RunAsWorker(arguments, kWorkerTasks);
     }
     const CommandLine command_line = ParseCommandLine(arguments);
     if (command_line.help) {

@@ -50,12 +50,14 @@ Structure OpenXrStructure(XrStructureType type) {
 }
 
 /// An instance of the application "vistrel_diag" for OpenXR 1.0.34; null when the loader or the runtime
-/// refuses. The caller destroys it.
+/// refuses. The caller destroys it. `result` (may be null) gets the answer.
 XrInstance CreateOpenXrInstance(PFN_xrCreateInstance create_instance,
-                                std::initializer_list<const char*> extensions);
+                                std::initializer_list<const char*> extensions, XrResult* result = nullptr);
 
-/// The head-mounted display; XR_NULL_SYSTEM_ID when the runtime has none right now.
-XrSystemId FindHeadMountedDisplay(PFN_xrGetSystem get_system, XrInstance instance);
+/// The head-mounted display; XR_NULL_SYSTEM_ID when the runtime has none right now. `result` (may be null)
+/// gets the answer.
+XrSystemId FindHeadMountedDisplay(PFN_xrGetSystem get_system, XrInstance instance,
+                                  XrResult* result = nullptr);
 
 /// Looks up a function of the instance; null when neither the loader nor the runtime has it.
 template <typename Function>

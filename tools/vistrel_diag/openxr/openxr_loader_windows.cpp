@@ -7,6 +7,14 @@ namespace {
 
 constexpr std::string_view kApplicationName = "vistrel_diag";
 
+/// Hands the answer on to whoever wants it.
+bool Succeeded(XrResult answer, XrResult* result) {
+    if (result != nullptr) {
+        *result = answer;
+    }
+    return XR_SUCCEEDED(answer);
+}
+
 }  // namespace
 
 OpenXrLoader::OpenXrLoader() {
@@ -22,7 +30,7 @@ void OpenXrLoader::StayLoaded() {
 }
 
 XrInstance CreateOpenXrInstance(PFN_xrCreateInstance create_instance,
-                                std::initializer_list<const char*> extensions) {
+                                std::initializer_list<const char*> extensions, XrResult* result) {
     auto info = OpenXrStructure<XrInstanceCreateInfo>(XR_TYPE_INSTANCE_CREATE_INFO);
     const std::size_t length =
         std::min(kApplicationName.size(), sizeof(info.applicationInfo.applicationName) - 1);
@@ -32,18 +40,12 @@ XrInstance CreateOpenXrInstance(PFN_xrCreateInstance create_instance,
     info.enabledExtensionNames = extensions.begin();
 
     XrInstance instance = XR_NULL_HANDLE;
-    if (XR_FAILED(create_instance(&info, &instance))) {
-        return XR_NULL_HANDLE;
-    }
-    return instance;
+    return Succeeded(create_instance(&info, &instance), result) ? instance : XR_NULL_HANDLE;
 }
 
-XrSystemId FindHeadMountedDisplay(PFN_xrGetSystem get_system, XrInstance instance) {
+XrSystemId FindHeadMountedDisplay(PFN_xrGetSystem get_system, XrInstance instance, XrResult* result) {
     auto info = OpenXrStructure<XrSystemGetInfo>(XR_TYPE_SYSTEM_GET_INFO);
     info.formFactor = XR_FORM_FACTOR_HEAD_MOUNTED_DISPLAY;
     XrSystemId system = XR_NULL_SYSTEM_ID;
-    if (XR_FAILED(get_system(instance, &info, &system))) {
-        return XR_NULL_SYSTEM_ID;
-    }
-    return system;
+    return Succeeded(get_system(instance, &info, &system), result) ? system : XR_NULL_SYSTEM_ID;
 }

@@ -39,6 +39,10 @@ void PrintOnnxRuntimeMissing() {
         "and run it again.");
 }
 
+void PrintOnnxRuntimeLoadingEnded(const WorkerEnd& end) {
+    Report::Line("!! Loading onnxruntime.dll %s.", WorkerEndText(end).c_str());
+}
+
 void PrintDepthModelIntroduction(std::int32_t depth_mode, int gpu_index) {
     if (depth_mode == DiagSettings::kReShadeDepthMode) {
         Report::Line(

@@ -8,6 +8,7 @@
 
 #include "depth/depth_model_presets.h"
 #include "depth/inference_timing.h"
+#include "tools/vistrel_diag/worker/worker_end.h"
 
 struct DiagSettings;
 
@@ -24,6 +25,9 @@ struct DepthModelTimers {
 /// The section's lines when onnxruntime.dll cannot be loaded.
 void PrintOnnxRuntimeMissing();
 
+/// The section's line when the process that was to load onnxruntime.dll ended over it.
+void PrintOnnxRuntimeLoadingEnded(const WorkerEnd& end);
+
 /// The section's lines up to the models: where depth comes from on this setup, and the GPU measured on, by
 /// its position in GpuList.
 void PrintDepthModelIntroduction(std::int32_t depth_mode, int gpu_index);
@@ -36,6 +40,7 @@ ModelTiming PrintConfiguredModel(const DiagSettings& settings, const DepthModelT
 /// which is not ok when that is no preset.
 ModelTiming PrintAllModels(std::int32_t configured_quality, const DepthModelTimers& timers);
 
-/// The whole section. `tool_folder` (UTF-8) is the executable's, `gpu_index` the adapter the product renders
+/// The whole section; the models are timed in a process of their own, or in this one when there can be none.
+/// `tool_folder` (UTF-8) is the executable's, `gpu_index` the adapter the product renders
 /// on or negative. Returns the timing of the configured model, which is not ok when it could not be timed.
 ModelTiming ReportDepthModelSection(std::string_view tool_folder, bool all_presets, int gpu_index);

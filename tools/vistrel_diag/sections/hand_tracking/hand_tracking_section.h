@@ -1,9 +1,12 @@
-// Hand tracking: what the report says about it, and what is remembered of each hand while it is watched.
+// Whether the OpenXR runtime can tell a bare hand from a hand that holds a controller: what the report says
+// about it, and what is remembered of each hand while it is watched.
 #pragma once
 
 #include <array>
 #include <cstdint>
 #include <optional>
+
+struct ID3D11Device;
 
 /// Which of the extensions that matter the runtime has.
 struct HandTrackingExtensions {
@@ -60,3 +63,8 @@ void PrintHandTrackingExtensions(const HandTrackingExtensions& extensions);
 void PrintHandProbeStop(HandProbeStop stop);
 void PrintWatchInstructions(double seconds);
 void PrintHandSummary(const HandPair& hands, bool data_source_extension);
+
+/// The whole section. Opens an OpenXR session on `device` (may be null) and watches both hands for `seconds`
+/// while the user holds the controllers and then puts them down; blocks for that time, or less when the
+/// runtime ends the session. Leaves no OpenXR object and no reference to the loader behind.
+void ProbeHandTracking(ID3D11Device* device, double seconds);

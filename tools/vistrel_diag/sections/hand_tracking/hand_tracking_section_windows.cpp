@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_probe.h"
+#include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_section.h"
 
 #include <optional>
 #include <vector>
@@ -7,7 +7,6 @@
 #include "tools/vistrel_diag/openxr/openxr_reading.h"
 #include "tools/vistrel_diag/report/console.h"
 #include "tools/vistrel_diag/report/report.h"
-#include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_section.h"
 #include "tools/vistrel_diag/sections/hand_tracking/hand_watch.h"
 
 namespace {

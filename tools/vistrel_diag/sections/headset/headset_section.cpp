@@ -9,6 +9,21 @@
 
 namespace {
 
+const char* StopText(HeadsetStop stop) {
+    switch (stop) {
+        case HeadsetStop::NoLoader:
+            return "openxr_loader.dll not found next to this exe - OpenXR skipped.";
+        case HeadsetStop::NoEntryPoints:
+            return "openxr_loader.dll is missing its entry points - OpenXR skipped.";
+        case HeadsetStop::NoInstance:
+            return "No OpenXR runtime accepted an instance (SteamVR not running?) - OpenXR skipped.";
+        case HeadsetStop::NoHeadset:
+            break;
+    }
+    return "A runtime is installed but reports no headset right now. Eye resolution and required GPU "
+           "unavailable.";
+}
+
 struct RequiredGpu {
     std::int32_t number = -1;  ///< in DXGI's enumeration; -1 when no listed GPU is the required one
     std::string name = "NOT FOUND";
@@ -46,11 +61,14 @@ void PrintCrossGpuNote(const RequiredGpu& required, std::int32_t display_gpu) {
 
 void PrintHeadsetSection(const HeadsetQuery& query, const std::vector<GpuInfo>& gpus,
                          const std::vector<DisplayInfo>& displays) {
+    if (query.worker_end) {
+        Report::Line("!! The OpenXR query %s.", WorkerEndText(*query.worker_end).c_str());
+    }
     if (!query.runtime.empty()) {
         Report::Line("Runtime         : %s", query.runtime.c_str());
     }
-    if (!query.message.empty()) {
-        Report::Line("%s", query.message.c_str());
+    if (query.stop) {
+        Report::Line("%s", StopText(*query.stop));
     }
     if (query.eye_width != 0) {
         Report::Line("Eye resolution  : %dx%d per eye (runtime recommendation)",
@@ -71,6 +89,6 @@ void PrintHeadsetSection(const HeadsetQuery& query, const std::vector<GpuInfo>& 
 }
 
 void ReportHeadsetSection(const HeadsetQuery& query) {
-    Report::Section("HEADSET / OPENXR");
+    Report::Section(kHeadsetTitle);
     PrintHeadsetSection(query, GpuList(), DisplayList());
 }

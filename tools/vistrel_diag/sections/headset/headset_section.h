@@ -2,13 +2,20 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "platform/luid.h"
+#include "tools/vistrel_diag/worker/worker_end.h"
 
 struct DisplayInfo;
 struct GpuInfo;
+
+inline constexpr const char* kHeadsetTitle = "HEADSET / OPENXR";
+
+/// Why a query came to its end before everything was asked.
+enum class HeadsetStop { NoLoader, NoEntryPoints, NoInstance, NoHeadset };
 
 /// What the OpenXR runtime reported.
 struct HeadsetQuery {
@@ -17,15 +24,18 @@ struct HeadsetQuery {
     bool luid_known = false;                      ///< the runtime named the adapter it requires
     AdapterLuid adapter_luid;                     ///< that adapter
     std::uint32_t eye_width = 0, eye_height = 0;  ///< recommended pixels of one eye; 0 when unknown
-    std::string message;                          ///< UTF-8; why the query stopped early, if it did
+    std::optional<HeadsetStop> stop;
+    std::int32_t stop_result = 0;  ///< the XrResult that stopped it; 0 where none did
+    /// The process that asked ended before it was done; everything else is what it had found by then.
+    std::optional<WorkerEnd> worker_end;
 };
-
-/// Asks the OpenXR runtime through the loader beside the executable. Never fails: what went wrong is in the
-/// message, and what was learnt before that is kept. The loader stays loaded.
-HeadsetQuery QueryOpenXrHeadset();
 
 void PrintHeadsetSection(const HeadsetQuery& query, const std::vector<GpuInfo>& gpus,
                          const std::vector<DisplayInfo>& displays);
 
 /// Reports `query` against the lists of GPUs and displays that earlier sections filled.
 void ReportHeadsetSection(const HeadsetQuery& query);
+
+/// Asks the OpenXR runtime in a process of its own, or in this one when there can be none. Should asking in
+/// this one bring the program down, the run is in this section.
+HeadsetQuery AskHeadset();

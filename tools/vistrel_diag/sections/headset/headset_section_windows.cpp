@@ -1,11 +1,19 @@
-#include <algorithm>
+#include <chrono>
 #include <vector>
 
 #include "tools/vistrel_diag/openxr/openxr_loader.h"
 #include "tools/vistrel_diag/openxr/openxr_reading.h"
+#include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/headset/headset_query.h"
 #include "tools/vistrel_diag/sections/headset/headset_section.h"
+#include "tools/vistrel_diag/worker/worker.h"
 
 namespace {
+
+/// A runtime that has to start its own service first takes up to half of it; nothing else takes seconds.
+constexpr std::chrono::seconds kLongestSilence{60};
+
+using FoundMore = std::function<void(const HeadsetQuery&)>;
 
 struct QueryFunctions {
     PFN_xrGetInstanceProperties get_properties;
@@ -59,44 +67,77 @@ void ReadRequiredAdapter(const QueryFunctions& xr, XrInstance instance, XrSystem
     }
 }
 
-void ReadHeadset(const QueryFunctions& xr, XrInstance instance, HeadsetQuery& query) {
-    const XrSystemId system =
-        xr.get_system != nullptr ? FindHeadMountedDisplay(xr.get_system, instance) : XR_NULL_SYSTEM_ID;
+void ReadHeadset(const QueryFunctions& xr, XrInstance instance, const FoundMore& found, HeadsetQuery& query) {
+    XrResult result = XR_ERROR_FUNCTION_UNSUPPORTED;
+    const XrSystemId system = xr.get_system != nullptr
+                                  ? FindHeadMountedDisplay(xr.get_system, instance, &result)
+                                  : XR_NULL_SYSTEM_ID;
     if (system == XR_NULL_SYSTEM_ID) {
-        query.message =
-            "A runtime is installed but reports no headset right now. Eye resolution and required GPU "
-            "unavailable.";
+        query.stop = HeadsetStop::NoHeadset;
+        query.stop_result = result;
         return;
     }
     ReadEyeSize(xr, instance, system, query);
+    found(query);
     ReadRequiredAdapter(xr, instance, system, query);
     query.headset_found = true;
 }
 
-}  // namespace
-
-HeadsetQuery QueryOpenXrHeadset() {
-    HeadsetQuery query;
-    OpenXrLoader loader;
-    if (!loader) {
-        query.message = "openxr_loader.dll not found next to this exe - OpenXR skipped.";
-        return query;
-    }
-    loader.StayLoaded();
+/// Asks the loader's runtime. The record is told to `found` at its end too, for letting go of the instance
+/// may bring the process down.
+void QueryLoader(const OpenXrLoader& loader, const FoundMore& found, HeadsetQuery& query) {
     const auto create_instance = loader.EntryPoint<PFN_xrCreateInstance>("xrCreateInstance");
     const auto get_function = loader.EntryPoint<PFN_xrGetInstanceProcAddr>("xrGetInstanceProcAddr");
     if (create_instance == nullptr || get_function == nullptr) {
-        query.message = "openxr_loader.dll is missing its entry points - OpenXR skipped.";
-        return query;
+        query.stop = HeadsetStop::NoEntryPoints;
+        return;
     }
-    const XrInstance instance = CreateOpenXrInstance(create_instance, {XR_KHR_D3D11_ENABLE_EXTENSION_NAME});
+    XrResult result = XR_SUCCESS;
+    const XrInstance instance =
+        CreateOpenXrInstance(create_instance, {XR_KHR_D3D11_ENABLE_EXTENSION_NAME}, &result);
     if (instance == XR_NULL_HANDLE) {
-        query.message = "No OpenXR runtime accepted an instance (SteamVR not running?) - OpenXR skipped.";
-        return query;
+        query.stop = HeadsetStop::NoInstance;
+        query.stop_result = result;
+        return;
     }
     const QueryFunctions xr = FindQueryFunctions(get_function, instance);
     const OpenXrOwned<XrInstance> owner(instance, xr.destroy_instance);
     ReadRuntime(xr, instance, query);
-    ReadHeadset(xr, instance, query);
+    found(query);
+    ReadHeadset(xr, instance, found, query);
+    found(query);
+}
+
+}  // namespace
+
+HeadsetQuery QueryOpenXrHeadset(const FoundMore& found) {
+    const FoundMore tell = found ? found : [](const HeadsetQuery& /*query*/) {};
+    HeadsetQuery query;
+    OpenXrLoader loader;
+    if (loader) {
+        loader.StayLoaded();
+        QueryLoader(loader, tell, query);
+    } else {
+        query.stop = HeadsetStop::NoLoader;
+    }
+    tell(query);
+    return query;
+}
+
+void CarryOutHeadsetTask(const WorkerMessage& /*request*/, WorkerChannel& channel) {
+    QueryOpenXrHeadset([&channel](const HeadsetQuery& query) { channel.Tell(MessageOf(query)); });
+}
+
+HeadsetQuery AskHeadset() {
+    Report::EnterSection(kHeadsetTitle);
+    const std::unique_ptr<Worker> worker = Worker::Start(kHeadsetTask, {}, kLongestSilence);
+    if (!worker) {
+        return QueryOpenXrHeadset();
+    }
+    HeadsetQuery query;
+    while (const std::optional<WorkerMessage> message = worker->Next()) {
+        query = HeadsetQueryOf(*message);
+    }
+    query.worker_end = worker->End();
     return query;
 }

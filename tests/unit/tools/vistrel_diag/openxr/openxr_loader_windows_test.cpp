@@ -6,8 +6,8 @@
 #include <string>
 
 #include "tests/lab/openxr/openxr_lab.h"
-#include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_probe.h"
-#include "tools/vistrel_diag/sections/headset/headset_section.h"
+#include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_section.h"
+#include "tools/vistrel_diag/sections/headset/headset_query.h"
 
 namespace {
 

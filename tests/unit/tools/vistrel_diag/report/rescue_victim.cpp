@@ -10,18 +10,18 @@
 #include <stdexcept>
 #include <string>
 
-#include "tests/lab/fatal_failure.h"
+#include "tests/lab/misfortune.h"
 #include "tools/vistrel_diag/report/report.h"
 #include "tools/vistrel_diag/report/rescue.h"
 
 namespace {
 
 void AccessNothing() {
-    lab::FailFatally("crash");
+    lab::Suffer("crash");
 }
 
 void OverflowStack() {
-    lab::FailFatally("overflow");
+    lab::Suffer("overflow");
 }
 
 using Action = void (*)();
@@ -165,9 +165,9 @@ int main(int argument_count, char** arguments) {
         {"ordinary", [] {}},
         {"access-violation", AccessNothing},
         {"stack-overflow", OverflowStack},
-        {"abort", [] { lab::FailFatally("abort"); }},
+        {"abort", [] { lab::Suffer("abort"); }},
         {"uncaught-exception", [] { throw std::runtime_error("nobody catches this"); }},
-        {"other-thread", [] { lab::FailFatally("crash_elsewhere"); }},
+        {"other-thread", [] { lab::Suffer("crash_elsewhere"); }},
         {"stack-overflow-on-other-thread", [] { WaitForSingleObject(StartThread(OverflowStack), INFINITE); }},
         {"amid-lines", CrashAmidLines},
         {"crash-upon-crash", [] { OneUponTheOther(AccessNothing, AccessNothing); }},

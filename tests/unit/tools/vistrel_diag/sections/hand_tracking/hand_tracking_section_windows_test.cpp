@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_probe.h"
+#include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_section.h"
 
 #include <d3d11.h>
 #include <gmock/gmock.h>

@@ -44,21 +44,46 @@ TEST(HeadsetSection, NothingKnownPrintsNothing) {
     EXPECT_EQ(Printed({}), "");
 }
 
-TEST(HeadsetSection, MessageAlone) {
+HeadsetQuery Stopped(HeadsetStop stop) {
     HeadsetQuery query;
-    query.message = "100% %s";
-    EXPECT_EQ(Printed(query), "100% %s\n");
+    query.stop = stop;
+    return query;
+}
+
+TEST(HeadsetSection, WhyTheQueryStopped) {
+    EXPECT_EQ(Printed(Stopped(HeadsetStop::NoLoader)),
+              "openxr_loader.dll not found next to this exe - OpenXR skipped.\n");
+    EXPECT_EQ(Printed(Stopped(HeadsetStop::NoEntryPoints)),
+              "openxr_loader.dll is missing its entry points - OpenXR skipped.\n");
+    EXPECT_EQ(Printed(Stopped(HeadsetStop::NoInstance)),
+              "No OpenXR runtime accepted an instance (SteamVR not running?) - OpenXR skipped.\n");
+    EXPECT_EQ(Printed(Stopped(HeadsetStop::NoHeadset)),
+              "A runtime is installed but reports no headset right now. Eye resolution and required GPU "
+              "unavailable.\n");
+}
+
+TEST(HeadsetSection, HowTheQuerysProcessEndedComesBeforeWhatItHadFound) {
+    HeadsetQuery query;
+    query.runtime = "Runtime %s 1.2.3";
+    query.eye_width = 2016;
+    query.eye_height = 2240;
+    query.worker_end = WorkerEnd{WorkerEnd::Kind::Crashed, 0xC0000005, "vrclient_x64.dll", 0};
+    EXPECT_EQ(Printed(query),
+              "!! The OpenXR query crashed in vrclient_x64.dll (access violation, 0xC0000005).\n"
+              "Runtime         : Runtime %s 1.2.3\n"
+              "Eye resolution  : 2016x2240 per eye (runtime recommendation)\n");
 }
 
 TEST(HeadsetSection, EverythingInItsOrder) {
     HeadsetQuery query = Requiring({0xA001, 0});
     query.runtime = "Runtime 1.2.3";
-    query.message = "A message.";
+    query.stop = HeadsetStop::NoHeadset;
     query.eye_width = 2016;
     query.eye_height = 2240;
     EXPECT_EQ(Printed(query, kTwoGpus, {Display(true, 0)}),
               "Runtime         : Runtime 1.2.3\n"
-              "A message.\n"
+              "A runtime is installed but reports no headset right now. Eye resolution and required GPU "
+              "unavailable.\n"
               "Eye resolution  : 2016x2240 per eye (runtime recommendation)\n"
               "Required GPU    : LUID 00000000:0000A001 -> GPU 0 (Discrete)\n");
 }

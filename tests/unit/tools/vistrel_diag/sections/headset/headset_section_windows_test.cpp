@@ -3,23 +3,20 @@
 
 #include <string>
 #include <tuple>
+#include <vector>
 
 #include "tests/lab/openxr/openxr_lab.h"
 #include "tests/unit/support/report_capture.h"
+#include "tools/vistrel_diag/openxr/openxr_loader.h"
 #include "tools/vistrel_diag/sections/displays/display_section.h"
 #include "tools/vistrel_diag/sections/gpus/gpu_section.h"
-#include "tools/vistrel_diag/sections/headset/headset_section.h"
+#include "tools/vistrel_diag/sections/headset/headset_query.h"
 
 namespace {
 
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
-
-constexpr const char* kNoInstance =
-    "No OpenXR runtime accepted an instance (SteamVR not running?) - OpenXR skipped.";
-constexpr const char* kNoHeadset =
-    "A runtime is installed but reports no headset right now. Eye resolution and required GPU unavailable.";
 
 constexpr const char* kHeadset = R"(
 runtime SteamVR/OpenXR
@@ -32,7 +29,7 @@ luid 00000001:0000BEEF
 TEST(HeadsetQuery, WithoutTheLoader) {
     const OpenXrLab lab(LabLoader::None);
     const HeadsetQuery query = QueryOpenXrHeadset();
-    EXPECT_EQ(query.message, "openxr_loader.dll not found next to this exe - OpenXR skipped.");
+    EXPECT_EQ(query.stop, HeadsetStop::NoLoader);
     EXPECT_EQ(query.runtime, "");
     EXPECT_FALSE(query.headset_found);
     EXPECT_FALSE(query.luid_known);
@@ -42,8 +39,7 @@ class LoaderWithoutEntryPoint : public testing::TestWithParam<LabLoader> {};
 
 TEST_P(LoaderWithoutEntryPoint, IsNotUsed) {
     const OpenXrLab lab(GetParam());
-    EXPECT_EQ(QueryOpenXrHeadset().message,
-              "openxr_loader.dll is missing its entry points - OpenXR skipped.");
+    EXPECT_EQ(QueryOpenXrHeadset().stop, HeadsetStop::NoEntryPoints);
     EXPECT_NE(GetModuleHandleW(L"openxr_loader.dll"), nullptr);  // It stays, used or not.
 }
 
@@ -81,7 +77,7 @@ TEST_P(HeadsetQueryBehind, ReadsEverything) {
     EXPECT_EQ(query.adapter_luid, (AdapterLuid{0xBEEF, 1}));
     EXPECT_EQ(query.eye_width, 2016U);
     EXPECT_EQ(query.eye_height, 2240U);
-    EXPECT_EQ(query.message, "");
+    EXPECT_EQ(query.stop, std::nullopt);
     EXPECT_THAT(lab_.Log(), StartsWith("loaded, XR_LOADER_DEBUG=none\n"));
     EXPECT_THAT(lab_.Log(), HasSubstr(R"(
 xrCreateInstance vistrel_diag 1.0.34 XR_KHR_D3D11_enable
@@ -94,6 +90,18 @@ xrDestroyInstance
 )"));
 }
 
+TEST_P(HeadsetQueryBehind, TellsEachAnswerAsItIsFound) {
+    lab_.SetScript(kHeadset);
+    std::vector<std::string> told;
+    QueryOpenXrHeadset([&told](const HeadsetQuery& query) {
+        told.push_back(query.runtime + (query.eye_width != 0 ? ", eyes" : "") +
+                       (query.luid_known ? ", adapter" : ""));
+    });
+    EXPECT_THAT(told, testing::ElementsAre("SteamVR/OpenXR 2.9.6", "SteamVR/OpenXR 2.9.6, eyes",
+                                           "SteamVR/OpenXR 2.9.6, eyes, adapter",
+                                           "SteamVR/OpenXR 2.9.6, eyes, adapter"));
+}
+
 TEST_P(HeadsetQueryBehind, LeavesTheLoaderInTheProcess) {
     Query(kHeadset);
     EXPECT_NE(GetModuleHandleW(L"openxr_loader.dll"), nullptr);
@@ -102,7 +110,8 @@ TEST_P(HeadsetQueryBehind, LeavesTheLoaderInTheProcess) {
 
 TEST_P(HeadsetQueryBehind, InstanceRefused) {
     const HeadsetQuery query = Query("result xrCreateInstance -2");
-    EXPECT_EQ(query.message, kNoInstance);
+    EXPECT_EQ(query.stop, HeadsetStop::NoInstance);
+    EXPECT_EQ(query.stop_result, XR_ERROR_RUNTIME_FAILURE);
     EXPECT_EQ(query.runtime, "");
     EXPECT_FALSE(query.headset_found);
 }
@@ -111,7 +120,7 @@ TEST_P(HeadsetQueryBehind, NoHeadset) {
     for (const char* statement : {"result xrGetSystem -35", "system 0", "missing xrGetSystem"}) {
         SCOPED_TRACE(statement);
         const HeadsetQuery query = Query(kHeadset + std::string(statement));
-        EXPECT_EQ(query.message, kNoHeadset);
+        EXPECT_EQ(query.stop, HeadsetStop::NoHeadset);
         EXPECT_EQ(query.runtime, "SteamVR/OpenXR 2.9.6");
         EXPECT_FALSE(query.headset_found);
         EXPECT_FALSE(query.luid_known);
@@ -128,7 +137,7 @@ TEST_P(HeadsetQueryBehind, RuntimeUnknown) {
         EXPECT_EQ(query.runtime, "");
         EXPECT_TRUE(query.headset_found);
         EXPECT_EQ(query.eye_width, 2016U);
-        EXPECT_EQ(query.message, "");
+        EXPECT_EQ(query.stop, std::nullopt);
     }
 }
 
@@ -142,7 +151,7 @@ TEST_P(HeadsetQueryBehind, EyeSizeUnknown) {
         EXPECT_EQ(query.eye_height, 0U);
         EXPECT_TRUE(query.luid_known);
         EXPECT_TRUE(query.headset_found);
-        EXPECT_EQ(query.message, "");
+        EXPECT_EQ(query.stop, std::nullopt);
     }
 }
 
@@ -161,7 +170,7 @@ TEST_P(HeadsetQueryBehind, AdapterUnknown) {
         EXPECT_FALSE(query.luid_known);
         EXPECT_TRUE(query.headset_found);
         EXPECT_EQ(query.eye_height, 2240U);
-        EXPECT_EQ(query.message, "");
+        EXPECT_EQ(query.stop, std::nullopt);
     }
 }
 
@@ -182,7 +191,7 @@ TEST_P(HeadsetQueryBehind, UnterminatedRuntimeName) {
 TEST(HeadsetQuery, InstanceThatIsNone) {
     const OpenXrLab lab(LabLoader::StandIn);
     lab.SetScript("null xrCreateInstance");
-    EXPECT_EQ(QueryOpenXrHeadset().message, kNoInstance);
+    EXPECT_EQ(QueryOpenXrHeadset().stop, HeadsetStop::NoInstance);
 }
 
 TEST(HeadsetQuery, WithoutDestroyInstance) {
@@ -194,7 +203,7 @@ TEST(HeadsetQuery, WithoutDestroyInstance) {
 
 TEST(HeadsetQuery, GenuineLoaderWithoutRuntime) {
     const OpenXrLab lab(LabLoader::Genuine, false);
-    EXPECT_EQ(QueryOpenXrHeadset().message, kNoInstance);
+    EXPECT_EQ(QueryOpenXrHeadset().stop, HeadsetStop::NoInstance);
 }
 
 /// A script of tests/lab/openxr/headsets with the report that belongs to it, on a hybrid laptop.

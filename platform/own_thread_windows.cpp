@@ -1,0 +1,28 @@
+#include <windows.h>
+
+#include "platform/own_thread.h"
+#include "platform/unique_handle.h"
+
+namespace {
+
+DWORD WINAPI CallWork(void* work) {
+    (*static_cast<const std::function<void()>*>(work))();
+    return 0;
+}
+
+}  // namespace
+
+void RunOnOwnThread(const std::function<void()>& work) {
+    const KernelHandle thread(
+        CreateThread(nullptr, 0, CallWork, const_cast<std::function<void()>*>(&work), 0, nullptr));
+    if (!thread) {
+        work();
+        return;
+    }
+    // The thread works on what lies on this one's stack: it must end first, even if a wait should fail.
+    DWORD exit_code = STILL_ACTIVE;
+    while (WaitForSingleObject(thread.get(), INFINITE) != WAIT_OBJECT_0 &&
+           GetExitCodeThread(thread.get(), &exit_code) != FALSE && exit_code == STILL_ACTIVE) {
+        Sleep(10);
+    }
+}

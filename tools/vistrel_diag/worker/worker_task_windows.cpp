@@ -1,0 +1,106 @@
+#include "tools/vistrel_diag/worker/worker_task.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdlib>
+#include <optional>
+
+#include "platform/end_process.h"
+#include "platform/own_thread.h"
+#include "tools/vistrel_diag/worker/worker.h"
+#include "tools/vistrel_diag/worker/worker_death.h"
+
+namespace {
+
+constexpr int kNotAWorker = 2;            // The exit code when nothing could be begun.
+constexpr ULONGLONG kSignEveryMs = 1000;  // Often enough for any limit, too seldom to disturb a measurement.
+
+/// Handles that the parent let this process inherit, in the order of the command line.
+struct Inherited {
+    HANDLE memory;
+    HANDLE pipe;
+    HANDLE spoke;
+};
+
+HANDLE HandleOf(const std::string& number) {
+    return reinterpret_cast<HANDLE>(static_cast<std::uintptr_t>(std::strtoull(number.c_str(), nullptr, 10)));
+}
+
+class PipeChannel : public WorkerChannel {
+  public:
+    PipeChannel(HANDLE pipe, HANDLE spoke) : pipe_(pipe), spoke_(spoke) {}
+
+    void Tell(const WorkerMessage& message) override {
+        const std::string line = message.ToLine();
+        DWORD written = 0;
+        WriteFile(pipe_, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+        SetEvent(spoke_);
+    }
+
+    void GiveSign() override {
+        if (const ULONGLONG now = GetTickCount64(); now - last_sign_ >= kSignEveryMs) {
+            last_sign_ = now;
+            Tell(WorkerMessage().SetTruth("sign", true));
+        }
+    }
+
+  private:
+    HANDLE pipe_;
+    HANDLE spoke_;
+    ULONGLONG last_sign_ = GetTickCount64();
+};
+
+/// Programs that a runtime starts inherit what can be inherited, and would keep it open after this process.
+void KeepToOneself(const Inherited& inherited) {
+    for (HANDLE handle : {inherited.memory, inherited.pipe, inherited.spoke}) {
+        SetHandleInformation(handle, HANDLE_FLAG_INHERIT, 0);
+    }
+}
+
+/// The memory shared with the parent; null when the handle is of no such memory.
+MappedBlock MapBlock(HANDLE memory) {
+    MappedBlock block(
+        static_cast<WorkerBlock*>(MapViewOfFile(memory, FILE_MAP_WRITE, 0, 0, sizeof(WorkerBlock))));
+    return block && block->magic == WorkerBlock::kMagic ? std::move(block) : nullptr;
+}
+
+/// Carries out the task on a thread of its own, and tells that it began and that it is done.
+void CarryOut(const WorkerTask& task, const WorkerMessage& request, WorkerBlock& block,
+              WorkerChannel& channel) {
+    RunOnOwnThread([&] {
+        NoteDeathIn(block);
+        channel.Tell(WorkerMessage().SetTruth("begun", true));
+        task.carry_out(request, channel);
+        channel.Tell(WorkerMessage().SetTruth("done", true));
+    });
+}
+
+}  // namespace
+
+bool IsWorkerCommandLine(std::span<const std::string> arguments) {
+    return !arguments.empty() && arguments.front() == kWorkerOption;
+}
+
+int RunAsWorker(std::span<const std::string> arguments, std::span<const WorkerTask> tasks) {
+    if (arguments.size() != 4) {
+        return kNotAWorker;
+    }
+    const Inherited inherited = {HandleOf(arguments[1]), HandleOf(arguments[2]), HandleOf(arguments[3])};
+    MappedBlock block = MapBlock(inherited.memory);
+    if (!block) {
+        return kNotAWorker;
+    }
+    KeepToOneself(inherited);
+    const std::optional<WorkerMessage> request = WorkerMessage::FromLine(block->request.data());
+    const auto task = std::find_if(tasks.begin(), tasks.end(), [&block](const WorkerTask& candidate) {
+        return candidate.name == block->task.data();
+    });
+    if (!request || task == tasks.end()) {
+        return kNotAWorker;
+    }
+    PipeChannel channel(inherited.pipe, inherited.spoke);
+    CarryOut(*task, *request, *block, channel);
+    StopNotingDeath();
+    block.reset();
+    EndProcess(0);
+}
