@@ -147,6 +147,7 @@ def test_an_import_that_nobody_thought_of_is_told(healthy):
 # Made, and never to be given back one by one.
 NO_HANDLE = {
     "CreateDirectoryA": "makes a folder",
+    "CreateDirectoryW": "makes a folder",
     "CreateEventA": "the compiler's runtime keeps it for its threads",
     "CreateSemaphoreA": "the compiler's runtime keeps it for its threads",
     "DuplicateHandle": "the compiler's runtime keeps it for its threads",
