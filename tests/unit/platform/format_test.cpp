@@ -2,9 +2,36 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdarg>
+#include <cstring>
 #include <limits>
+#include <string>
 
 namespace {
+
+std::string FormatBounded(std::size_t limit, const char* format, ...) {
+    std::va_list arguments;
+    va_start(arguments, format);
+    std::string text = FormatBoundedV(limit, format, arguments);
+    va_end(arguments);
+    return text;
+}
+
+TEST(FormatBounded, CutsOffWhatIsBeyondTheLimit) {
+    const std::string hundred(100, 'x');
+    for (const std::size_t limit :
+         {std::size_t{0}, std::size_t{1}, std::size_t{15}, std::size_t{16}, std::size_t{99}}) {
+        const std::string text = FormatBounded(limit, "%s", hundred.c_str());
+        EXPECT_EQ(text, hundred.substr(0, limit));
+        EXPECT_EQ(std::strlen(text.c_str()), limit) << "nothing is written behind its end";
+    }
+}
+
+TEST(FormatBounded, LeavesWhatFits) {
+    EXPECT_EQ(FormatBounded(3, "%s", "abc"), "abc");
+    EXPECT_EQ(FormatBounded(100, "%s %d", "abc", 7), "abc 7");
+    EXPECT_EQ(FormatBounded(100, "%s", ""), "");
+}
 
 TEST(FormatText, RoundsExactTiesToEven) {
     EXPECT_EQ(FormatText("%.0f %.0f %.0f %.0f", 0.5, 1.5, 2.5, 3.5), "0 2 2 4");

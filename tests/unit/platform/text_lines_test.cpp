@@ -93,6 +93,13 @@ TEST(TextLines, AReadErrorEndsTheText) {
     EXPECT_FALSE(TextLines(file).Next());
 }
 
+TEST(TextLines, ABufferThatIsTooSmallForTheOverlapIsMadeLargeEnough) {
+    const std::string line(1000, 'x');
+    for (const std::size_t bytes : {std::size_t{0}, std::size_t{1}, TextLines::kOverlap}) {
+        EXPECT_THAT(LinesOf(line + "\r\nnext", bytes), ElementsAre(line, "next"));
+    }
+}
+
 /// Every length around the buffer's edges, with both line ends and without.
 TEST(TextLines, LinesOfAnyLengthComeThroughWhole) {
     for (std::size_t length = 0; length <= 5 * kSmallBuffer; ++length) {

@@ -35,6 +35,28 @@ TEST(Utf8FromUtf16, PutsAReplacementInPlaceOfHalfACharacterAndKeepsTheRest) {
               "\xED\x9F\xBF" + kGap + "\xF4\x8F\xB0\x80" + kGap + "\xEE\x80\x80");
 }
 
+/// Any two of the units around the edges of both halves: a pair is a lead and a trail, in this order, and no
+/// other two are.
+TEST(Utf8FromUtf16, KnowsBothHalvesToTheirEdges) {
+    const std::u16string edges = u"\uD7FF\xD800\xDBFF\xDC00\xDFFF\uE000";
+    const auto is_lead = [](char16_t unit) { return unit == 0xD800 || unit == 0xDBFF; };
+    const auto is_trail = [](char16_t unit) { return unit == 0xDC00 || unit == 0xDFFF; };
+    for (const char16_t first : edges) {
+        for (const char16_t second : edges) {
+            const std::string text = Utf8FromUtf16(std::u16string{first, second});
+            const bool pair = is_lead(first) && is_trail(second);
+            const auto gaps = static_cast<std::size_t>((is_lead(first) || is_trail(first)) +
+                                                       (is_lead(second) || is_trail(second)));
+            std::size_t found = 0;
+            for (std::size_t at = text.find(kGap); at != std::string::npos; at = text.find(kGap, at + 1)) {
+                ++found;
+            }
+            EXPECT_EQ(found, pair ? 0 : gaps) << std::hex << first << ' ' << second;
+            EXPECT_EQ(text.size(), pair ? 4U : 6U) << std::hex << first << ' ' << second;
+        }
+    }
+}
+
 TEST(Utf16FromUtf8, GivesBackWhatWasConverted) {
     for (const char16_t* text : {u"", u"a\u0080\u07FF\u0800\uFFFF", u"\U00010000\U0010FFFF \U0001F600"}) {
         EXPECT_EQ(Utf16FromUtf8(Utf8FromUtf16(text)), text);
