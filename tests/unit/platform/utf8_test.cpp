@@ -51,8 +51,8 @@ TEST(Utf8FromUtf16, KnowsBothHalvesToTheirEdges) {
             for (std::size_t at = text.find(kGap); at != std::string::npos; at = text.find(kGap, at + 1)) {
                 ++found;
             }
-            EXPECT_EQ(found, pair ? 0 : gaps) << std::hex << first << ' ' << second;
-            EXPECT_EQ(text.size(), pair ? 4U : 6U) << std::hex << first << ' ' << second;
+            EXPECT_EQ(found, pair ? 0 : gaps) << int{first} << " " << int{second};
+            EXPECT_EQ(text.size(), pair ? 4U : 6U) << int{first} << " " << int{second};
         }
     }
 }
