@@ -7,6 +7,7 @@ import pytest
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent))
 
 import lab  # noqa: E402
+from skips import pytest_runtest_makereport  # noqa: E402, F401
 
 
 def pytest_sessionstart(session):
