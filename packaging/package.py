@@ -4,8 +4,8 @@
     packaging/package.py EXE OUTPUT_FOLDER
 
 Makes vistrel_diag-VERSION-windows-x64.zip (the exe, README.txt, LICENSES.txt, an SPDX bill of materials and
-SHA256SUMS) and vistrel_diag-VERSION-windows-x64-symbols.zip. The same tree and the same build packages give the same
-bytes, whatever folder it is done in and whenever.
+SHA256SUMS), vistrel_diag-VERSION-windows-x64-symbols.zip, and beside them SHA256SUMS with the sums of both archives.
+The same tree and the same build packages give the same bytes, whatever folder it is done in and whenever.
 """
 import hashlib
 import json
@@ -15,6 +15,7 @@ import re
 import subprocess
 import sys
 import time
+import urllib.parse
 import zipfile
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
@@ -60,6 +61,19 @@ def package_version(name):
     return run("dpkg-query", "--show", "--showformat=${Version}", name).strip()
 
 
+def purl(package):
+    """The package's URL as purl-spec has it: what is not unreserved in a URL is escaped, but for colons."""
+    return f"pkg:deb/debian/{urllib.parse.quote(package, safe=':')}@{urllib.parse.quote(package_version(package), safe=':')}"
+
+
+def refuse_stand_ins():
+    """An exe that was built with another version than pins.txt asks for is not the one that is released."""
+    stand_ins = ROOT / ".deps" / "stand-ins"
+    if stand_ins.exists():
+        sys.exit(f"package: built with {stand_ins.read_text(encoding='utf-8').strip()}, which scripts/setup took because "
+                 "the pinned version was not to be had; run scripts/setup again where it is")
+
+
 def copyright_text(name):
     deb = fetched_package(name)
     if not deb:
@@ -97,7 +111,7 @@ def bill_of_materials(name, exe_hash, created):
             "downloadLocation": "NOASSERTION", "licenseConcluded": licence, "licenseDeclared": licence,
             "copyrightText": "NOASSERTION", "filesAnalyzed": False,
             "externalRefs": [{"referenceCategory": "PACKAGE-MANAGER", "referenceType": "purl",
-                              "referenceLocator": f"pkg:deb/debian/{package}@{package_version(package)}"}],
+                              "referenceLocator": purl(package)}],
         })
         relations.append({"spdxElementId": "SPDXRef-vistrel-diag", "relationshipType": "STATIC_LINK",
                           "relatedSpdxElement": identifier})
@@ -122,6 +136,7 @@ def write_zip(path, files, stamp):
 
 def main():
     exe_path, output = pathlib.Path(sys.argv[1]), pathlib.Path(sys.argv[2])
+    refuse_stand_ins()
     output.mkdir(parents=True, exist_ok=True)
     created = commit_time()
     name = f"vistrel_diag-{version()}-windows-x64"
@@ -139,8 +154,10 @@ def main():
 
     symbols = exe_path.with_name(exe_path.name + ".debug")
     write_zip(output / f"{name}-symbols.zip", {symbols.name: symbols.read_bytes()}, created)
-    for made in sorted(output.glob(f"{name}*.zip")):
-        print(f"{hashlib.sha256(made.read_bytes()).hexdigest()}  {made.name}  ({made.stat().st_size} bytes)")
+    archives = [output / f"{name}-symbols.zip", output / f"{name}.zip"]
+    sums = "".join(f"{hashlib.sha256(made.read_bytes()).hexdigest()}  {made.name}\n" for made in archives)
+    (output / "SHA256SUMS").write_text(sums, encoding="ascii")
+    print(sums, end="")
 
 
 if __name__ == "__main__":
