@@ -7,8 +7,8 @@
 The lines are read from the tool's sources: the format of every Report::Line and title of every Report::Section, and each
 other text there that is written for a reader and can reach one of them through a %s. A test proves a line when the line,
 with its placeholders filled in, stands in a text that the test compares with: inside an assertion, in a constant, table
-or helper that an assertion uses, or in a golden file. A text in a comment, or one that only feeds the code under test,
-proves nothing.
+or helper that an assertion uses, or in a golden file. A text in a comment, one that only feeds the code under test, or one
+that is asserted not to be there proves nothing, and neither does a test that no build runs.
 """
 
 import argparse
@@ -21,8 +21,6 @@ from dataclasses import dataclass
 from cpp_texts import called, calls_around, enclosing, tokens_of
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
-COMPONENTS = (ROOT / "cmake" / "components.txt").read_text(encoding="utf-8").split()
-COMPONENTS.remove("tools/vistrel_report")  # It reads reports and prints none.
 SHOWN_TESTS = 3
 HOLE = "\0"  # What stands in a test's text for a part that is computed.
 
@@ -37,6 +35,7 @@ NOT_REPORTED_FILES = {
 
 # Guards against what the code around them rules out today, so that no test can get there.
 UNREACHABLE = {
+    "its process ended without an answer": "the child is this very program, which answers before it is done",
     "screen capture could not be started": "the capture always says why it could not be started",
     "onnxruntime.dll could not be loaded (error %lu)": "the section has looked for the library before",
 }
@@ -98,9 +97,14 @@ def reads_reports(path):
     return "vistrel_report" in path.parts or path.stem == "line_reading" or ("sections" in path.parts and path.stem.endswith("_reading"))
 
 
+def components():
+    names = (ROOT / "cmake" / "components.txt").read_text(encoding="utf-8").split()
+    return [name for name in names if name != "tools/vistrel_report"]  # It reads reports and prints none.
+
+
 def all_lines():
     lines = []
-    for component in COMPONENTS:
+    for component in components():
         for path in sorted([*(ROOT / component).rglob("*.h"), *(ROOT / component).rglob("*.cpp")]):
             if reads_reports(path):
                 continue
@@ -120,6 +124,58 @@ class Expectation:
 
 ASSERTION = re.compile(r"(?:EXPECT|ASSERT)_\w+|INSTANTIATE_TEST_SUITE_P|StrEq|HasSubstr|ElementsAre|Values|StartsWith|EndsWith")
 COMMON = {"std", "string", "const", "auto", "vector", "return", "for", "if", "constexpr", "char", "static", "inline", "struct"}
+
+
+# What turns the assertion around a text into one that the text is not there.
+NEGATIONS = re.compile(r"Not|Ne|StrNe|StrCaseNe|(?:EXPECT|ASSERT)_(?:FALSE|STRNE|STRCASENE)")
+NOTHING = {"0", "0U", "0u", "npos", "std::string::npos", "std::string_view::npos", "nullptr", "false", ""}
+DISABLED = "DISABLED_"  # A test of this name is run by no build.
+LEFT_OUT = re.compile(r"^[ \t]*#[ \t]*if 0\b.*?^[ \t]*#[ \t]*(?:else|endif)", re.MULTILINE | re.DOTALL)
+
+
+def compares_with_nothing(tokens, places, opening):
+    """Whether one of the arguments of the call that opens here is no more than a zero, an empty text or the like."""
+    depth = len(places[opening]) + 1
+    argument, arguments = "", []
+    for index in range(opening + 1, len(tokens)):
+        if len(places[index]) < depth:
+            break
+        if tokens[index].value == "," and tokens[index].kind == "sign" and len(places[index]) == depth:
+            arguments.append(argument)
+            argument = ""
+        elif tokens[index].kind == "text":
+            argument += f'"{tokens[index].value}"' if tokens[index].value else ""
+        elif index + 1 == len(tokens) or len(places[index + 1]) >= depth or tokens[index].value != ")":
+            argument += tokens[index].value
+    return any(one in NOTHING for one in [*arguments, argument])
+
+
+def start_of_call(tokens, opening):
+    """Where what is called by the parenthesis that opens here begins: at "report" in report.Text().contains("""
+    start, depth = opening, 0
+    while start > 0:
+        before = tokens[start - 1]
+        depth += {")": 1, "(": -1}.get(before.value if before.kind == "sign" else "", 0)
+        if depth < 0 or (depth == 0 and before.kind != "name" and before.value not in ("::", ".", "(")):
+            break
+        start -= 1
+    return start
+
+
+def is_negated(tokens, places, index, known):
+    """Whether what stands here is asserted not to be, or not to be so."""
+    for sign, opening in places[index]:
+        if sign != "(":
+            continue
+        call = known[opening].split("::")[-1]
+        if NEGATIONS.fullmatch(call):
+            return True
+        if re.fullmatch("(?:EXPECT|ASSERT)_(?:EQ|NE)", call):
+            if compares_with_nothing(tokens, places, opening) == call.endswith("EQ"):
+                return True
+        if tokens[start_of_call(tokens, opening) - 1].value == "!":
+            return True
+    return False
 
 
 def statement_start(tokens, index, places):
@@ -163,17 +219,18 @@ def block_names(tokens, places):
 
 
 def unit_expectations(path):
-    source = path.read_text(encoding="utf-8")
+    source = LEFT_OUT.sub("", path.read_text(encoding="utf-8"))
     tokens = tokens_of(source)
     places, known = enclosing(tokens), {}
     names = block_names(tokens, places)
     stem = path.stem.removesuffix("_test")
     asserted = set()
-    in_assertion = []
+    in_assertion, negated = [], []
     for index in range(len(tokens)):
         calls = calls_around(tokens, places[index], known)
         in_assertion.append(any(ASSERTION.fullmatch(call.split("::")[-1]) for call in calls))
-        if in_assertion[-1] and tokens[index].kind == "name":
+        negated.append(in_assertion[-1] and is_negated(tokens, places, index, known))
+        if in_assertion[-1] and not negated[-1] and tokens[index].kind == "name":
             asserted.add(tokens[index].value)
     for match in re.finditer(r"for \(([^;()]*?) : (\w+)\)", source):
         if asserted & set(re.findall(r"\w+", match[1])) - COMMON:
@@ -185,7 +242,9 @@ def unit_expectations(path):
             continue
         blocks = [names[o] for sign, o in places[index] if sign == "{" and o in names]
         calls = calls_around(tokens, places[index], known)
-        if any(call in ("Report::Line", "Report::Section") for call in calls):
+        if any(call in ("Report::Line", "Report::Section") for call in calls) or negated[index]:
+            continue
+        if any(DISABLED in name for name in blocks):
             continue
         if not in_assertion[index]:
             start = statement_start(tokens, index, places)
@@ -228,7 +287,39 @@ def python_text(node):
     return None
 
 
+def is_nothing(node):
+    if isinstance(node, ast.Constant):
+        return node.value in (0, False, None, "", b"")
+    if isinstance(node, ast.UnaryOp) and isinstance(node.op, ast.USub):
+        return isinstance(node.operand, ast.Constant) and node.operand.value == 1
+    return isinstance(node, (ast.List, ast.Tuple)) and not node.elts
+
+
+def proves_nothing(node):
+    """A condition that its texts are not there, or one of several."""
+    if isinstance(node, ast.UnaryOp):
+        return isinstance(node.op, ast.Not)
+    if isinstance(node, ast.BoolOp):
+        return isinstance(node.op, ast.Or)
+    if isinstance(node, ast.Compare):
+        against_nothing = any(is_nothing(side) for side in (node.left, *node.comparators))
+        negations = (ast.NotIn, ast.Eq, ast.Is) if against_nothing else (ast.NotIn, ast.NotEq, ast.IsNot)
+        return any(isinstance(op, negations) for op in node.ops)
+    return False
+
+
+def parts_that_prove(node):
+    """The node and what is below it, without conditions that prove nothing."""
+    if proves_nothing(node):
+        return
+    yield node
+    for child in ast.iter_child_nodes(node):
+        yield from parts_that_prove(child)
+
+
 def texts_in(node):
+    if proves_nothing(node):
+        return
     text = python_text(node)
     if text is not None:
         yield text
@@ -238,7 +329,11 @@ def texts_in(node):
 
 
 def names_in(node):
-    return {n.id for n in ast.walk(node) if isinstance(n, ast.Name)}
+    return {n.id for n in parts_that_prove(node) if isinstance(n, ast.Name)}
+
+
+def is_skipped(function):
+    return any(ast.unparse(decorator).startswith("pytest.mark.skip(") for decorator in function.decorator_list)
 
 
 def system_expectations(path):
@@ -268,6 +363,8 @@ def system_expectations(path):
         if function is None:
             nodes = [n for n in tree.body if isinstance(n, ast.Assign)]
         else:
+            if is_skipped(function):
+                continue
             nodes = list(ast.walk(function))
             if not function.name.startswith("test_") and function.name in asserted:
                 for node in nodes:
@@ -283,22 +380,39 @@ def system_expectations(path):
     return found
 
 
-def golden_expectations():
+def golden_expectations(tests):
+    """The golden files that one of the tests names."""
     found = []
+    named = {word for path in tests for word in re.findall(r"[\w.-]+", path.read_text(encoding="utf-8"))}
     for path in sorted((ROOT / "tests" / "system" / "golden").glob("*.txt")):
-        found.append(Expectation(f"golden/{path.name}", path.stem, path.read_text(encoding="utf-8")))
+        if {path.name, path.stem, path.name.split(".")[0]} & named:
+            found.append(Expectation(f"golden/{path.name}", path.stem, path.read_text(encoding="utf-8")))
     for path in sorted((ROOT / "tests" / "lab" / "openxr").glob("*/*.report")):
-        text = path.read_text(encoding="utf-8")
-        found.append(Expectation(f"openxr/{path.parent.name}/{path.name}", path.stem, text))
+        if path.stem in named:
+            text = path.read_text(encoding="utf-8")
+            found.append(Expectation(f"openxr/{path.parent.name}/{path.name}", path.stem, text))
     return found
+
+
+def unit_tests():
+    """As tests/unit/CMakeLists.txt finds them, but for those of what reads a report: their texts are not printed."""
+    paths = sorted((ROOT / "tests" / "unit").rglob("*_test.cpp"))
+    return [path for path in paths if not reads_reports(path.with_name(path.name.replace("_test.cpp", ".cpp")))]
+
+
+def system_tests():
+    """Those that tests/system/CMakeLists.txt registers."""
+    lists = (ROOT / "tests" / "system" / "CMakeLists.txt").read_text(encoding="utf-8")
+    names = re.findall(r"^[ \t]*vistrel_system_test\((\w+)", lists, re.MULTILINE)
+    return [ROOT / "tests" / "system" / f"test_{name}.py" for name in sorted(names)]
 
 
 def expectations():
     found = []
-    for path in sorted((ROOT / "tests" / "unit").rglob("*_test.cpp")):
+    for path in unit_tests():
         found += unit_expectations(path)
-    found += golden_expectations()
-    for path in sorted((ROOT / "tests" / "system").glob("test_*.py")):
+    found += golden_expectations([*unit_tests(), *system_tests()])
+    for path in system_tests():
         found += system_expectations(path)
     return found
 
