@@ -32,8 +32,11 @@ def masked(text, install=None, masks=()):
 
 def check(name, text, install=None, masks=()):
     """Compares with golden/NAME, or writes it."""
-    text = masked(text, install, masks)
-    path = FOLDER / name
+    check_file(FOLDER / name, masked(text, install, masks))
+
+
+def check_file(path, text):
+    """Compares with any file, or writes it."""
     if os.environ.get("VISTREL_UPDATE_GOLDEN") == "1":
         path.write_bytes(text.encode("utf-8"))
         return
@@ -41,7 +44,7 @@ def check(name, text, install=None, masks=()):
     expected = path.read_bytes().decode("utf-8")
     difference = "".join(
         difflib.unified_diff(
-            expected.splitlines(keepends=True), text.splitlines(keepends=True), f"golden/{name}", "this run"
+            expected.splitlines(keepends=True), text.splitlines(keepends=True), path.name, "this run"
         )
     )
     assert text == expected, "\n" + difference

@@ -2,10 +2,12 @@
 
 import pytest
 
+import console
 import golden
 import lab
 import openxr
 import programs
+import recording
 
 STAND_IN_RUNTIME = lab.BUILD / "tests" / "lab" / "onnx" / "whole" / "onnxruntime.dll"
 MODELS = lab.BUILD / "models"
@@ -93,3 +95,27 @@ def test_guided_run(vistrel_install, clean_user, run_tool, name, answers):
     run = run_tool("--no-models", scenario="desktop-pc", stdin=answers, env=MODELS_AT_20_NS)
     golden.check(f"{name}.report.txt", run.report_text, vistrel_install, NO_WINDOW)
     golden.check(f"{name}.console.txt", run.console_text, vistrel_install, NO_WINDOW)
+
+
+def test_recording_of_a_guided_run(vistrel_install, clean_user):
+    """docs/console-run.txt has the run as frames, docs/console.svg one of them."""
+    script = "runtime SteamVR/OpenXR\nversion 2.9.6\nview 2016 2240\nview 2016 2240\nluid 00000000:0000B3C7\n"
+    script += "event 0 ready\nhand left 0 controller\nhand right 0 controller\nhand left 1000 bare\nhand right 1500 bare\n"
+    headset = openxr.connect(vistrel_install, script)
+    prompts = ["Ready to start part 1?", "Headset on and game running?", "Run the hand-tracking check?", "Press Enter to close."]
+    sitting = console.sit(
+        vistrel_install,
+        steps=[step for prompt in prompts for step in console.answers(prompt)],
+        settings={"with_times": "", "title": "C:\\\\Vistrel\\\\vistrel_diag.exe"},
+        scenario="desktop-pc",
+        env={**MODELS_AT_60_NS, **headset.env},
+    )
+    assert sitting.run.exit_code == 0
+    for entry in sitting.entries:
+        if entry.text is not None:
+            text = entry.text.replace(vistrel_install.windows_folder, "C:\\Vistrel").replace("\r\n", "\n")
+            entry.text = golden.masked(text, masks=NO_WINDOW).replace("\n", "\r\n")
+    frames = recording.frames(sitting.entries)
+    (shown, *_) = [frame for frame in frames if "Depth model 5 of 12" in frame.title] or frames[-1:]
+    golden.check_file(lab.ROOT / "docs" / "console-run.txt", recording.as_text(frames))
+    golden.check_file(lab.ROOT / "docs" / "console.svg", recording.as_picture(shown))

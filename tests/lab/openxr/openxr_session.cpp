@@ -27,6 +27,18 @@ struct SessionState {
 
 SessionState state;
 
+/// On a simulated machine with a scripted clock this takes no time.
+void PassTime(int milliseconds) {
+    using MachinePassTime = void (*)(std::int64_t microseconds);
+    HMODULE const machine = GetModuleHandleW(L"vistrel_lab_machine.dll");
+    if (machine != nullptr) {
+        reinterpret_cast<MachinePassTime>(GetProcAddress(machine, "LabPassTime"))(milliseconds *
+                                                                                  std::int64_t{1000});
+    } else {
+        Sleep(static_cast<DWORD>(milliseconds));
+    }
+}
+
 /// The calls of the frame loop are logged once for every time the session begins.
 void LogFirst(const std::string& call) {
     if (state.logged.insert(call).second) {
@@ -181,7 +193,7 @@ XrResult XRAPI_CALL WaitFrame(XrSession session, const XrFrameWaitInfo* info, Xr
     if (const auto result = ScriptedResult("xrWaitFrame")) {
         return *result;
     }
-    Sleep(static_cast<DWORD>(CurrentScript().frame_milliseconds));
+    PassTime(CurrentScript().frame_milliseconds);
     state.frame_time = kFirstFrameTime + state.frames_waited;
     ++state.frames_waited;
     frame->predictedDisplayTime = state.frame_time;

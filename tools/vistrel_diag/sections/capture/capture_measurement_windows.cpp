@@ -8,6 +8,7 @@
 #include "capture/frame_description.h"
 #include "capture/screen_capture_dxgi.h"
 #include "platform/stopwatch.h"
+#include "tools/vistrel_diag/report/progress.h"
 
 using Microsoft::WRL::ComPtr;
 
@@ -107,9 +108,12 @@ CaptureMeasurement MeasureCaptureRate(ID3D11Device* device, ID3D11DeviceContext*
     PictureContent kept = PictureContent::Nothing;
     const Stopwatch stopwatch;
     while (measurement.seconds < seconds) {
+        // Drawn once a second. An idle desktop counts that as a frame, as it does the blinking cursor.
+        Progress::ShowSecondsLeft("Capturing the desktop", seconds - measurement.seconds, seconds);
         CountFrame(device, context, capture, measurement, kept);
         measurement.seconds = stopwatch.Seconds();
     }
+    Progress::Clear();
     capture.Shutdown();
 
     measurement.ok = measurement.width >= 1;

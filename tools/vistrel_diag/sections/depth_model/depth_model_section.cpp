@@ -1,6 +1,7 @@
 #include "tools/vistrel_diag/sections/depth_model/depth_model_section.h"
 
 #include "settings/diag_settings.h"
+#include "tools/vistrel_diag/report/progress.h"
 #include "tools/vistrel_diag/report/report.h"
 #include "tools/vistrel_diag/sections/gpus/gpu_section.h"
 
@@ -64,9 +65,11 @@ ModelTiming PrintConfiguredModel(const DiagSettings& settings, const DepthModelT
             "load here either.");
         return {};
     }
+    Progress::Show("Timing the depth model");
     ModelTiming timing = preset != nullptr
                              ? timers.preset(*preset)
                              : timers.custom(settings.custom_model_path, settings.ai_resolution);
+    Progress::Clear();
     PrintSingleModel(timing);
     return timing;
 }
@@ -75,7 +78,10 @@ ModelTiming PrintAllModels(std::int32_t configured_quality, const DepthModelTime
     const DepthModelPreset* const configured_preset = FindDepthModelPreset(configured_quality);
     ModelTiming configured;
     Report::Line("%-28s %10s %10s %10s", "MODEL", "median ms", "min", "max");
+    int step = 0;
     for (const DepthModelPreset& preset : DepthModelPresets()) {
+        const int steps = static_cast<int>(DepthModelPresets().size());
+        Progress::Show("Depth model", ++step, steps, preset.display_name);
         const ModelTiming timing = timers.preset(preset);
         const bool is_configured = &preset == configured_preset;
         PrintModelRow(preset, timing, is_configured);
@@ -83,5 +89,6 @@ ModelTiming PrintAllModels(std::int32_t configured_quality, const DepthModelTime
             configured = timing;
         }
     }
+    Progress::Clear();
     return configured;
 }

@@ -6,6 +6,7 @@
 #include "depth/onnx_runtime_loader.h"
 #include "platform/utf8.h"
 #include "settings/diag_settings.h"
+#include "tools/vistrel_diag/report/progress.h"
 #include "tools/vistrel_diag/report/report.h"
 #include "tools/vistrel_diag/sections/depth_model/depth_model_task.h"
 #include "tools/vistrel_diag/worker/worker.h"
@@ -141,6 +142,7 @@ ModelTiming ReportDepthModelSection(std::string_view tool_folder, bool all_prese
     Report::Section("DEPTH MODEL INFERENCE");
     const DiagSettings& settings = DiagSettings::Instance();
     ModelTimer timer(WholeRequest(tool_folder, all_presets, gpu_index, settings));
+    Progress::Show("Loading ONNX Runtime");
     if (!timer.LoadRuntime()) {
         if (timer.Ended()) {
             PrintOnnxRuntimeLoadingEnded(*timer.Ended());

@@ -3,6 +3,7 @@
 
 #include "tools/vistrel_diag/openxr/openxr_loader.h"
 #include "tools/vistrel_diag/openxr/openxr_reading.h"
+#include "tools/vistrel_diag/report/progress.h"
 #include "tools/vistrel_diag/report/report.h"
 #include "tools/vistrel_diag/sections/headset/headset_query.h"
 #include "tools/vistrel_diag/sections/headset/headset_section.h"
@@ -130,6 +131,7 @@ void CarryOutHeadsetTask(const WorkerMessage& /*request*/, WorkerChannel& channe
 
 HeadsetQuery AskHeadset() {
     Report::EnterSection(kHeadsetTitle);
+    Progress::Show("Asking the OpenXR runtime");
     const std::unique_ptr<Worker> worker = Worker::Start(kHeadsetTask, {}, kLongestSilence);
     if (!worker) {
         return QueryOpenXrHeadset();
