@@ -25,7 +25,8 @@ SHOWN_TESTS = 3
 HOLE = "\0"  # What stands in a test's text for a part that is computed.
 
 # Calls whose texts reach the console or the standard error stream alone.
-NOT_REPORTED = {"ConsolePrint", "AskContinue", "Log", "LogInfo", "LogWarning", "LogError", "fprintf", "fputs", "static_assert"}
+NOT_REPORTED = {"ConsolePrint", "AskContinue", "WaitForEnter", "Show", "ShowSecondsLeft", "Log", "LogInfo", "LogWarning"}
+NOT_REPORTED |= {"LogError", "fprintf", "fputs", "static_assert"}
 NOT_REPORTED_FILES = {
     "console.cpp": "prompts",
     "report.cpp": "console messages about the file",
