@@ -53,6 +53,20 @@ std::string_view PartName(Part part) {
     return kPartNames[static_cast<std::size_t>(part)];
 }
 
+TextFact* FindLine(Facts& facts, LineNumber number) {
+    const auto found =
+        std::lower_bound(facts.lines.begin(), facts.lines.end(), number,
+                         [](const TextFact& line, LineNumber wanted) { return line.line < wanted; });
+    return found == facts.lines.end() || found->line != number ? nullptr : &*found;
+}
+
+const TextFact* FindLine(const Facts& facts, LineNumber number) {
+    const auto found =
+        std::lower_bound(facts.lines.begin(), facts.lines.end(), number,
+                         [](const TextFact& line, LineNumber wanted) { return line.line < wanted; });
+    return found == facts.lines.end() || found->line != number ? nullptr : &*found;
+}
+
 const GpuFacts* FindGpu(const Facts& facts, std::int64_t number) {
     const auto found = std::find_if(facts.gpus.begin(), facts.gpus.end(),
                                     [number](const GpuFacts& gpu) { return gpu.number == number; });

@@ -214,6 +214,19 @@ struct BrokenOff {
     LineNumber line = 0;
 };
 
+/// What was done to the report on its way, or is missing of it.
+struct NoteFact {
+    std::string_view kind;  ///< one word: "wrapped", "cut_off", ...
+    std::string text;       ///< a sentence; may quote the report
+    LineNumber line = 0;
+};
+
+/// A heading of the report's own.
+struct HeadingFact {
+    std::string title;
+    LineNumber line = 0;
+};
+
 struct Facts {
     std::string name;  ///< of the report: its file, or what the input was called
     std::optional<std::string> report_version;
@@ -249,12 +262,17 @@ struct Facts {
     std::optional<BrokenOff> cut_short;
     std::vector<BrokenOff> broken_sections;
 
-    std::vector<std::string> lines;          ///< the whole text, as it came, without line ends
+    std::vector<TextFact> lines;        ///< the whole text as it was found, by number; empty ones as well
+    std::vector<HeadingFact> headings;  ///< in the order of the report
     std::vector<LineNumber> not_understood;  ///< lines that no reading claims
-    std::vector<TextFact> notes;             ///< of the reading: what was mended, what is foreign
+    std::vector<NoteFact> notes;             ///< of the reading: what was mended, what is foreign
 
     bool Has(Part part) const { return present[static_cast<std::size_t>(part)]; }
 };
+
+/// The line of that number, or null.
+const TextFact* FindLine(const Facts& facts, LineNumber number);
+TextFact* FindLine(Facts& facts, LineNumber number);
 
 /// The GPU of that number, or null.
 const GpuFacts* FindGpu(const Facts& facts, std::int64_t number);

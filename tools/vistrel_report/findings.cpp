@@ -38,12 +38,9 @@ const Finding* FirstFound(const Findings& findings, Level level) {
     return found.empty() ? nullptr : found.front();
 }
 
-/// The finding that spoils the timings, or null.
-const Finding* SpoilerOfTimings(const Findings& findings) {
-    const auto found = std::find_if(findings.all.begin(), findings.all.end(), [](const Finding& finding) {
-        return finding.judgement.answer == Answer::Found && (finding.rule->spoils & Topic::kTimings) != 0;
-    });
-    return found == findings.all.end() ? nullptr : &*found;
+/// The finding by which nothing can be judged, or null.
+const Finding* Spoiler(const Findings& findings) {
+    return FirstFound(findings, Level::Untrusted);
 }
 
 /// `title` as it goes on within a sentence: a name keeps its capital.
@@ -59,7 +56,7 @@ std::string WithinSentence(std::string_view title) {
 }
 
 std::string Summary(const Facts& facts, const Findings& findings) {
-    if (const Finding* spoiler = SpoilerOfTimings(findings)) {
+    if (const Finding* spoiler = Spoiler(findings)) {
         return "The verdict of this report cannot be judged: " + WithinSentence(spoiler->rule->title) + ".";
     }
     if (facts.cut_short) {
@@ -90,8 +87,8 @@ Findings JudgeReport(const Facts& facts) {
         findings.all.push_back({&rule, Judge(rule, facts), {}});
     }
     MarkDoubts(findings.all);
-    findings.verdict_judged = SpoilerOfTimings(findings) == nullptr && facts.Has(Part::Verdict) &&
-                              facts.verdict.not_measured_line == 0;
+    findings.verdict_judged =
+        Spoiler(findings) == nullptr && facts.Has(Part::Verdict) && facts.verdict.not_measured_line == 0;
     findings.summary = Summary(facts, findings);
     return findings;
 }

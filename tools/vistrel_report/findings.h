@@ -16,7 +16,7 @@ struct Finding {
 
 struct Findings {
     std::vector<Finding> all;    ///< one for each rule, in the table's order
-    bool verdict_judged = true;  ///< false: what was found spoils the timings, or there is no verdict
+    bool verdict_judged = true;  ///< false: the report cannot be trusted, or has no verdict
     std::string summary;         ///< one sentence for the top
 };
 

@@ -23,6 +23,13 @@ Markup::Attribute Markup::Attribute::Numbered(Literal attribute_name, Literal pr
     return attribute;
 }
 
+Markup::Attribute Markup::Attribute::Numbered(Literal attribute_name, Literal prefix, std::size_t first,
+                                              Literal middle, std::size_t second) {
+    Attribute attribute = Numbered(attribute_name, prefix, first);
+    attribute.value.append(middle.view()).append(std::to_string(second));
+    return attribute;
+}
+
 Markup::Element Markup::Open(Literal name, const Attributes& attributes) {
     Begin(name.view(), attributes);
     text_ += '>';

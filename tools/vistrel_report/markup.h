@@ -43,8 +43,10 @@ class Markup {
         Attribute(Literal attribute_name, std::size_t number);
         /// From outside: escaped, and unseen characters made visible.
         static Attribute Text(Literal attribute_name, std::string_view outside);
-        /// `prefix`, then a number: names for links within the page.
+        /// `prefix`, then a number, or two with `middle` between them: names for links within the page.
         static Attribute Numbered(Literal attribute_name, Literal prefix, std::size_t number);
+        static Attribute Numbered(Literal attribute_name, Literal prefix, std::size_t first, Literal middle,
+                                  std::size_t second);
 
         std::string_view name;
         std::string value;  ///< escaped already

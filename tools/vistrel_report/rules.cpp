@@ -59,7 +59,7 @@ std::vector<Rule> UntrustedRules() {
          "lists under \"INJECTED INTO VISTREL'S OWN FOLDER\", and send a new report.",
          "injected-files",
          Topic::kNone,
-         Topic::kBehaviour | Topic::kTimings},
+         Topic::kBehaviour},
         {"warp-sizes-inverted",
          Level::Untrusted,
          "A smaller size costs more than a larger one",
@@ -293,7 +293,8 @@ std::vector<Rule> CostAndSettingRules() {
          "Please update the graphics driver. If the report still says the same, reinstall Vistrel, which "
          "puts "
          "its model files and DirectML.dll back.",
-         "depth-model"},
+         "depth-model",
+         Topic::kBehaviour},
     };
 }
 

@@ -67,7 +67,7 @@ std::string NotJudgedText(const Findings& findings) {
 
 std::string NotesText(const Facts& facts) {
     std::string text;
-    for (const TextFact& note : facts.notes) {
+    for (const NoteFact& note : facts.notes) {
         const std::string place = note.line == 0 ? "" : FormatText(" (line %zu)", note.line);
         text += "  " + Wrapped(VisibleText(note.text) + place, kColumns - 2, "  ") + "\n";
     }
@@ -75,8 +75,8 @@ std::string NotesText(const Facts& facts) {
         text += FormatText("  %zu lines were not understood:\n", facts.not_understood.size());
         for (std::size_t i = 0; i < facts.not_understood.size() && i < kMostLinesTold; ++i) {
             const LineNumber number = facts.not_understood[i];
-            const bool known = number >= 1 && number <= facts.lines.size();
-            const std::string line = known ? facts.lines[number - 1].substr(0, kLongestShownLine) : "";
+            const TextFact* const found = FindLine(facts, number);
+            const std::string line = found != nullptr ? found->text.substr(0, kLongestShownLine) : "";
             text += FormatText("    %6zu  %s\n", number, VisibleText(line).c_str());
         }
         if (facts.not_understood.size() > kMostLinesTold) {

@@ -1,0 +1,615 @@
+#include "tools/vistrel_report/facts_from_reading.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+#include "depth/depth_model_presets.h"
+#include "platform/format.h"
+#include "tools/vistrel_report/reading.h"
+#include "tools/vistrel_report/report_document.h"
+
+namespace {
+
+constexpr double kBytesPerMegabyte = 1048576.0;
+constexpr double kBytesPerGigabyte = kBytesPerMegabyte * 1024.0;
+
+/// Without the digits behind what the report prints.
+double Rounded(double value) {
+    return std::round(value * 100.0) / 100.0;
+}
+
+double Megabytes(std::uint64_t bytes) {
+    return static_cast<double>(bytes) / kBytesPerMegabyte;
+}
+
+std::string_view KindName(DocumentNoteKind kind) {
+    switch (kind) {
+        case DocumentNoteKind::Utf16:
+            return "utf_16";
+        case DocumentNoteKind::InvalidText:
+            return "invalid_text";
+        case DocumentNoteKind::ConsoleCopy:
+            return "console_copy";
+        case DocumentNoteKind::Quoted:
+            return "quoted";
+        case DocumentNoteKind::Wrapped:
+            return "wrapped";
+        case DocumentNoteKind::LineEndsLost:
+            return "line_ends_lost";
+        case DocumentNoteKind::NoOpening:
+            return "no_opening";
+        case DocumentNoteKind::OtherVersion:
+            return "other_version";
+        case DocumentNoteKind::CutOff:
+            return "cut_off";
+        case DocumentNoteKind::ForeignHeading:
+            break;
+    }
+    return "foreign_heading";
+}
+
+/// The part that a section of the document is; part 2 repeats some.
+Part PartOf(const SectionText& section) {
+    const bool two = section.part == ReportPart::Two;
+    switch (section.id) {
+        case SectionId::RunningSoftware:
+            return two ? Part::RunningSoftwareTwo : Part::RunningSoftware;
+        case SectionId::Machine:
+            return Part::Machine;
+        case SectionId::Gpus:
+            return Part::Gpus;
+        case SectionId::Displays:
+            return Part::Displays;
+        case SectionId::GpuOverrides:
+            return Part::GpuOverrides;
+        case SectionId::Injection:
+            return Part::Injection;
+        case SectionId::SettingsFile:
+        case SectionId::SettingsInEffect:
+            return Part::Settings;
+        case SectionId::SettingsVerbatim:
+            return Part::SettingsVerbatim;
+        case SectionId::ProductLog:
+            return Part::ProductLog;
+        case SectionId::Headset:
+            return two ? Part::HeadsetTwo : Part::Headset;
+        case SectionId::BenchmarkSetup:
+            return Part::BenchmarkSetup;
+        case SectionId::Capture:
+            return Part::Capture;
+        case SectionId::Warp:
+            return Part::Warp;
+        case SectionId::DepthModel:
+            return Part::DepthModel;
+        case SectionId::PartTwoSkipped:
+            return Part::PartTwo;
+        case SectionId::GameVideoMemory:
+            return Part::VramTwo;
+        case SectionId::HandTracking:
+            return Part::HandTracking;
+        case SectionId::GameFrameRate:
+            return Part::GameFrameRate;
+        case SectionId::Verdict:
+            break;
+    }
+    return Part::Verdict;
+}
+
+void AddSoftware(const std::optional<RunningSoftwareReading>& reading, SoftwareFacts& facts) {
+    if (!reading) {
+        return;
+    }
+    for (std::size_t i = 0; i < reading->software.notable.size(); ++i) {
+        facts.programs.push_back({reading->software.notable[i], reading->notable_lines.at(i)});
+    }
+    if (const auto& foreground = reading->software.foreground) {
+        facts.foreground_program = TextFact{foreground->executable_name, reading->foreground_line};
+        facts.foreground_title = TextFact{foreground->title, reading->foreground_line};
+    }
+    facts.product_running_line = reading->warning_line;
+}
+
+template <typename Value>
+std::optional<std::int64_t> WholeNumber(const Value& text) {
+    std::int64_t number = 0;
+    std::string digits;
+    if (text && std::all_of(text->begin(), text->end(), [](char c) { return c >= '0' && c <= '9'; }) &&
+        !text->empty() && text->size() < 10) {
+        for (const char digit : *text) {
+            number = number * 10 + (digit - '0');
+        }
+        return number;
+    }
+    return {};
+}
+
+void AddMachine(const std::optional<MachineReading>& reading, MachineFacts& facts) {
+    if (!reading) {
+        return;
+    }
+    const MachineInfo& machine = reading->machine;
+    if (machine.windows_name) {
+        facts.windows = TextFact{*machine.windows_name, reading->windows_line};
+    }
+    facts.build = WholeNumber(machine.build_number);
+    if (machine.processor_name) {
+        facts.processor = TextFact{*machine.processor_name, reading->processor_line};
+    }
+    if (reading->processor_line != 0) {
+        facts.logical_processors = machine.logical_processors;
+    }
+    if (machine.memory) {
+        facts.memory_gb = Rounded(static_cast<double>(machine.memory->total) / kBytesPerGigabyte);
+        facts.free_memory_gb = Rounded(static_cast<double>(machine.memory->available) / kBytesPerGigabyte);
+        facts.memory_line = reading->memory_line;
+    }
+    if (reading->gpu_scheduling_line != 0) {
+        const std::optional<std::uint32_t>& mode = machine.gpu_scheduling_mode;
+        facts.gpu_scheduling = TextFact{!mode        ? "not set"
+                                        : *mode == 1 ? "disabled"
+                                        : *mode == 2 ? "ENABLED"
+                                                     : "unknown value",
+                                        reading->gpu_scheduling_line};
+    }
+}
+
+std::string_view VendorName(std::uint32_t vendor_id) {
+    switch (vendor_id) {
+        case 0x1002:
+            return "AMD";
+        case 0x10DE:
+            return "NVIDIA";
+        case 0x1414:
+            return "Microsoft";
+        case 0x8086:
+            return "Intel";
+        default:
+            return "?";
+    }
+}
+
+MemoryUse MemoryOf(const VideoMemoryUse& memory, LineNumber line, bool out_of_headroom) {
+    return {Megabytes(memory.usage), Megabytes(memory.budget), line, out_of_headroom};
+}
+
+void AddGpus(const std::optional<GpuReading>& reading, Facts& facts) {
+    if (!reading) {
+        return;
+    }
+    facts.gpu_list_failure_line = reading->factory_failed_line;
+    for (std::size_t i = 0; i < reading->inventory.gpus.size(); ++i) {
+        const auto& [info, memory] = reading->inventory.gpus[i];
+        const GpuLines& lines = reading->lines.at(i);
+        GpuFacts gpu;
+        gpu.number = info.index;
+        gpu.name = info.name;
+        gpu.vendor = VendorName(info.vendor_id);
+        gpu.software = info.software;
+        gpu.line = lines.name;
+        if (lines.memory != 0) {
+            gpu.dedicated_mb = Megabytes(info.dedicated_video_memory);
+            gpu.shared_mb = Megabytes(info.shared_system_memory);
+        }
+        gpu.displays = info.displays;
+        if (memory) {
+            gpu.memory = MemoryOf(*memory, lines.memory_in_use, false);
+        }
+        facts.gpus.push_back(gpu);
+    }
+}
+
+void AddGameMemory(const std::optional<GameVideoMemoryReading>& reading, Facts& facts) {
+    for (std::size_t i = 0; reading && i < reading->gpus.size(); ++i) {
+        const auto& [info, memory] = reading->gpus[i];
+        const std::int64_t number = info.index;
+        auto gpu = std::find_if(facts.gpus.begin(), facts.gpus.end(),
+                                [number](const GpuFacts& listed) { return listed.number == number; });
+        if (gpu == facts.gpus.end()) {  // Part 1 is missing.
+            GpuFacts only_here;
+            only_here.number = number;
+            only_here.name = info.name;
+            only_here.line = reading->lines.at(i);
+            gpu = facts.gpus.insert(gpu, only_here);
+        }
+        if (memory) {
+            gpu->memory_in_two = MemoryOf(*memory, reading->lines.at(i), reading->OutOfHeadroom(i));
+        }
+    }
+}
+
+std::optional<TextFact> TextOf(const std::optional<ReadText>& text) {
+    return text ? std::optional(TextFact{text->text, text->line}) : std::nullopt;
+}
+
+void AddOpening(const std::optional<OpeningReading>& reading, Facts& facts) {
+    if (!reading) {
+        return;
+    }
+    if (reading->version_line != 0) {
+        facts.report_version = reading->version;
+    }
+    if (!reading->tool_folder.empty()) {
+        facts.folder = TextFact{reading->tool_folder, reading->folder_line};
+    }
+}
+
+void AddCutShort(const std::optional<CutShortReading>& reading, Facts& facts) {
+    if (!reading) {
+        return;
+    }
+    BrokenOff end{reading->section, {}, reading->line};
+    switch (reading->end) {
+        case RunEnd::Crash:
+            end.cause = FormatText("the program crashed (exception 0x%08X)",
+                                   static_cast<unsigned>(reading->exception_code));
+            break;
+        case RunEnd::Abort:
+            end.cause = "the program aborted";
+            break;
+        case RunEnd::ControlC:
+            end.cause = "it was stopped with Ctrl-C";
+            break;
+        case RunEnd::ConsoleClosed:
+            end.cause = "the console window was closed";
+            break;
+        case RunEnd::SessionEnded:
+            end.cause = "the session ended";
+            break;
+    }
+    facts.cut_short = end;
+}
+
+/// Whether a predicate tells of an end that nobody asked for.
+bool TellsOfAnEnd(std::string_view predicate) {
+    return predicate.find("crashed") != std::string_view::npos ||
+           predicate.find("aborted") != std::string_view::npos ||
+           predicate.find("no sign of life") != std::string_view::npos ||
+           predicate.find("ended its process") != std::string_view::npos;
+}
+
+/// What was asked in a process of its own that died or hung, while the run went on.
+void AddBrokenSections(const ReportDocument& document, Facts& facts) {
+    for (const SectionText& section : document.sections) {
+        if (section.id != SectionId::Headset && section.id != SectionId::DepthModel) {
+            continue;
+        }
+        for (const SourceLine& line : section.lines) {
+            std::string predicate;
+            const bool told =
+                LineScan(line.text).Text("!! The OpenXR query ").Rest(predicate).Matches() ||
+                LineScan(line.text).Text("!! Loading onnxruntime.dll ").Rest(predicate).Matches();
+            if (told && TellsOfAnEnd(predicate)) {
+                facts.broken_sections.push_back(
+                    {std::string(SectionTitle(section.id)), predicate, line.number});
+            }
+        }
+    }
+    for (const ModelRow& model : facts.models.rows) {
+        if (TellsOfAnEnd(model.error)) {
+            facts.broken_sections.push_back({std::string(SectionTitle(SectionId::DepthModel)),
+                                             "\"" + model.name + "\" " + model.error, model.line});
+        }
+    }
+}
+
+void AddDisplays(const std::optional<DisplayReading>& reading, Facts& facts) {
+    if (!reading) {
+        return;
+    }
+    for (const ReadDisplay& read : reading->displays) {
+        const DisplayInfo& display = read.display;
+        facts.displays.push_back({display.name, display.width, display.height, display.refresh_hz,
+                                  display.primary, display.gpu, read.gpu_name, read.line});
+    }
+}
+
+void AddOverrides(const std::optional<GpuOverrideReading>& reading, Facts& facts) {
+    for (std::size_t i = 0; reading && reading->preferences && i < reading->preferences->size(); ++i) {
+        const GpuPreference& preference = (*reading->preferences)[i];
+        facts.overrides.push_back({preference.application, preference.choice, reading->lines.at(i)});
+    }
+}
+
+void AddInjection(const std::optional<InjectionReading>& reading, Facts& facts) {
+    if (!reading || !reading->found) {
+        return;
+    }
+    for (std::size_t i = 0; i < reading->found->proxy_dlls.size(); ++i) {
+        facts.proxy_dlls.push_back({reading->found->proxy_dlls[i], reading->proxy_dll_lines.at(i)});
+    }
+    for (std::size_t i = 0; i < reading->found->reshade_files.size(); ++i) {
+        facts.reshade_files.push_back({reading->found->reshade_files[i], reading->reshade_file_lines.at(i)});
+    }
+}
+
+void AddSettings(const PartOneReading& reading, Facts& facts) {
+    SettingsFacts& settings = facts.settings;
+    if (reading.settings_file) {
+        settings.parse_error_line = reading.settings_file->line;
+    }
+    if (!reading.settings) {
+        return;
+    }
+    const SettingsInEffectReading& read = *reading.settings;
+    if (read.version_line != 0) {
+        settings.product_version = TextFact{read.product_version, read.version_line};
+    }
+    if (read.file_line != 0) {
+        settings.file = TextFact{read.file_path, read.file_line};
+    }
+    const bool reshade = read.settings.depth_mode == DiagSettings::kReShadeDepthMode;
+    if (read.depth_source_line != 0) {
+        settings.depth_source = TextFact{reshade ? "ReShade" : "AI", read.depth_source_line};
+    }
+    if (read.depth_model_line != 0) {
+        const DepthModelPreset* const preset = FindDepthModelPreset(read.settings.depth_model_quality);
+        settings.depth_model =
+            TextFact{preset != nullptr ? preset->display_name : "custom", read.depth_model_line};
+    }
+    if (read.rate_limit_line != 0 && std::isfinite(read.settings.ai_fps_limit)) {
+        settings.ai_rate_limit = Rounded(read.settings.ai_fps_limit);
+    }
+    if (read.stereo_line != 0) {
+        settings.stereo_enabled = read.settings.pseudo_3d;
+    }
+    if (read.separation_line != 0 && std::isfinite(read.separation_mm) &&
+        std::isfinite(read.settings.f3d_depth_strength)) {
+        settings.separation_mm = Rounded(read.separation_mm);
+        settings.depth_strength = Rounded(read.settings.f3d_depth_strength);
+    }
+    settings.defaults_line = read.defaults_line;
+    settings.stereo_off_line = read.no_stereo_line;
+    settings.separation_line = read.near_zero_separation_line;
+    settings.depth_strength_line = read.near_zero_strength_line;
+}
+
+void AddQuotedFiles(const PartOneReading& reading, Facts& facts) {
+    const auto add = [&facts](const std::vector<ReadText>& quoted, LineNumber broke_off,
+                              std::vector<TextFact>& lines) {
+        std::transform(quoted.begin(), quoted.end(), std::back_inserter(lines), [](const ReadText& line) {
+            return TextFact{line.text, line.line};
+        });
+        if (broke_off != 0) {
+            facts.unread_file_lines.push_back(broke_off);
+        }
+    };
+    if (const auto& settings = reading.settings_verbatim) {
+        add(settings->quoted, settings->broke_off_line, facts.quoted_settings);
+    }
+    if (const auto& log = reading.product_log) {
+        add(log->quoted, log->broke_off_line, facts.log_lines);
+        if (!log->path.empty()) {
+            facts.log_path = TextFact{log->path, std::max(log->path_line, log->no_log_line)};
+        }
+        facts.log_missing_line = log->no_log_line;
+        facts.log_without_start_line = log->nothing_relevant_line;
+    }
+}
+
+void AddHeadset(const std::optional<HeadsetReading>& reading, HeadsetFacts& facts) {
+    if (!reading) {
+        return;
+    }
+    facts.runtime = TextOf(reading->runtime);
+    facts.message = TextOf(reading->message);
+    if (reading->eye_width && reading->eye_height) {
+        facts.eye_width = *reading->eye_width;
+        facts.eye_height = *reading->eye_height;
+    }
+    if (reading->required_gpu) {
+        facts.required_gpu = reading->required_gpu->gpu;
+        facts.required_gpu_name = reading->required_gpu->name;
+        facts.required_gpu_line = reading->required_gpu->line;
+    }
+    if (!reading->cross_gpu_lines.empty()) {
+        facts.cross_gpu_line = reading->cross_gpu_lines.front();
+    }
+}
+
+void AddBenchmark(const std::optional<BenchmarkSetupReading>& reading, BenchmarkFacts& facts) {
+    if (!reading) {
+        return;
+    }
+    if (reading->gpu_line != 0) {
+        facts.gpu = reading->gpu;
+        facts.gpu_name = reading->gpu_name;
+        facts.gpu_line = reading->gpu_line;
+    }
+    facts.guessed_line = reading->chosen_by_size_line;
+    if (reading->device_result) {
+        facts.failure = TextFact{FormatText("0x%08X", static_cast<unsigned>(*reading->device_result)),
+                                 reading->device_line};
+    }
+}
+
+void AddCapture(const std::optional<CaptureReading>& reading, CaptureFacts& facts) {
+    if (!reading) {
+        return;
+    }
+    const CaptureMeasurement& measurement = reading->measurement;
+    if (reading->failure_line != 0) {
+        facts.failure = TextFact{measurement.error, reading->failure_line};
+    }
+    if (measurement.width != 0 && measurement.height != 0) {
+        facts.width = measurement.width;
+        facts.height = measurement.height;
+    }
+    if (reading->other_gpu_line != 0) {
+        facts.other_gpu = TextFact{measurement.capture_gpu_name, reading->other_gpu_line};
+    }
+    if (reading->frame_rate_line != 0) {
+        facts.fps = reading->frames_per_second;
+        facts.fps_line = reading->frame_rate_line;
+    }
+    facts.not_read_back_line = reading->synthetic_picture_line;
+}
+
+void AddWarp(const std::optional<WarpReading>& reading, WarpFacts& facts) {
+    if (!reading) {
+        return;
+    }
+    for (const WarpRowReading& row : reading->rows) {
+        facts.rows.push_back({row.width, row.height, row.label, row.gpu_ms, row.vram_mb, row.line});
+    }
+    for (const ReadText& problem : reading->problems) {
+        facts.failures.push_back({problem.text, problem.line});
+    }
+    facts.shader_failure_line = reading->shader_error ? reading->shader_error->line : 0;
+}
+
+void AddModels(const std::optional<DepthModelReading>& reading, ModelFacts& facts) {
+    if (!reading) {
+        return;
+    }
+    for (const ModelReading& model : reading->models) {
+        ModelRow row;
+        row.name = model.timing.name;
+        row.error = model.timing.error;
+        row.configured = model.configured;
+        row.line = model.line;
+        if (model.timing.ok) {
+            row.median_ms = model.timing.median_ms;
+            row.min_ms = model.timing.min_ms;
+            row.max_ms = model.timing.max_ms;
+        }
+        facts.rows.push_back(row);
+    }
+    facts.runtime_missing_line = reading->runtime_missing_line;
+    facts.no_custom_model_line = reading->no_custom_path_line;
+}
+
+void AddHands(const std::optional<HandTrackingReading>& reading, HandFacts& facts) {
+    if (!reading) {
+        return;
+    }
+    if (reading->extensions) {
+        facts.hand_tracking = reading->extensions->hand_tracking;
+        facts.data_source = reading->extensions->data_source;
+        facts.data_source_line = reading->extensions_line;
+    }
+    if (reading->stop) {
+        facts.stop = TextFact{"stopped", reading->stop_line};
+    }
+    if (reading->conclusion) {
+        facts.told_apart = *reading->conclusion == HandConclusion::Reported;
+        facts.conclusion = TextFact{"concluded", reading->conclusion_line};
+    }
+}
+
+void AddVerdict(const std::optional<VerdictReading>& reading, VerdictFacts& facts) {
+    if (!reading) {
+        return;
+    }
+    for (const RefreshRowReading& row : reading->rows) {
+        facts.shares.push_back(
+            {row.refresh_hz, row.warp_ms_a_second, row.ai_percent, row.reshade_percent, row.line});
+    }
+    facts.reshade_mode = reading->reshade_mode.value_or(false);
+    if (reading->model) {
+        facts.model_rate = reading->model->rate;
+        facts.model_too_slow_line = reading->model->cannot_keep_up_line;
+    }
+    if (reading->grade) {
+        facts.share = reading->percent;
+        facts.share_line = reading->grade_line;
+    }
+    facts.not_measured_line = reading->no_verdict_line;
+}
+
+/// A section of which nothing was understood is not there.
+void MarkParts(const Reading& reading, Facts& facts) {
+    const auto mark = [&facts](Part part, bool present) {
+        facts.present[static_cast<std::size_t>(part)] = present;
+    };
+    const PartOneReading& one = reading.part_one;
+    const PartTwoReading& two = reading.part_two;
+    mark(Part::Opening, reading.opening.has_value());
+    mark(Part::RunningSoftware, one.running_software.has_value());
+    mark(Part::Machine, one.machine.has_value());
+    mark(Part::Gpus, one.gpus.has_value());
+    mark(Part::Displays, one.displays.has_value());
+    mark(Part::GpuOverrides, one.gpu_overrides.has_value());
+    mark(Part::Injection, one.injection.has_value());
+    mark(Part::Settings, one.settings.has_value() || one.settings_file.has_value());
+    mark(Part::SettingsVerbatim, one.settings_verbatim.has_value());
+    mark(Part::ProductLog, one.product_log.has_value());
+    mark(Part::Headset, one.headset.has_value());
+    mark(Part::BenchmarkSetup, one.benchmark_setup.has_value());
+    mark(Part::Capture, one.capture.has_value());
+    mark(Part::Warp, one.warp.has_value());
+    mark(Part::DepthModel, one.depth_model.has_value());
+    mark(Part::PartTwo, two.heading_line != 0);
+    mark(Part::RunningSoftwareTwo, two.running_software.has_value());
+    mark(Part::VramTwo, two.video_memory.has_value());
+    mark(Part::HeadsetTwo, two.headset.has_value());
+    mark(Part::HandTracking, two.hand_tracking.has_value());
+    mark(Part::GameFrameRate, two.game_frame_rate.has_value());
+    mark(Part::Verdict, reading.verdict.has_value());
+}
+
+std::string HeadingTitle(const SectionText& section) {
+    const std::string title(SectionTitle(section.id));
+    const std::string named = title.empty() ? std::string(PartName(PartOf(section))) : title;
+    return section.part == ReportPart::Two && !title.empty() ? "Part 2: " + named : named;
+}
+
+Facts FactsOf(const ReportDocument& document, const std::string& name) {
+    Facts facts;
+    facts.name = name;
+    const Reading reading = ReadReport(document);
+    for (const SectionText& section : document.sections) {
+        facts.headings.push_back({HeadingTitle(section), section.heading_line});
+    }
+    const PartOneReading& one = reading.part_one;
+    const PartTwoReading& two = reading.part_two;
+    AddOpening(reading.opening, facts);
+    AddSoftware(one.running_software, facts.software);
+    AddSoftware(two.running_software, facts.software_in_two);
+    AddMachine(one.machine, facts.machine);
+    AddGpus(one.gpus, facts);
+    AddGameMemory(two.video_memory, facts);
+    AddDisplays(one.displays, facts);
+    AddOverrides(one.gpu_overrides, facts);
+    AddInjection(one.injection, facts);
+    AddSettings(one, facts);
+    AddQuotedFiles(one, facts);
+    AddHeadset(one.headset, facts.headset);
+    AddHeadset(two.headset, facts.headset_in_two);
+    AddBenchmark(one.benchmark_setup, facts.benchmark);
+    AddCapture(one.capture, facts.capture);
+    AddCapture(two.game_frame_rate, facts.game);
+    AddWarp(one.warp, facts.warp);
+    AddModels(one.depth_model, facts.models);
+    AddHands(two.hand_tracking, facts.hands);
+    AddVerdict(reading.verdict, facts.verdict);
+    AddCutShort(reading.cut_short, facts);
+    AddBrokenSections(document, facts);
+    MarkParts(reading, facts);
+    facts.part_two_skipped_line = two.skipped ? two.heading_line : 0;
+    for (const SourceLine& line : document.lines) {
+        facts.lines.push_back({std::string(line.text), line.number});
+    }
+    for (const SourceLine& line : reading.not_understood) {
+        facts.not_understood.push_back(line.number);
+    }
+    for (const DocumentNote& note : reading.notes) {
+        facts.notes.push_back({KindName(note.kind), note.text, note.line});
+    }
+    return facts;
+}
+
+}  // namespace
+
+std::vector<Facts> ReadFacts(std::string bytes, const std::string& name) {
+    const ReportFile file = ReportFile::FromBytes(std::move(bytes));
+    std::vector<Facts> reports;
+    for (const ReportDocument& document : file.Reports()) {
+        const bool several = file.Reports().size() > 1;
+        reports.push_back(
+            FactsOf(document, several ? name + FormatText(" (%zu)", reports.size() + 1) : name));
+    }
+    return reports;
+}
