@@ -210,8 +210,9 @@ struct VerdictFacts {
 /// A run that ended before its end, or a section that did.
 struct BrokenOff {
     std::string section;
-    std::string cause;
+    std::string cause;  ///< in the report's words
     LineNumber line = 0;
+    bool crashed = true;  ///< and was not ended by a person or by Windows
 };
 
 /// What was done to the report on its way, or is missing of it.

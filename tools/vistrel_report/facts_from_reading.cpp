@@ -236,29 +236,17 @@ void AddOpening(const std::optional<OpeningReading>& reading, Facts& facts) {
     }
 }
 
-void AddCutShort(const std::optional<CutShortReading>& reading, Facts& facts) {
-    if (!reading) {
+void AddCutShort(const std::optional<CutShortReading>& reading, const ReportDocument& document,
+                 Facts& facts) {
+    if (!reading || !document.cut_short) {
         return;
     }
     BrokenOff end{reading->section, {}, reading->line};
-    switch (reading->end) {
-        case RunEnd::Crash:
-            end.cause = FormatText("the program crashed (exception 0x%08X)",
-                                   static_cast<unsigned>(reading->exception_code));
-            break;
-        case RunEnd::Abort:
-            end.cause = "the program aborted";
-            break;
-        case RunEnd::ControlC:
-            end.cause = "it was stopped with Ctrl-C";
-            break;
-        case RunEnd::ConsoleClosed:
-            end.cause = "the console window was closed";
-            break;
-        case RunEnd::SessionEnded:
-            end.cause = "the session ended";
-            break;
-    }
+    end.crashed = reading->end == RunEnd::Crash || reading->end == RunEnd::Abort;
+    // In the report's own words.
+    std::string place;
+    LineScan line(document.cut_short->text);
+    line.UpTo(place, reading->section.empty() ? "first section: " : "\": ").UpToLast(end.cause, ". Whatever");
     facts.cut_short = end;
 }
 
@@ -585,12 +573,15 @@ Facts FactsOf(const ReportDocument& document, const std::string& name) {
     AddModels(one.depth_model, facts.models);
     AddHands(two.hand_tracking, facts.hands);
     AddVerdict(reading.verdict, facts.verdict);
-    AddCutShort(reading.cut_short, facts);
+    AddCutShort(reading.cut_short, document, facts);
     AddBrokenSections(document, facts);
     MarkParts(reading, facts);
     facts.part_two_skipped_line = two.skipped ? two.heading_line : 0;
     for (const SourceLine& line : document.lines) {
         facts.lines.push_back({std::string(line.text), line.number});
+    }
+    if (document.cut_short && FindLine(facts, document.cut_short->number) == nullptr) {
+        facts.lines.push_back({std::string(document.cut_short->text), document.cut_short->number});
     }
     for (const SourceLine& line : reading.not_understood) {
         facts.not_understood.push_back(line.number);

@@ -5,48 +5,49 @@
 #include "platform/format.h"
 #include "tools/vistrel_report/visible_text.h"
 
-Markup::Attribute::Attribute(Literal attribute_name, double number)
+Markup::Attribute::Attribute(const Literal& attribute_name, double number)
     : name(attribute_name.view()), value(ShortNumber(number)) {}
 
-Markup::Attribute::Attribute(Literal attribute_name, std::size_t number)
+Markup::Attribute::Attribute(const Literal& attribute_name, std::size_t number)
     : name(attribute_name.view()), value(std::to_string(number)) {}
 
-Markup::Attribute Markup::Attribute::Text(Literal attribute_name, std::string_view outside) {
+Markup::Attribute Markup::Attribute::Text(const Literal& attribute_name, std::string_view outside) {
     Attribute attribute(attribute_name.view());
     attribute.value = EscapedText(outside);
     return attribute;
 }
 
-Markup::Attribute Markup::Attribute::Numbered(Literal attribute_name, Literal prefix, std::size_t number) {
+Markup::Attribute Markup::Attribute::Numbered(const Literal& attribute_name, const Literal& prefix,
+                                              std::size_t number) {
     Attribute attribute(attribute_name.view());
     attribute.value = std::string(prefix.view()) + std::to_string(number);
     return attribute;
 }
 
-Markup::Attribute Markup::Attribute::Numbered(Literal attribute_name, Literal prefix, std::size_t first,
-                                              Literal middle, std::size_t second) {
+Markup::Attribute Markup::Attribute::Numbered(const Literal& attribute_name, const Literal& prefix,
+                                              std::size_t first, const Literal& middle, std::size_t second) {
     Attribute attribute = Numbered(attribute_name, prefix, first);
     attribute.value.append(middle.view()).append(std::to_string(second));
     return attribute;
 }
 
-Markup::Element Markup::Open(Literal name, const Attributes& attributes) {
+Markup::Element Markup::Open(const Literal& name, const Attributes& attributes) {
     Begin(name.view(), attributes);
     text_ += '>';
     return {*this, name.view()};
 }
 
-void Markup::Void(Literal name, const Attributes& attributes) {
+void Markup::Void(const Literal& name, const Attributes& attributes) {
     Begin(name.view(), attributes);
     text_ += ">\n";
 }
 
-void Markup::Shape(Literal name, const Attributes& attributes) {
+void Markup::Shape(const Literal& name, const Attributes& attributes) {
     Begin(name.view(), attributes);
     text_ += "/>\n";
 }
 
-void Markup::TextElement(Literal name, std::string_view outside, const Attributes& attributes) {
+void Markup::TextElement(const Literal& name, std::string_view outside, const Attributes& attributes) {
     const Element element = Open(name, attributes);
     TextOf(outside);
 }

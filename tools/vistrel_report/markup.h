@@ -38,15 +38,16 @@ class Markup {
 
     /// One attribute, which the constructor that is used says how to write.
     struct Attribute {
-        Attribute(Literal attribute_name, Literal fixed) : name(attribute_name.view()), value(fixed.view()) {}
-        Attribute(Literal attribute_name, double number);
-        Attribute(Literal attribute_name, std::size_t number);
+        Attribute(const Literal& attribute_name, const Literal& fixed)
+            : name(attribute_name.view()), value(fixed.view()) {}
+        Attribute(const Literal& attribute_name, double number);
+        Attribute(const Literal& attribute_name, std::size_t number);
         /// From outside: escaped, and unseen characters made visible.
-        static Attribute Text(Literal attribute_name, std::string_view outside);
+        static Attribute Text(const Literal& attribute_name, std::string_view outside);
         /// `prefix`, then a number, or two with `middle` between them: names for links within the page.
-        static Attribute Numbered(Literal attribute_name, Literal prefix, std::size_t number);
-        static Attribute Numbered(Literal attribute_name, Literal prefix, std::size_t first, Literal middle,
-                                  std::size_t second);
+        static Attribute Numbered(const Literal& attribute_name, const Literal& prefix, std::size_t number);
+        static Attribute Numbered(const Literal& attribute_name, const Literal& prefix, std::size_t first,
+                                  const Literal& middle, std::size_t second);
 
         std::string_view name;
         std::string value;  ///< escaped already
@@ -57,20 +58,20 @@ class Markup {
     using Attributes = std::vector<Attribute>;
 
     /// An element that is open until what is returned goes.
-    [[nodiscard]] Element Open(Literal name, const Attributes& attributes = {});
+    [[nodiscard]] Element Open(const Literal& name, const Attributes& attributes = {});
 
     /// An element without content and without an end: <meta>, <br>; or in SVG one closed in itself.
-    void Void(Literal name, const Attributes& attributes = {});
-    void Shape(Literal name, const Attributes& attributes = {});
+    void Void(const Literal& name, const Attributes& attributes = {});
+    void Shape(const Literal& name, const Attributes& attributes = {});
 
     /// An element that holds a text from outside, or a fixed one.
-    void TextElement(Literal name, std::string_view outside, const Attributes& attributes = {});
+    void TextElement(const Literal& name, std::string_view outside, const Attributes& attributes = {});
 
     /// A text from outside: escaped, and unseen characters made visible.
     void TextOf(std::string_view outside);
 
     /// A part of the page that is written as it is: the style sheet and the document's first line.
-    void Verbatim(Literal text) { text_ += text.view(); }
+    void Verbatim(const Literal& text) { text_ += text.view(); }
 
     /// What has been written so far; whole once every element has gone.
     const std::string& text() const { return text_; }

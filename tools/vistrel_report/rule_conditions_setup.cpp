@@ -117,7 +117,7 @@ Judgement RunCrashed(const Facts& facts) {
         return facts.Has(Part::Verdict) ? NotFound() : NotJudged({Part::Verdict});
     }
     const BrokenOff& end = *facts.cut_short;
-    if (end.cause.find("crash") == std::string::npos && end.cause.find("abort") == std::string::npos) {
+    if (!end.crashed) {
         return NotFound();
     }
     const std::string place = end.section.empty() ? "before its first section" : "in \"" + end.section + "\"";
@@ -128,7 +128,7 @@ Judgement RunStopped(const Facts& facts) {
     if (!facts.cut_short) {
         return facts.Has(Part::Verdict) ? NotFound() : NotJudged({Part::Verdict});
     }
-    if (RunCrashed(facts).answer == Answer::Found) {
+    if (facts.cut_short->crashed) {
         return NotFound();
     }
     const BrokenOff& end = *facts.cut_short;

@@ -27,7 +27,8 @@
     ".finding.untrusted{border-left-color:var(--bad)}.finding.explains{border-left-color:var(--cause)}"      \
     ".finding.contributes{border-left-color:var(--part)}"                                                    \
     ".doubt{color:var(--soft);font-style:italic}"                                                            \
-    ".charts{display:grid;grid-template-columns:repeat(auto-fit,minmax(min(100%,26rem),1fr));gap:1rem}"      \
+    ".charts{display:grid;grid-template-columns:repeat(auto-fit,minmax(min(100%,26rem),1fr));gap:1rem;"      \
+    "align-items:start}"                                                                                     \
     "figure{margin:0;background:var(--card);border:1px solid var(--edge);border-radius:.3rem;padding:.9rem;" \
     "min-width:0;break-inside:avoid}"                                                                        \
     "figcaption{font-weight:600;margin-bottom:.4rem}figure svg{display:block;width:100%;height:auto}"        \
@@ -57,4 +58,4 @@
     ".finding{break-inside:avoid}.line.found{outline:1px solid #888}a{color:inherit}}"
 
 /// SHA-256 of the above in base64, as the page's policy names it.
-#define VISTREL_REPORT_STYLE_HASH "+TrBnd1anra4Iwcii9ayUVYDNAXtS2SUt6udIjctHNc="
+#define VISTREL_REPORT_STYLE_HASH "PqDT8GAv1fnhUn1afnh4mKf2UuClzkvzeJr4KEkqvtM="

@@ -143,11 +143,10 @@ std::string ReplyText(const Findings& findings) {
         }
     }
     if (requests.empty()) {
-        return "Hello,\n\nthank you for the report. It is complete, and we need nothing more from you for "
-               "now.\nWe "
-               "will look into it and write again.\n\nKind regards\n";
+        return "Hello,\n\nthank you for the report. It is complete, and we need nothing more from\n"
+               "you for now. We will look into it and write again.\n\nKind regards\n";
     }
-    std::string text = "Hello,\n\nthank you for the report; it helps a lot. ";
+    std::string text = "Hello,\n\nthank you for the report; it helps a lot.\n";
     text += requests.size() == 1 ? "One thing would take us further:\n\n"
                                  : "These steps would take us further:\n\n";
     for (std::size_t i = 0; i < requests.size(); ++i) {

@@ -1,0 +1,114 @@
+"""Inputs, exit statuses, comparison, masks."""
+
+import json
+
+from conftest import RULES, run
+
+GUIDED = "game-slow.report.txt"
+
+
+def test_exit_statuses(tmp_path):
+    empty = tmp_path / "empty.txt"
+    empty.write_bytes(b"")
+    letter = tmp_path / "letter.txt"
+    letter.write_text("Dear support,\nit stutters.\n")
+    for name in [empty, letter, tmp_path / "missing.txt"]:
+        _, complaint = run(name, status=1)
+        assert str(name.name) in complaint
+    # The rest is read all the same.
+    text, _ = run("--json", letter, RULES / GUIDED, status=1)
+    assert len(text.splitlines()) == 1
+    for wrong in [[], ["--compare", GUIDED], ["--no-such-option"], ["--json", "--csv", GUIDED], ["--explain"],
+                  ["--reply", GUIDED, GUIDED], ["--list-rules", GUIDED]]:
+        _, complaint = run(*wrong, status=2)
+        assert complaint
+    assert "--explain" in run("--help")[0]
+
+
+def test_standard_input_and_files_are_one():
+    from_file = json.loads(run("--json", GUIDED)[0])
+    from_input = json.loads(run("--json", "-", stdin=(RULES / GUIDED).read_bytes())[0])
+    assert from_input.pop("report") == "standard input"
+    assert from_file.pop("report") == GUIDED
+    assert from_input == from_file
+
+
+def test_a_folder_means_all_reports_in_it(tmp_path):
+    (tmp_path / "below").mkdir()
+    for name in ["b.txt", "a.txt", "below/c.txt"]:
+        (tmp_path / name).write_bytes((RULES / GUIDED).read_bytes())
+    (tmp_path / "picture.png").write_bytes(b"\x89PNG\r\n\x1a\n")
+    text, complaint = run("--json", tmp_path)
+    names = [json.loads(line)["report"] for line in text.splitlines()]
+    assert names == [str(tmp_path / name) for name in ["a.txt", "b.txt", "below/c.txt"]]
+    assert complaint == "vistrel_report: 1 files of the folders are no reports.\n"
+    (tmp_path / "empty").mkdir()
+    run(tmp_path / "empty", status=1)
+
+
+def test_two_reports_in_one_mail():
+    text = (RULES / GUIDED).read_bytes()
+    names = [json.loads(line)["report"] for line in run("--json", "-", stdin=text + b"\n\n" + text)[0].splitlines()]
+    assert names == ["standard input (1)", "standard input (2)"]
+
+
+def changed(name, *replacements):
+    text = (RULES / name).read_text(encoding="utf-8")
+    for before, after in replacements:
+        assert before in text
+        text = text.replace(before, after)
+    return text
+
+
+def test_comparison(tmp_path):
+    new = tmp_path / "new.txt"
+    new.write_text(changed(GUIDED, ("LUID          : 00000000:0000B3C7", "LUID          : 00000000:0000FFFF"),
+                           ("21.4 GB free", "3.1 GB free"), ("0.82            0", "0.84            0"),
+                           ("3.08 ms median", "6.20 ms median"), ("21.0 fps (63", "100.0 fps (300"),
+                           ("GPU scheduling  : not set (driver default)", "GPU scheduling  : ENABLED")))
+    text, _ = run("--compare", GUIDED, new)
+    assert "Findings that came:\n  Hardware-accelerated GPU scheduling is on  [gpu-scheduling-on]\n" in text
+    assert "Findings that went:\n  The game itself is slow  [game-slow]\n" in text
+    assert "  GPU scheduling               not set -> ENABLED\n" in text
+    assert "3.08 ms -> 6.20 ms  (+101%)" in text
+    assert "0.82" not in text, "within the tenth that runs differ by"
+    assert ", 1 within the 10% that runs differ by." in text
+    assert "B3C7" not in text and "21.4" not in text and "3.1 GB" not in text
+
+
+def test_what_cannot_be_compared_says_why(tmp_path):
+    new = tmp_path / "new.txt"
+    new.write_text(changed(GUIDED, ("GeForce RTX 3070", "GeForce RTX 4090")))
+    text, _ = run("--compare", GUIDED, new)
+    part = text[text.index("Not comparable:"):]
+    assert "Warp at 1920x1080" in part and "RTX 3070 against GPU NVIDIA GeForce RTX 4090" in part
+    new.write_text(changed(GUIDED, ("2560x1440  1440p", "3840x2160  1440p")))
+    text, _ = run("--compare", GUIDED, new)
+    assert "Only in the old report:\n  Warp at 2560x1440" in text
+    assert "Only in the new report:\n  Warp at 3840x2160" in text
+
+
+def test_masks_hide_what_may_name_a_person(tmp_path):
+    secret = tmp_path / "r.txt"
+    secret.write_text(changed(GUIDED, ("Running from: C:\\Program Files\\Vistrel", "Running from: C:\\Users\\Erika Muster\\Tools"),
+                              ("C:\\Users\\Sam\\", "C:\\Users\\Erika Muster\\"),
+                              ("Nothing notable - no Vistrel, no SteamVR, no capture software.",
+                               "Nothing notable - no Vistrel, no SteamVR, no capture software.\n"
+                               'Foreground app  : firefox.exe  "Erika Muster - Inbox"')))
+    page = tmp_path / "p.html"
+    text, _ = run("--mask", secret)
+    run("--mask", "--html", page, secret)
+    html = page.read_text(encoding="utf-8")
+    for hidden in ["Erika", "Muster", "Inbox", "firefox"]:
+        assert hidden not in html and hidden not in text
+    # The same word for the same thing, in both parts.
+    assert html.count("&lt;title 1&gt;") == 2 and "&lt;title 2&gt;" not in html
+    run("--html", page, secret)
+    assert "Erika Muster" in page.read_text(encoding="utf-8")
+
+
+def test_masked_quotations():
+    page, _ = run("--mask", "--html", "-", "part-two-missing.report.txt")
+    assert "settings line 1" in page and "log line 1" in page
+    assert "vistrel_ai_fps_limit" not in page
+    assert "DirectML provider attached" not in page
