@@ -18,13 +18,3 @@ struct ReportOptions {
     bool with_personal_data = false;
     bool mask = false;
 };
-
-/// What became of a command line: options, or a text and an exit status to end with.
-struct ParsedOptions {
-    std::optional<ReportOptions> options;
-    std::string text;
-    int exit_status = 0;
-};
-
-/// `arguments` without the program's own name, UTF-8.
-ParsedOptions ParseReportOptions(std::vector<std::string> arguments);
