@@ -27,14 +27,30 @@ inline HRESULT WINAPI CompileAsScripted(LPCVOID source, SIZE_T size, LPCSTR name
                       messages);
 }
 
-/// Knows the compiler alone; whoever else asks (the runtime library, for newer functions of Windows) does
-/// without.
-inline FARPROC WINAPI FindCompilerOnly(HMODULE, LPCSTR name) {
-    const bool compiler =
-        HIWORD(reinterpret_cast<ULONG_PTR>(name)) != 0 && std::strcmp(name, "D3DCompile") == 0;
-    return compiler ? reinterpret_cast<FARPROC>(&CompileAsScripted) : nullptr;
+/// How ntdll.dll takes a name; kernel32's function of the same purpose is the one replaced here.
+struct NtName {
+    USHORT length;
+    USHORT size;
+    const char* text;
+};
+extern "C" LONG NTAPI LdrGetProcedureAddress(HMODULE module, const NtName* name, ULONG ordinal,
+                                             void** address);
+
+/// GetProcAddress, but for the compiler.
+inline FARPROC WINAPI FindWithScriptedCompiler(HMODULE module, LPCSTR name) {
+    void* address = nullptr;
+    if (IS_INTRESOURCE(name)) {
+        LdrGetProcedureAddress(module, nullptr, LOWORD(reinterpret_cast<ULONG_PTR>(name)), &address);
+    } else if (std::strcmp(name, "D3DCompile") == 0) {
+        return reinterpret_cast<FARPROC>(&CompileAsScripted);
+    } else {
+        const auto length = static_cast<USHORT>(std::strlen(name));
+        const NtName wanted = {length, length, name};
+        LdrGetProcedureAddress(module, &wanted, 0, &address);
+    }
+    return reinterpret_cast<FARPROC>(address);
 }
 
 extern "C" {
-decltype(&GetProcAddress) __imp_GetProcAddress = FindCompilerOnly;
+decltype(&GetProcAddress) __imp_GetProcAddress = FindWithScriptedCompiler;
 }
