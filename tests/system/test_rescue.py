@@ -10,9 +10,11 @@ import openxr
 import terminal
 from test_guided_run import READY, prompt
 from test_terminal import on_screen
+from test_warp import LONG_WAIT
 
 HANDS = "HAND TRACKING (bare hand vs controller)"
 CAPTURE = "SCREEN CAPTURE"
+WARP = "STEREO WARP COST  (both eyes, one headset frame)"
 PLACE = "\nThe lines found so far are in vistrel_diag_report.txt; please send that file.\n"
 CRASHED = "the program crashed (exception 0x{:08X})"
 ABORTED = "the program aborted"
@@ -125,3 +127,13 @@ def test_crash_in_front_of_a_person_puts_the_consoles_code_page_back(machine, ki
         screen = person.screen.text()
     assert f"\n{closing_line(CAPTURE, cause)}{PLACE}" in screen
     assert "in code page" not in screen
+
+
+def test_a_gpu_that_never_answers(tmp_path):
+    """After twenty seconds the person is told that Ctrl-C keeps the report, and it does."""
+    install = lab.Install(tmp_path / "install")
+    install.add_shader("trivial")
+    person = Ground(install, b"")
+    screen = person.stop(on_screen(LONG_WAIT), scenario=MACHINE.replace("  draws", "  stamps never\n  draws", 1))
+    check_stopped(screen, WARP)
+    assert closing_line(WARP, STOPPED) in install.report.read_text(encoding="utf-8")

@@ -147,3 +147,48 @@ def test_a_blank_first_image_is_not_the_picture(install, run_tool):
         ("2560x1440  1440p", 0.82, 0),
         ("1920x1080  1080p", 0.46, 0),
     ]
+
+
+def test_the_first_row_is_measured_at_the_gpus_full_speed(install, run_tool):
+    """A GPU that clocks up from a third over 200 ms of work: within 3 % of 0.46 and 0.82 ms, what it takes at last."""
+    install.add_shader("trivial")
+    for (name, milliseconds, _), (steady_name, steady) in zip(
+        rows(run_tool(*MEASURED, scenario="gpu-clocks-up")),
+        [("1920x1080  your desktop (what runs today)", 2 * 1920 * 1080 / 9e6), ("2560x1440  1440p", 2 * 2560 * 1440 / 9e6)],
+        strict=True,
+    ):
+        assert name == steady_name
+        assert milliseconds == pytest.approx(steady, rel=0.03)
+
+
+def test_memory_that_is_freed_late_is_not_counted(install, run_tool):
+    install.add_shader("trivial")
+    table = rows(run_tool(*MEASURED, scenario="memory-falls-late"))
+    # Three textures of four bytes a pixel and one of a byte.
+    assert [vram for _, _, vram in table] == [round(13 * size / 2**20) for size in (2560 * 1440, 1920 * 1080)]
+
+
+def test_memory_that_never_stands_still_is_never_negative(install, run_tool):
+    install.add_shader("trivial")
+    assert all(vram <= 3 for _, _, vram in rows(run_tool(*MEASURED, scenario="memory-drifts")))
+
+
+LONG_WAIT = (
+    "The GPU has not answered for 20 seconds. The tool still waits for it;\nCtrl-C ends the run and keeps the report.\n"
+)
+
+
+def test_a_gpu_that_takes_long_is_told_of_on_the_console_alone(install, run_tool):
+    install.add_shader("trivial")
+    run = run_tool(*MEASURED, scenario="gpu-answers-late")
+    assert run.console_text.count(LONG_WAIT) == 1
+    assert "answered" not in run.report_text
+    assert [milliseconds for _, milliseconds, _ in rows(run)] == [0.46, 0.82]
+
+
+def test_time_stamps_that_mean_nothing(install, run_tool):
+    install.add_shader("trivial")
+    assert run_tool(*MEASURED, scenario="stamps-disjoint").section(SECTION) == (
+        f"{TABLE_HEADER}\n!! GPU timing produced nothing usable at 1920x1080\n"
+        "!! GPU timing produced nothing usable at 2560x1440"
+    )

@@ -7,22 +7,23 @@
 #include <cstdint>
 
 #include "tools/vistrel_diag/sections/warp/gpu_timer.h"
+#include "tools/vistrel_diag/sections/warp/long_wait.h"
 
 class D3D11TimestampQueries {
   public:
-    /// Both must outlive this.
-    D3D11TimestampQueries(ID3D11Device& device, ID3D11DeviceContext& context)
-        : device_(device), context_(context) {}
+    /// All must outlive this. `long_wait` is told of the waits for data; null when nobody is to know.
+    D3D11TimestampQueries(ID3D11Device& device, ID3D11DeviceContext& context, LongWait* long_wait = nullptr)
+        : device_(device), context_(context), long_wait_(long_wait) {}
 
     bool Create();
     void BeginBatch() { context_.Begin(disjoint_.Get()); }
     void StampStart() { context_.End(start_.Get()); }
     void StampEnd() { context_.End(end_.Get()); }
-    void EndBatch() { context_.End(disjoint_.Get()); }
+    void EndBatch();
     bool ReadClock(GpuClock& clock);
     bool ReadStart(std::uint64_t& stamp);
     bool ReadEnd(std::uint64_t& stamp);
-    void Pause() { Sleep(1); }
+    void Pause();
 
   private:
     using Query = Microsoft::WRL::ComPtr<ID3D11Query>;
@@ -33,6 +34,7 @@ class D3D11TimestampQueries {
 
     ID3D11Device& device_;
     ID3D11DeviceContext& context_;
+    LongWait* long_wait_;
     Query disjoint_;
     Query start_;
     Query end_;

@@ -16,6 +16,20 @@ bool D3D11TimestampQueries::Read(const Query& query, Data& data) {
     return context_.GetData(query.Get(), &data, sizeof(data), 0) == S_OK;
 }
 
+void D3D11TimestampQueries::EndBatch() {
+    context_.End(disjoint_.Get());
+    if (long_wait_ != nullptr) {
+        long_wait_->Begin();
+    }
+}
+
+void D3D11TimestampQueries::Pause() {
+    if (long_wait_ != nullptr) {
+        long_wait_->Continue();
+    }
+    Sleep(1);
+}
+
 bool D3D11TimestampQueries::ReadClock(GpuClock& clock) {
     D3D11_QUERY_DATA_TIMESTAMP_DISJOINT data = {};
     static_assert(sizeof(data) == 16);

@@ -3,12 +3,16 @@
 
 #include <d3d11.h>
 
+#include <optional>
+
 #include "render/stereo_warp_shader.h"
+#include "tools/vistrel_diag/sections/warp/warp_failure.h"
 #include "tools/vistrel_diag/sections/warp/warp_resources.h"
 
-/// Draws the luminance of the colour picture into the depth texture. When that cannot be done it is reported
-/// in one line and the depth stays as it was created.
-void DrawDepthMap(ID3D11Device& device, ID3D11DeviceContext& context, const WarpResources& resources);
+/// Draws the luminance of the colour picture into the depth texture. Returns why that cannot be done; the
+/// depth then stays as it was created.
+std::optional<DepthMapFailure> DrawDepthMap(ID3D11Device& device, ID3D11DeviceContext& context,
+                                            const WarpResources& resources);
 
 /// Draws one headset frame, the left eye and then the right, on a flat screen of `screen_size` metres.
 void DrawWarpFrame(ID3D11DeviceContext& context, const WarpResources& resources,

@@ -3,7 +3,6 @@
 #include <array>
 
 #include "render/shader_compiler.h"
-#include "tools/vistrel_diag/report/report.h"
 
 namespace {
 
@@ -31,34 +30,34 @@ void AimAt(ID3D11DeviceContext& context, const WarpResources& resources,
     context.VSSetShader(resources.full_screen.Get(), nullptr, 0);
 }
 
-ComPtr<ID3D11PixelShader> CreateLuminanceShader(ID3D11Device& device) {
+std::optional<DepthMapFailure> CreateLuminanceShader(ID3D11Device& device,
+                                                     ComPtr<ID3D11PixelShader>& shader) {
     const CompiledShader compiled = CompileShader(kLuminanceShader, nullptr, "main", "ps_5_0", 0);
-    ComPtr<ID3D11PixelShader> shader;
     if (!compiled.bytecode) {
-        Report::Line("!! shader compile failed: %s", compiled.message.c_str());
-    } else if (const HRESULT result =
-                   device.CreatePixelShader(compiled.bytecode->GetBufferPointer(),
-                                            compiled.bytecode->GetBufferSize(), nullptr, &shader);
-               FAILED(result)) {
-        Report::Line("!! shader compile failed: CreatePixelShader failed (0x%08X)",
-                     static_cast<unsigned>(result));
-        return {};
+        return DepthMapFailure{compiled.message, {}};
     }
-    return shader;
+    const HRESULT result = device.CreatePixelShader(compiled.bytecode->GetBufferPointer(),
+                                                    compiled.bytecode->GetBufferSize(), nullptr, &shader);
+    if (FAILED(result)) {
+        return DepthMapFailure{{}, static_cast<std::uint32_t>(result)};
+    }
+    return std::nullopt;
 }
 
 }  // namespace
 
-void DrawDepthMap(ID3D11Device& device, ID3D11DeviceContext& context, const WarpResources& resources) {
-    const ComPtr<ID3D11PixelShader> luminance = CreateLuminanceShader(device);
-    if (!luminance) {
-        return;
+std::optional<DepthMapFailure> DrawDepthMap(ID3D11Device& device, ID3D11DeviceContext& context,
+                                            const WarpResources& resources) {
+    ComPtr<ID3D11PixelShader> luminance;
+    if (std::optional<DepthMapFailure> failure = CreateLuminanceShader(device, luminance)) {
+        return failure;
     }
     AimAt(context, resources, resources.depth_target);
     context.PSSetShader(luminance.Get(), nullptr, 0);
     context.PSSetShaderResources(0, 1, resources.colour_view.GetAddressOf());
     context.PSSetSamplers(0, 1, resources.sampler.GetAddressOf());
     context.Draw(kStripVertices, 0);
+    return std::nullopt;
 }
 
 void DrawWarpFrame(ID3D11DeviceContext& context, const WarpResources& resources,

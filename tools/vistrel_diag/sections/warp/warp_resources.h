@@ -6,8 +6,10 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 
 #include "tools/vistrel_diag/sections/warp/colour_picture.h"
+#include "tools/vistrel_diag/sections/warp/warp_failure.h"
 
 struct EyeTarget {
     Microsoft::WRL::ComPtr<ID3D11Texture2D> texture;
@@ -27,10 +29,11 @@ struct WarpResources {
 };
 
 /// Makes the textures and their views, `width` x `height` each, with `frame` or the synthetic pattern as the
-/// colour picture and nothing yet as the depth. What cannot be made is reported in one line; false then.
-bool CreateWarpTextures(ID3D11Device& device, const FrameView& frame, std::int32_t width, std::int32_t height,
-                        WarpResources& resources);
+/// colour picture and nothing yet as the depth. Returns what cannot be made.
+std::optional<WarpFailure> CreateWarpTextures(ID3D11Device& device, const FrameView& frame,
+                                              std::int32_t width, std::int32_t height,
+                                              WarpResources& resources);
 
-/// Makes the full-screen vertex shader, the sampler and the viewport. Reports and returns as above.
-bool CreateWarpStates(ID3D11Device& device, std::int32_t width, std::int32_t height,
-                      WarpResources& resources);
+/// Makes the full-screen vertex shader, the sampler and the viewport. Returns as above.
+std::optional<WarpFailure> CreateWarpStates(ID3D11Device& device, std::int32_t width, std::int32_t height,
+                                            WarpResources& resources);

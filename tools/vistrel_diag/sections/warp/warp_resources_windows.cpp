@@ -3,7 +3,6 @@
 #include <new>
 
 #include "render/shader_compiler.h"
-#include "tools/vistrel_diag/report/report.h"
 
 namespace {
 
@@ -30,42 +29,52 @@ D3D11_TEXTURE2D_DESC TextureDescription(std::int32_t width, std::int32_t height,
     return description;
 }
 
-bool CreateColourTexture(ID3D11Device& device, const FrameView& frame, std::int32_t width,
-                         std::int32_t height, WarpResources& resources) {
+WarpFailure Failure(WarpStop stop, HRESULT result) {
+    return {stop, static_cast<std::uint32_t>(result)};
+}
+
+HRESULT CreateColourTexture(ID3D11Device& device, const FrameView& frame, std::int32_t width,
+                            std::int32_t height, WarpResources& resources) {
     ColourPicture picture;
     try {
         picture = BuildColourPicture(frame, width, height);
     } catch (const std::bad_alloc&) {
-        return false;
+        return E_OUTOFMEMORY;
+    }
+    if (picture.pixels == nullptr) {
+        return E_INVALIDARG;
     }
     const D3D11_TEXTURE2D_DESC description =
         TextureDescription(width, height, DXGI_FORMAT_B8G8R8A8_UNORM, D3D11_BIND_SHADER_RESOURCE);
     D3D11_SUBRESOURCE_DATA data = {};
     data.pSysMem = picture.pixels.get();
     data.SysMemPitch = static_cast<UINT>(picture.RowBytes());
-    return data.pSysMem != nullptr &&
-           SUCCEEDED(device.CreateTexture2D(&description, &data, &resources.colour));
+    return device.CreateTexture2D(&description, &data, &resources.colour);
 }
 
-bool CreateDepthTexture(ID3D11Device& device, std::int32_t width, std::int32_t height,
-                        WarpResources& resources) {
+HRESULT CreateDepthTexture(ID3D11Device& device, std::int32_t width, std::int32_t height,
+                           WarpResources& resources) {
     const D3D11_TEXTURE2D_DESC description = TextureDescription(
         width, height, DXGI_FORMAT_R8_UNORM, D3D11_BIND_RENDER_TARGET | D3D11_BIND_SHADER_RESOURCE);
-    return SUCCEEDED(device.CreateTexture2D(&description, nullptr, &resources.depth)) &&
-           SUCCEEDED(
-               device.CreateRenderTargetView(resources.depth.Get(), nullptr, &resources.depth_target)) &&
-           SUCCEEDED(device.CreateShaderResourceView(resources.depth.Get(), nullptr, &resources.depth_view));
+    HRESULT result = device.CreateTexture2D(&description, nullptr, &resources.depth);
+    if (SUCCEEDED(result)) {
+        result = device.CreateRenderTargetView(resources.depth.Get(), nullptr, &resources.depth_target);
+    }
+    if (SUCCEEDED(result)) {
+        result = device.CreateShaderResourceView(resources.depth.Get(), nullptr, &resources.depth_view);
+    }
+    return result;
 }
 
-bool CreateEyeTarget(ID3D11Device& device, std::int32_t width, std::int32_t height, EyeTarget& eye) {
+HRESULT CreateEyeTarget(ID3D11Device& device, std::int32_t width, std::int32_t height, EyeTarget& eye) {
     const D3D11_TEXTURE2D_DESC description =
         TextureDescription(width, height, DXGI_FORMAT_R8G8B8A8_UNORM_SRGB,
                            D3D11_BIND_RENDER_TARGET | D3D11_BIND_SHADER_RESOURCE);
-    return SUCCEEDED(device.CreateTexture2D(&description, nullptr, &eye.texture)) &&
-           SUCCEEDED(device.CreateRenderTargetView(eye.texture.Get(), nullptr, &eye.view));
+    const HRESULT result = device.CreateTexture2D(&description, nullptr, &eye.texture);
+    return FAILED(result) ? result : device.CreateRenderTargetView(eye.texture.Get(), nullptr, &eye.view);
 }
 
-bool CreateSampler(ID3D11Device& device, WarpResources& resources) {
+HRESULT CreateSampler(ID3D11Device& device, WarpResources& resources) {
     D3D11_SAMPLER_DESC description = {};
     description.Filter = D3D11_FILTER_MIN_MAG_MIP_LINEAR;
     description.AddressU = D3D11_TEXTURE_ADDRESS_CLAMP;
@@ -73,43 +82,51 @@ bool CreateSampler(ID3D11Device& device, WarpResources& resources) {
     description.AddressW = D3D11_TEXTURE_ADDRESS_CLAMP;
     description.ComparisonFunc = D3D11_COMPARISON_NEVER;
     description.MaxLOD = D3D11_FLOAT32_MAX;
-    return SUCCEEDED(device.CreateSamplerState(&description, &resources.sampler));
+    return device.CreateSamplerState(&description, &resources.sampler);
 }
 
 }  // namespace
 
-bool CreateWarpTextures(ID3D11Device& device, const FrameView& frame, std::int32_t width, std::int32_t height,
-                        WarpResources& resources) {
-    if (!CreateColourTexture(device, frame, width, height, resources)) {
-        Report::Line("!! could not create the %dx%d colour texture (out of VRAM?)", width, height);
-        return false;
+std::optional<WarpFailure> CreateWarpTextures(ID3D11Device& device, const FrameView& frame,
+                                              std::int32_t width, std::int32_t height,
+                                              WarpResources& resources) {
+    HRESULT result = CreateColourTexture(device, frame, width, height, resources);
+    if (FAILED(result)) {
+        return Failure(WarpStop::ColourTexture, result);
     }
-    // Any step that fails from one texture to the next is told by the line of the texture it leads up to.
-    if (FAILED(device.CreateShaderResourceView(resources.colour.Get(), nullptr, &resources.colour_view)) ||
-        !CreateDepthTexture(device, width, height, resources)) {
-        Report::Line("!! could not create the %dx%d depth texture", width, height);
-        return false;
+    // Any step that fails from one texture to the next counts for the texture it leads up to.
+    result = device.CreateShaderResourceView(resources.colour.Get(), nullptr, &resources.colour_view);
+    if (SUCCEEDED(result)) {
+        result = CreateDepthTexture(device, width, height, resources);
     }
+    if (FAILED(result)) {
+        return Failure(WarpStop::DepthTexture, result);
+    }
+    constexpr std::array<WarpStop, 2> kStops = {WarpStop::LeftEyeTarget, WarpStop::RightEyeTarget};
     for (std::size_t eye = 0; eye < resources.eyes.size(); ++eye) {
-        if (!CreateEyeTarget(device, width, height, resources.eyes[eye])) {
-            Report::Line("!! could not create eye target %d at %dx%d", static_cast<int>(eye), width, height);
-            return false;
+        result = CreateEyeTarget(device, width, height, resources.eyes[eye]);
+        if (FAILED(result)) {
+            return Failure(kStops[eye], result);
         }
     }
-    return true;
+    return std::nullopt;
 }
 
-bool CreateWarpStates(ID3D11Device& device, std::int32_t width, std::int32_t height,
-                      WarpResources& resources) {
+std::optional<WarpFailure> CreateWarpStates(ID3D11Device& device, std::int32_t width, std::int32_t height,
+                                            WarpResources& resources) {
     const CompiledShader compiled = CompileShader(kFullScreenShader, nullptr, "VSMain", "vs_5_0", 0);
-    if (!compiled.bytecode ||
-        FAILED(device.CreateVertexShader(compiled.bytecode->GetBufferPointer(),
-                                         compiled.bytecode->GetBufferSize(), nullptr,
-                                         &resources.full_screen)) ||
-        !CreateSampler(device, resources)) {
-        Report::Line("!! vertex shader failed to compile");
-        return false;
+    if (!compiled.bytecode) {
+        return WarpFailure{WarpStop::VertexShader, {}};
+    }
+    HRESULT result =
+        device.CreateVertexShader(compiled.bytecode->GetBufferPointer(), compiled.bytecode->GetBufferSize(),
+                                  nullptr, &resources.full_screen);
+    if (SUCCEEDED(result)) {
+        result = CreateSampler(device, resources);
+    }
+    if (FAILED(result)) {
+        return Failure(WarpStop::VertexShader, result);
     }
     resources.viewport = {0.0F, 0.0F, static_cast<float>(width), static_cast<float>(height), 0.0F, 1.0F};
-    return true;
+    return std::nullopt;
 }

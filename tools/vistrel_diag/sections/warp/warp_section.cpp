@@ -1,7 +1,9 @@
 #include "tools/vistrel_diag/sections/warp/warp_section.h"
 
 #include "platform/format.h"
+#include "tools/vistrel_diag/report/console.h"
 #include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/warp/long_wait.h"
 
 DesktopSize SizeOfDesktop(const CaptureMeasurement& capture, const std::vector<DisplayInfo>& displays) {
     if (capture.ok) {
@@ -36,6 +38,57 @@ void PrintWarpShaderFailure(const std::string& error) {
 
 void PrintWarpTableHeader() {
     Report::Line("%-10s %-32s %10s %12s", "SIZE", "", "GPU ms", "VRAM MB");
+}
+
+namespace {
+
+void PrintDepthMapFailure(const DepthMapFailure& failure) {
+    if (failure.result) {
+        Report::Line("!! shader compile failed: CreatePixelShader failed (0x%08X)", *failure.result);
+    } else {
+        Report::Line("!! shader compile failed: %s", failure.compiler_message.c_str());
+    }
+}
+
+void PrintStop(WarpStop stop, std::int32_t width, std::int32_t height) {
+    switch (stop) {
+        case WarpStop::ColourTexture:
+            Report::Line("!! could not create the %dx%d colour texture (out of VRAM?)", width, height);
+            break;
+        case WarpStop::DepthTexture:
+            Report::Line("!! could not create the %dx%d depth texture", width, height);
+            break;
+        case WarpStop::LeftEyeTarget:
+        case WarpStop::RightEyeTarget:
+            Report::Line("!! could not create eye target %d at %dx%d",
+                         stop == WarpStop::LeftEyeTarget ? 0 : 1, width, height);
+            break;
+        case WarpStop::VertexShader:
+            Report::Line("!! vertex shader failed to compile");
+            break;
+        case WarpStop::NoUsableTime:
+            Report::Line("!! GPU timing produced nothing usable at %dx%d", width, height);
+            break;
+    }
+}
+
+}  // namespace
+
+void PrintWaitForGpu() {
+    ConsolePrint(
+        "%35s\rThe GPU has not answered for %.0f seconds. The tool still waits for it;\n"
+        "Ctrl-C ends the run and keeps the report.\n",
+        "", LongWait::kSeconds);
+    FlushConsole();
+}
+
+void PrintWarpFailures(const WarpTiming& timing) {
+    if (timing.depth_map_failure) {
+        PrintDepthMapFailure(*timing.depth_map_failure);
+    }
+    if (timing.failure) {
+        PrintStop(timing.failure->stop, timing.width, timing.height);
+    }
 }
 
 void PrintWarpRow(const WarpSize& size, const WarpTiming& timing) {

@@ -33,6 +33,12 @@ void PrintWarpShaderFailure(const std::string& error);
 
 void PrintWarpTableHeader();
 
+/// Tells the person at the console alone that the GPU has not answered for LongWait::kSeconds.
+void PrintWaitForGpu();
+
+/// What went wrong at a size, in a line each.
+void PrintWarpFailures(const WarpTiming& timing);
+
 void PrintWarpRow(const WarpSize& size, const WarpTiming& timing);
 
 /// Reports STEREO WARP COST on `device`, with `context` its immediate context and `adapter` the one it runs

@@ -1,10 +1,12 @@
 #include <d3d11.h>
 #include <dxgi.h>
 
+#include "platform/stopwatch.h"
 #include "render/stereo_warp_shader.h"
 #include "tools/vistrel_diag/report/console.h"
 #include "tools/vistrel_diag/report/progress.h"
 #include "tools/vistrel_diag/report/report.h"
+#include "tools/vistrel_diag/sections/warp/long_wait.h"
 #include "tools/vistrel_diag/sections/warp/warp_section.h"
 
 std::vector<WarpTiming> ReportWarpSection(ID3D11Device* device, ID3D11DeviceContext* context,
@@ -17,9 +19,15 @@ std::vector<WarpTiming> ReportWarpSection(ID3D11Device* device, ID3D11DeviceCont
     }
     const FrameView frame = {capture.pixels, static_cast<std::int32_t>(capture.width),
                              static_cast<std::int32_t>(capture.height)};
+    const std::vector<WarpSize> sizes = WarpSizes(SizeOfDesktop(capture, DisplayList()));
+    const Stopwatch stopwatch;
+    LongWait long_wait([&stopwatch] { return stopwatch.Seconds(); }, PrintWaitForGpu);
+    // A GPU leaves its idle clocks only after a while under load: the first row would be compared with others
+    // that were measured at a higher clock.
+    Progress::Show("Warming up the GPU");
+    WarmUpWarp(device, context, shader, sizes.front().width, sizes.front().height, frame, &long_wait);
     PrintWarpTableHeader();
     std::vector<WarpTiming> timings;
-    const std::vector<WarpSize> sizes = WarpSizes(SizeOfDesktop(capture, DisplayList()));
     int step = 0;
     for (const WarpSize& size : sizes) {
         ConsolePrint("  measuring %dx%d ...\r", size.width, size.height);
@@ -28,7 +36,8 @@ std::vector<WarpTiming> ReportWarpSection(ID3D11Device* device, ID3D11DeviceCont
         Progress::Show("Warp at size", ++step, static_cast<int>(sizes.size()),
                        FormatText("%dx%d", size.width, size.height));
         const WarpTiming timing =
-            TimeStereoWarp(device, context, adapter, shader, size.width, size.height, frame);
+            TimeStereoWarp(device, context, adapter, shader, size.width, size.height, frame, &long_wait);
+        PrintWarpFailures(timing);
         ConsolePrint("%35s\r", "");
         if (timing.ok) {
             PrintWarpRow(size, timing);

@@ -26,12 +26,12 @@ class WarpFrameTest : public testing::Test {
 
     void Create(const FrameView& frame, std::int32_t width, std::int32_t height) {
         resources_ = {};
-        ASSERT_TRUE(CreateWarpTextures(*lab_.device.Get(), frame, width, height, resources_));
-        ASSERT_TRUE(CreateWarpStates(*lab_.device.Get(), width, height, resources_));
+        ASSERT_FALSE(CreateWarpTextures(*lab_.device.Get(), frame, width, height, resources_));
+        ASSERT_FALSE(CreateWarpStates(*lab_.device.Get(), width, height, resources_));
     }
 
     std::vector<std::uint8_t> DrawnDepth() {
-        DrawDepthMap(*lab_.device.Get(), *lab_.context.Get(), resources_);
+        EXPECT_FALSE(DrawDepthMap(*lab_.device.Get(), *lab_.context.Get(), resources_));
         return lab_.Read<std::uint8_t>(resources_.depth.Get());
     }
 
@@ -212,7 +212,7 @@ double BarPlace(const std::vector<Bytes>& eye) {
 TEST_F(WarpFrameTest, TheEyesDifferAsTheSeparationSays) {
     const std::vector<std::uint8_t> frame = BarFrame();
     Create({frame, kBarWidth, kBarHeight}, kBarWidth, kBarHeight);
-    DrawDepthMap(*lab_.device.Get(), *lab_.context.Get(), resources_);
+    ASSERT_FALSE(DrawDepthMap(*lab_.device.Get(), *lab_.context.Get(), resources_));
     StereoWarpShader shader;
     LoadSampleShader(lab_.device.Get(), shader);
     DiagSettings& settings = DiagSettings::Instance();

@@ -96,4 +96,49 @@ TEST(WarpSection, QuotesTheCompiler) {
 )");
 }
 
+std::string FailureLines(std::optional<WarpFailure> failure, std::optional<DepthMapFailure> depth_map = {}) {
+    const ReportCapture report;
+    WarpTiming timing;
+    timing.width = 1280;
+    timing.height = 720;
+    timing.failure = failure;
+    timing.depth_map_failure = depth_map;
+    PrintWarpFailures(timing);
+    return report.Text();
+}
+
+TEST(WarpSection, WordsEveryFailure) {
+    EXPECT_EQ(FailureLines({}), "");
+    EXPECT_EQ(FailureLines(WarpFailure{WarpStop::ColourTexture, 0x8007000E}),
+              "!! could not create the 1280x720 colour texture (out of VRAM?)\n");
+    EXPECT_EQ(FailureLines(WarpFailure{WarpStop::DepthTexture, 0x8007000E}),
+              "!! could not create the 1280x720 depth texture\n");
+    EXPECT_EQ(FailureLines(WarpFailure{WarpStop::LeftEyeTarget, 0x8007000E}),
+              "!! could not create eye target 0 at 1280x720\n");
+    EXPECT_EQ(FailureLines(WarpFailure{WarpStop::RightEyeTarget, 0x8007000E}),
+              "!! could not create eye target 1 at 1280x720\n");
+    EXPECT_EQ(FailureLines(WarpFailure{WarpStop::VertexShader, {}}), "!! vertex shader failed to compile\n");
+    EXPECT_EQ(FailureLines(WarpFailure{WarpStop::NoUsableTime, {}}),
+              "!! GPU timing produced nothing usable at 1280x720\n");
+}
+
+TEST(WarpSection, TellsOfTheDepthMapFirst) {
+    EXPECT_EQ(FailureLines({}, DepthMapFailure{"(1,1): error %s", {}}),
+              "!! shader compile failed: (1,1): error %s\n");
+    EXPECT_EQ(FailureLines(WarpFailure{WarpStop::NoUsableTime, {}}, DepthMapFailure{"", 0x80004005}),
+              "!! shader compile failed: CreatePixelShader failed (0x80004005)\n"
+              "!! GPU timing produced nothing usable at 1280x720\n");
+}
+
+TEST(WarpSection, TheWaitForTheGpuIsTheConsolesAlone) {
+    const ReportCapture report;
+    testing::internal::CaptureStdout();
+    PrintWaitForGpu();
+    const std::string console = testing::internal::GetCapturedStdout();
+    EXPECT_NE(console.find("The GPU has not answered for 20 seconds. The tool still waits for it;\n"
+                           "Ctrl-C ends the run and keeps the report.\n"),
+              std::string::npos);
+    EXPECT_EQ(report.Text(), "");
+}
+
 }  // namespace

@@ -1,5 +1,6 @@
 #include "tools/vistrel_diag/sections/warp/warp_timing.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,6 +17,7 @@
 #include "tests/unit/support/warp_shader_install.h"
 #include "tools/vistrel_diag/sections/warp/d3d11_timestamp_queries.h"
 #include "tools/vistrel_diag/sections/warp/warp_frame.h"
+#include "tools/vistrel_diag/sections/warp/warp_section.h"
 
 namespace {
 
@@ -33,8 +35,12 @@ class WarpTimingTest : public testing::Test {
         DiagSettings::Instance() = DiagSettings();
     }
 
+    /// Times and reports what failed, as the section does.
     WarpTiming Time(std::int32_t width, std::int32_t height, IDXGIAdapter1* adapter = nullptr) {
-        return TimeStereoWarp(lab_.device.Get(), lab_.context.Get(), adapter, shader_, width, height, {});
+        const WarpTiming timing =
+            TimeStereoWarp(lab_.device.Get(), lab_.context.Get(), adapter, shader_, width, height, {});
+        PrintWarpFailures(timing);
+        return timing;
     }
 
     LabDevice lab_;
@@ -44,6 +50,7 @@ class WarpTimingTest : public testing::Test {
 void ExpectFailed(const WarpTiming& timing) {
     EXPECT_FALSE(timing.ok);
     EXPECT_EQ(timing.gpu_ms, 0.0);
+    EXPECT_TRUE(timing.failure.has_value());
 }
 
 TEST_F(WarpTimingTest, TimesAndLeavesNothingBehind) {
@@ -236,29 +243,84 @@ TEST_F(WarpTimingTest, ReportsASilentCompilerOnTheDepthMap) {
 constexpr UINT64 kMegabyte = 1048576;
 
 TEST_F(WarpTimingTest, CountsTheMemoryThatTheTexturesTook) {
-    ScriptedVideoMemory scripted(lab_.adapter.Get(), {100 * kMegabyte, 137 * kMegabyte + kMegabyte / 2});
+    constexpr UINT64 kBefore = 100 * kMegabyte;
+    ScriptedVideoMemory scripted(lab_.adapter.Get(),
+                                 {kBefore, kBefore, kBefore, 137 * kMegabyte + kMegabyte / 2});
     EXPECT_EQ(Time(32, 18, lab_.adapter.Get()).vram_mb, 37.5);
 }
 
-TEST_F(WarpTimingTest, SubtractsMemoryAsUnsigned) {
-    ScriptedVideoMemory scripted(lab_.adapter.Get(), {kMegabyte, 0});
-    EXPECT_EQ(Time(32, 18, lab_.adapter.Get()).vram_mb, 17592186044415.0);
+TEST_F(WarpTimingTest, MemoryThatIsFreedMeanwhileLeavesNone) {
+    ScriptedVideoMemory scripted(lab_.adapter.Get(), {kMegabyte, kMegabyte, kMegabyte, 0});
+    EXPECT_EQ(Time(32, 18, lab_.adapter.Get()).vram_mb, 0.0);
+}
+
+TEST_F(WarpTimingTest, WaitsUntilMemoryThatIsFreedLateIsFree) {
+    ScriptedVideoMemory scripted(lab_.adapter.Get(),
+                                 {9 * kMegabyte, 9 * kMegabyte, 5 * kMegabyte, 5 * kMegabyte, 8 * kMegabyte});
+    EXPECT_EQ(Time(32, 18, lab_.adapter.Get()).vram_mb, 3.0);
+}
+
+TEST_F(WarpTimingTest, BeforeTheFirstReadingNothingIsBoundAndTheGpuIsIdle) {
+    RecordedContext recorded(lab_.context.Get());
+    ScriptedVideoMemory scripted(lab_.adapter.Get(), {0, 0, 0, 0});
+    Time(32, 18, lab_.adapter.Get());
+    EXPECT_THAT(recorded.Calls(), testing::StartsWith("clear end-other flush draw "));
 }
 
 TEST_F(WarpTimingTest, KeepsTheMemoryOfATimingThatFailedLater) {
-    ScriptedVideoMemory memory(lab_.adapter.Get(), {0, 8 * kMegabyte});
+    ScriptedVideoMemory memory(lab_.adapter.Get(), {0, 0, 0, 8 * kMegabyte});
     ScriptedDevice scripted(lab_.device.Get());
-    scripted.result_of_call = [](int call) { return call == 13 ? E_FAIL : S_OK; };
+    scripted.result_of_call = [](int call) { return call == 14 ? E_FAIL : S_OK; };
     const WarpTiming timing = Time(32, 18, lab_.adapter.Get());
     ExpectFailed(timing);
     EXPECT_EQ(timing.vram_mb, 8.0);
 }
 
 TEST_F(WarpTimingTest, ForgetsTheMemoryOfTexturesThatFailed) {
-    ScriptedVideoMemory memory(lab_.adapter.Get(), {0});
+    ScriptedVideoMemory memory(lab_.adapter.Get(), {0, 0, 0});
     ScriptedDevice scripted(lab_.device.Get());
-    scripted.result_of_call = [](int call) { return call == 9 ? E_FAIL : S_OK; };
+    scripted.result_of_call = [](int call) { return call == 10 ? E_FAIL : S_OK; };
     EXPECT_EQ(Time(32, 18, lab_.adapter.Get()).vram_mb, 0.0);
+}
+
+TEST_F(WarpTimingTest, TellsDirect3dsResultWithTheFailure) {
+    ScriptedDevice scripted(lab_.device.Get());
+    scripted.result_of_call = [](int call) { return call == 8 ? DXGI_ERROR_DEVICE_REMOVED : S_OK; };
+    const WarpTiming timing = Time(160, 90);
+    ASSERT_TRUE(timing.failure);
+    EXPECT_EQ(timing.failure->stop, WarpStop::RightEyeTarget);
+    EXPECT_EQ(timing.failure->result, static_cast<std::uint32_t>(DXGI_ERROR_DEVICE_REMOVED));
+}
+
+class WarpWarmUpTest : public WarpTimingTest {
+  protected:
+    void WarmUp() { WarmUpWarp(lab_.device.Get(), lab_.context.Get(), shader_, 160, 90, {}); }
+};
+
+TEST_F(WarpWarmUpTest, DrawsFramesAndLeavesNothingBehind) {
+    const ReportCapture report;
+    RecordedContext recorded(lab_.context.Get());
+    ScriptedDevice scripted(lab_.device.Get());
+    WarmUp();
+    EXPECT_THAT(recorded.Calls(),
+                testing::StartsWith("draw begin-clock end-stamp fill draw fill draw end-stamp"));
+    EXPECT_THAT(recorded.Calls(), testing::EndsWith("end-clock clear flush "));
+    EXPECT_EQ(scripted.LivingObjects(), 0);
+    EXPECT_EQ(report.Text(), "");
+}
+
+TEST_F(WarpWarmUpTest, EndsAtOnceWhereNothingCanBeDrawnOrTimed) {
+    const ReportCapture report;
+    for (const int failing : {1, 8, 10, 13}) {
+        SCOPED_TRACE(failing);
+        RecordedContext recorded(lab_.context.Get());
+        ScriptedDevice scripted(lab_.device.Get());
+        scripted.result_of_call = [failing](int call) { return call >= failing ? E_OUTOFMEMORY : S_OK; };
+        WarmUp();
+        EXPECT_THAT(recorded.Calls(), testing::AnyOf("clear flush ", "draw clear flush "));
+        EXPECT_EQ(scripted.LivingObjects(), 0);
+    }
+    EXPECT_EQ(report.Text(), "");
 }
 
 TEST_F(WarpTimingTest, TimesTheWidestEye) {
@@ -318,9 +380,9 @@ TEST_F(WarpTimingTest, MoreStepsCostMore) {
 
 TEST_F(WarpTimingTest, TwiceTheFramesCostTheSameEach) {
     WarpResources resources;
-    ASSERT_TRUE(CreateWarpTextures(*lab_.device.Get(), {}, 320, 180, resources));
-    ASSERT_TRUE(CreateWarpStates(*lab_.device.Get(), 320, 180, resources));
-    DrawDepthMap(*lab_.device.Get(), *lab_.context.Get(), resources);
+    ASSERT_FALSE(CreateWarpTextures(*lab_.device.Get(), {}, 320, 180, resources));
+    ASSERT_FALSE(CreateWarpStates(*lab_.device.Get(), 320, 180, resources));
+    ASSERT_FALSE(DrawDepthMap(*lab_.device.Get(), *lab_.context.Get(), resources));
     D3D11TimestampQueries queries(*lab_.device.Get(), *lab_.context.Get());
     const auto time_frames = [&](int frames) {
         return GpuTimeFrames(queries, frames,
