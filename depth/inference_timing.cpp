@@ -6,6 +6,7 @@
 
 #include "depth/onnx_runtime.h"
 #include "platform/format.h"
+#include "platform/utf8.h"
 
 namespace {
 
@@ -149,9 +150,9 @@ void AttemptTiming(ModelTiming& timing, const std::function<void()>& attempt) {
     try {
         attempt();
     } catch (const Ort::Exception& failure) {
-        timing.error = std::string("onnxruntime: ") + failure.what();
+        timing.error = "onnxruntime: " + ValidUtf8(failure.what());
     } catch (const std::exception& failure) {
-        timing.error = failure.what();
+        timing.error = ValidUtf8(failure.what());
     } catch (...) {
         timing.error = "an exception of unknown kind";
     }

@@ -51,5 +51,5 @@ void MeasureInference(const OnnxRuntime& runtime, const InferenceRequest& reques
                       ModelTiming& timing);
 
 /// Carries out `attempt` and makes an error text of what it throws: "onnxruntime: " and the message for
-/// an Ort::Exception, the message alone for others.
+/// an Ort::Exception, the message alone for others. What is not UTF-8 in it becomes U+FFFD.
 void AttemptTiming(ModelTiming& timing, const std::function<void()>& attempt);

@@ -5,11 +5,15 @@
 #include <delayimp.h>
 
 #include <array>
-#include <optional>
+#include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "platform/format.h"
 #include "platform/library.h"
+#include "platform/long_path.h"
+#include "platform/module_folder.h"
+#include "platform/module_image.h"
 #include "platform/utf8.h"
 
 namespace {
@@ -17,15 +21,40 @@ namespace {
 constexpr const wchar_t* kModuleName = L"onnxruntime.dll";
 constexpr WORD kGetApiBaseOrdinal = 1;
 constexpr WORD kAppendDirectMlOrdinal = 4;
+constexpr const char* kAppendDirectMlName = "OrtSessionOptionsAppendExecutionProvider_DML";
 constexpr std::uint32_t kApiVersion = 24;
 
 using GetApiBase = const OrtApiBase*(ORT_API_CALL*)();
 
+/// By the full path first: by its name alone Windows would give a module of that name that the process has
+/// already, whoever brought it, and then, without one in the executable's folder, the older one of its own
+/// system folder.
+HMODULE LoadRuntime() {
+    const std::string folder = ExecutableFolder();
+    if (folder.empty()) {
+        return LoadLibraryQuietly(kModuleName);
+    }
+    const std::wstring own = WideFromUtf8(OpenablePath(folder + "\\onnxruntime.dll"));
+    HMODULE const module = LoadLibraryQuietly(own.c_str());
+    const DWORD error = GetLastError();
+    if (module == nullptr && GetFileAttributesW(own.c_str()) != INVALID_FILE_ATTRIBUTES) {
+        SetLastError(error);
+        return nullptr;  // It is there and cannot be loaded; another one is not the product's.
+    }
+    return module != nullptr ? module : LoadLibraryQuietly(kModuleName);
+}
+
+/// The module as it is now: null before it was loaded.
+HMODULE& CurrentModule() {
+    static HMODULE module = nullptr;
+    return module;
+}
+
 /// The module, loaded when it is not yet and never let go. Null when it cannot be loaded.
 HMODULE OnnxRuntimeModule() {
-    static HMODULE module = nullptr;
+    HMODULE& module = CurrentModule();
     if (module == nullptr) {
-        module = LoadLibraryQuietly(kModuleName);
+        module = LoadRuntime();
     }
     return module;
 }
@@ -36,15 +65,21 @@ std::string ModulePath(HMODULE module) {
     return Utf8FromWide({path.data(), length});
 }
 
+/// The entry at `ordinal` when it is the one called `name`, or has no name at all: in a runtime that was
+/// built otherwise another function may lie there.
 template <typename Function>
-Function EntryByOrdinal(HMODULE module, WORD ordinal) {
+Function Entry(HMODULE module, WORD ordinal, std::string_view name) {
+    const char* const given = NameOfExport(module, ordinal);
+    if (given != nullptr && given != name) {
+        return nullptr;
+    }
     return reinterpret_cast<Function>(GetProcAddress(module, MAKEINTRESOURCEA(ordinal)));
 }
 
 /// The table of version kApiVersion. Windows itself carries an older runtime in its system folder, found when
 /// none lies beside the executable, so the message says which one this is.
 const OrtApi* ApiTable(HMODULE module) {
-    const auto get_api_base = EntryByOrdinal<GetApiBase>(module, kGetApiBaseOrdinal);
+    const auto get_api_base = Entry<GetApiBase>(module, kGetApiBaseOrdinal, "OrtGetApiBase");
     if (get_api_base == nullptr) {
         throw Ort::Exception(FormatText("%s has no OrtGetApiBase at ordinal %d", ModulePath(module).c_str(),
                                         kGetApiBaseOrdinal));
@@ -71,13 +106,28 @@ OnnxRuntime FindOnnxRuntime() {
     OnnxRuntime runtime;
     runtime.api = ApiTable(module);
     runtime.append_directml =
-        EntryByOrdinal<decltype(runtime.append_directml)>(module, kAppendDirectMlOrdinal);
+        Entry<decltype(runtime.append_directml)>(module, kAppendDirectMlOrdinal, kAppendDirectMlName);
     if (runtime.append_directml == nullptr) {
-        throw Ort::Exception(
-            FormatText("%s has no OrtSessionOptionsAppendExecutionProvider_DML at ordinal %d",
-                       ModulePath(module).c_str(), kAppendDirectMlOrdinal));
+        throw Ort::Exception(FormatText("%s has no %s at ordinal %d", ModulePath(module).c_str(),
+                                        kAppendDirectMlName, kAppendDirectMlOrdinal));
     }
     return runtime;
+}
+
+/// What FindOnnxRuntime gave, found once: the runtime, or why there is none.
+struct FoundRuntime {
+    OnnxRuntime runtime;
+    std::string refusal;
+};
+
+FoundRuntime FindOnce() {
+    FoundRuntime found;
+    try {
+        found.runtime = FindOnnxRuntime();
+    } catch (const Ort::Exception& failure) {
+        found.refusal = failure.what();
+    }
+    return found;
 }
 
 /// Stands in for an import that cannot be found. All those that the runtime puts off return an HRESULT, and
@@ -86,8 +136,17 @@ HRESULT MissingImport() {
     return HRESULT_FROM_WIN32(ERROR_DELAY_LOAD_FAILED);
 }
 
+/// Whether `import` is one of the runtime's own: the description that the helper got lies in the module whose
+/// import it is.
+bool IsImportOf(const DelayLoadInfo& import, HMODULE module) {
+    const auto place = reinterpret_cast<std::uintptr_t>(import.pidd);
+    const auto begin = reinterpret_cast<std::uintptr_t>(module);
+    return module != nullptr && place >= begin && place - begin < ImageSize(module);
+}
+
 /// The exceptions of the delay-load helper are made to be answered: it goes on with whatever function the
-/// handler leaves in the record.
+/// handler leaves in the record. This handler comes before those of whoever raised the exception, so what is
+/// not the runtime's it must leave to them.
 LONG CALLBACK AnswerMissingImport(EXCEPTION_POINTERS* raised) {
     const EXCEPTION_RECORD& exception = *raised->ExceptionRecord;
     const bool is_missing_import =
@@ -97,6 +156,9 @@ LONG CALLBACK AnswerMissingImport(EXCEPTION_POINTERS* raised) {
         return EXCEPTION_CONTINUE_SEARCH;
     }
     auto* const import = reinterpret_cast<DelayLoadInfo*>(exception.ExceptionInformation[0]);
+    if (import == nullptr || !IsImportOf(*import, CurrentModule())) {
+        return EXCEPTION_CONTINUE_SEARCH;
+    }
     import->pfnCur = reinterpret_cast<FARPROC>(&MissingImport);
     return EXCEPTION_CONTINUE_EXECUTION;
 }
@@ -108,8 +170,11 @@ bool LoadOnnxRuntimeModule() {
 }
 
 const OnnxRuntime& LoadedOnnxRuntime() {
-    static const OnnxRuntime runtime = FindOnnxRuntime();
-    return runtime;
+    static const FoundRuntime found = FindOnce();
+    if (!found.refusal.empty()) {
+        throw Ort::Exception(found.refusal);
+    }
+    return found.runtime;
 }
 
 DelayLoadGuard::DelayLoadGuard() : handler_(AddVectoredExceptionHandler(1, AnswerMissingImport)) {}

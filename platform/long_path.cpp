@@ -28,6 +28,9 @@ bool HasParentFolder(std::string_view path) {
 }  // namespace
 
 std::string OpenablePath(std::string_view path) {
+    if (path.starts_with("\\\\?\\")) {
+        return WithBackslashes(path);
+    }
     if (path.size() <= kShortPath || HasParentFolder(path)) {
         return std::string(path);
     }

@@ -47,6 +47,12 @@ std::u16string Utf16FromUtf8(std::string_view text) {
     return converted;
 }
 
+std::string ValidUtf8(std::string_view text) {
+    std::string valid;
+    utf8::replace_invalid(text.begin(), text.end(), std::back_inserter(valid));
+    return valid;
+}
+
 #ifdef _WIN32
 static_assert(sizeof(wchar_t) == sizeof(char16_t), "Windows' wide strings are UTF-16");
 

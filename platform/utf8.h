@@ -13,6 +13,9 @@ std::string Utf8FromUtf16(std::u16string_view text);
 /// UTF-8 to UTF-16. Empty when the text is not well formed.
 std::u16string Utf16FromUtf8(std::string_view text);
 
+/// `text` with U+FFFD in place of whatever is not UTF-8.
+std::string ValidUtf8(std::string_view text);
+
 #ifdef _WIN32
 /// Utf8FromUtf16 for the wide strings of Windows.
 std::string Utf8FromWide(std::wstring_view text);

@@ -162,6 +162,7 @@ def test_a_runtime_that_is_no_dll(product, run_tool):
     [
         ("without_ordinal_1", "", "{dll} has no OrtGetApiBase at ordinal 1"),
         ("without_ordinal_4", "", "{dll} has no OrtSessionOptionsAppendExecutionProvider_DML at ordinal 4"),
+        ("other_ordinal_4", "", "{dll} has no OrtSessionOptionsAppendExecutionProvider_DML at ordinal 4"),
         ("whole", "old", "{dll} is version 1.17.1, which does not offer API version 24"),
         ("whole", "no-base", "OrtGetApiBase of {dll} answers nothing"),
     ],
@@ -268,3 +269,37 @@ def test_missing_and_oversized_models(genuine, run_tool, tmp_path):
     genuine.add_file(tmp_path / "broken" / "huge_dimension.onnx", MODELS + make_models.PRESETS[5][0])
     section = run_tool(*lab.CHEAP, scenario=ONE_GPU).section(TITLE)
     assert section == failed(genuine, "an input of 20000x20000 pixels cannot be timed", 5)
+
+
+def test_a_runtime_that_refuses_is_asked_once(stand_in, run_tool):
+    """Each refusal is a line on the console of whoever runs the tool."""
+    run = run_tool(*QUICK, scenario=ONE_GPU, env={"VISTREL_ONNX_STAND_IN": "old"})
+    assert run.section(TITLE).count("which does not offer API version 24") == len(NAMES)
+    assert run.errors.count(b"API version 24 is refused") == 1
+
+
+def test_a_runtime_whose_exports_have_no_names(product, run_tool):
+    product.add_library("onnxruntime.dll", STAND_INS / "without_names" / "onnxruntime.dll")
+    assert INFERENCE.fullmatch(run_tool(*lab.CHEAP, scenario=ONE_GPU).section(TITLE).split("\n")[3])
+
+
+def test_a_runtime_that_something_else_brought_does_not_win(stand_in, run_tool, tmp_path):
+    other = tmp_path / "elsewhere"
+    other.mkdir()
+    (other / "onnxruntime.dll").write_bytes((STAND_INS / "without_ordinal_1" / "onnxruntime.dll").read_bytes())
+    path = lab.windows_path(other / "onnxruntime.dll").replace("/", "\\")
+    scenario = f"loads {path}\n" + lab.scenario_text(ONE_GPU)
+    assert INFERENCE.fullmatch(run_tool(*lab.CHEAP, scenario=scenario).section(TITLE).split("\n")[3])
+
+
+def test_models_below_a_folder_in_the_form_for_long_paths(stand_in, run_tool):
+    place = "\\\\?\\" + stand_in.windows_folder.replace("/", "\\")
+    scenario = f"program at {place}\\vistrel_diag.exe\n" + lab.scenario_text(ONE_GPU)
+    run = run_tool(*lab.CHEAP, scenario=scenario)
+    assert f"Running from: {place}\n" in run.report_text
+    assert INFERENCE.fullmatch(run.section(TITLE).split("\n")[3])
+
+
+def test_a_message_that_is_no_utf8(stand_in, run_tool):
+    run = run_tool(*lab.CHEAP, scenario=ONE_GPU, env={"VISTREL_ONNX_STAND_IN": "fail=CreateEnv message-bytes=66E96F"})
+    assert run.section(TITLE) == failed(stand_in, "onnxruntime: f\N{REPLACEMENT CHARACTER}o")

@@ -2,13 +2,15 @@
 // environment variable VISTREL_ONNX_STAND_IN, words apart by blanks:
 //
 //     no-base            the first entry point answers nothing
-//     old                the table goes to version 17 only, as in the copy that Windows carries
+//     old                the table goes to version 17 only, as in the copy that Windows carries; whoever asks
+//                        for a newer one gets a line on the error stream too, as from the genuine one
 //     fail=ENTRY         the table's ENTRY (or AppendDirectMl) answers a status
 //     throw=ENTRY        it throws a C++ exception instead
 //     crash=ENTRY        it brings the program down; also any other of tests/lab/misfortune.h. At the ENTRY
 //                        DllMain this happens while the DLL is loaded
 //     call=N             at its Nth call, not the first
 //     message=WORD       with this message
+//     message-bytes=HEX  or one of these bytes, which need be no UTF-8
 //     pixel-takes=NS     each pixel of the input takes a Run so many nanoseconds of the machine's clock
 //     ledger=FILE        writes to FILE, when the process ends, a line for each kind of object,
 //                        "KIND made N alive N"
@@ -16,6 +18,7 @@
 //                        failed by order "ENTRY failed N" with the number of the call
 #include <windows.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <fstream>
 #include <sstream>
@@ -52,6 +55,16 @@ void TakeTime() {
     }
 }
 
+/// The bytes that two hexadecimal digits each spell.
+std::string BytesOf(const std::string& digits) {
+    constexpr int kHexadecimal = 16;
+    std::string bytes;
+    for (std::size_t i = 0; i + 1 < digits.size(); i += 2) {
+        bytes += static_cast<char>(std::stoi(digits.substr(i, 2), nullptr, kHexadecimal));
+    }
+    return bytes;
+}
+
 void Obey(const std::string& word) {
     CountingRuntime& runtime = TheCountingRuntime();
     const std::size_t equals = word.find('=');
@@ -72,6 +85,8 @@ void Obey(const std::string& word) {
         runtime.failing_call = std::atoi(value.c_str());
     } else if (name == "message") {
         runtime.message = value;
+    } else if (name == "message-bytes") {
+        runtime.message = BytesOf(value);
     } else if (name == "pixel-takes") {
         nanoseconds_per_pixel = std::atof(value.c_str());
         runtime.while_running = TakeTime;
@@ -116,7 +131,11 @@ void WriteCalls() {
 
 const OrtApi* ORT_API_CALL GetApi(std::uint32_t version) noexcept {
     ++table_requests;
-    return version > (old_version ? 17U : 24U) ? nullptr : CountingRuntimeEntries().api;
+    if (version <= (old_version ? 17U : 24U)) {
+        return CountingRuntimeEntries().api;
+    }
+    std::fprintf(stderr, "stand-in: API version %u is refused\n", static_cast<unsigned>(version));
+    return nullptr;
 }
 
 const char* ORT_API_CALL GetVersionString() noexcept {
@@ -133,6 +152,12 @@ extern "C" const OrtApiBase* StandInGetApiBase() {
 
 extern "C" OrtStatus* StandInAppendDirectMl(OrtSessionOptions* options, int device_id) {
     return CountingRuntimeEntries().append_directml(options, device_id);
+}
+
+// Whatever lies at the ordinal in a runtime built otherwise: it takes no such arguments.
+extern "C" OrtStatus* StandInAppendOther(OrtSessionOptions*, int) {
+    __builtin_trap();
+    return nullptr;
 }
 
 // For a test in whose process the DLL is.

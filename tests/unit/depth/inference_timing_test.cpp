@@ -259,4 +259,12 @@ TEST(AttemptTiming, BearsWhatIsNoException) {
     EXPECT_EQ(timing.error, "an exception of unknown kind");
 }
 
+TEST(AttemptTiming, ReplacesWhatIsNoUtf8InAMessage) {
+    ModelTiming timing;
+    AttemptTiming(timing, [] { throw Ort::Exception("caf\xE9 f\xC3\xBCr \xF0\x9F"); });
+    EXPECT_EQ(timing.error, "onnxruntime: caf\uFFFD f\u00FCr \uFFFD");
+    AttemptTiming(timing, [] { throw std::runtime_error("\xFF"); });
+    EXPECT_EQ(timing.error, "\uFFFD");
+}
+
 }  // namespace

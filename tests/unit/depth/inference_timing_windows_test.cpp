@@ -116,23 +116,22 @@ TEST_F(TimeDepthModelTest, BearsAForeignExceptionFromTheDll) {
     }
 }
 
-/// Raises what the delay-load helper of Visual C++ raises, and returns the function it would go on with.
-FARPROC RaiseMissingImport(DWORD error) {
+/// Raises what the delay-load helper of Visual C++ raises for an import that is described at `place`, and
+/// returns the function it would go on with.
+FARPROC RaiseMissingImport(DWORD error, const void* place) {
     DelayLoadInfo import = {};
     import.cb = sizeof import;
+    import.pidd = static_cast<PCImgDelayDescr>(place);
     import.szDll = "DirectML.dll";
     const ULONG_PTR parameter = reinterpret_cast<ULONG_PTR>(&import);
     RaiseException(VcppException(ERROR_SEVERITY_ERROR, error), 0, 1, &parameter);
     return import.pfnCur;
 }
 
-TEST(DelayLoadGuard, MakesAMissingImportAFailingCall) {
-    for (const DWORD error : {DWORD{ERROR_MOD_NOT_FOUND}, DWORD{ERROR_PROC_NOT_FOUND}}) {
-        const DelayLoadGuard guard;
-        const FARPROC stand_in = RaiseMissingImport(error);
-        ASSERT_NE(stand_in, nullptr);
-        EXPECT_TRUE(FAILED(reinterpret_cast<HRESULT (*)()>(stand_in)()));
-    }
+/// A place inside the loaded runtime.
+const void* InTheRuntime() {
+    LoadOnnxRuntimeModule();
+    return StandInEntry<const void*>("StandInAccount");
 }
 
 LONG CALLBACK AnswerAtLast(EXCEPTION_POINTERS* raised) {
@@ -141,15 +140,37 @@ LONG CALLBACK AnswerAtLast(EXCEPTION_POINTERS* raised) {
                                                                    : EXCEPTION_CONTINUE_SEARCH;
 }
 
-TEST(DelayLoadGuard, LeavesEverythingElseAlone) {
-    void* const last = AddVectoredExceptionHandler(0, AnswerAtLast);
+class DelayLoadGuardTest : public ::testing::Test {
+  protected:
+    ~DelayLoadGuardTest() override { RemoveVectoredExceptionHandler(last_); }
+
+    void* last_ = AddVectoredExceptionHandler(0, AnswerAtLast);
+};
+
+TEST_F(DelayLoadGuardTest, MakesAMissingImportOfTheRuntimeAFailingCall) {
+    for (const DWORD error : {DWORD{ERROR_MOD_NOT_FOUND}, DWORD{ERROR_PROC_NOT_FOUND}}) {
+        const DelayLoadGuard guard;
+        const FARPROC stand_in = RaiseMissingImport(error, InTheRuntime());
+        ASSERT_NE(stand_in, nullptr);
+        EXPECT_TRUE(FAILED(reinterpret_cast<HRESULT (*)()>(stand_in)()));
+    }
+}
+
+TEST_F(DelayLoadGuardTest, LeavesTheImportsOfOtherModulesAlone) {
+    const DelayLoadGuard guard;
+    InTheRuntime();
+    static const int in_this_program = 0;
+    EXPECT_EQ(RaiseMissingImport(ERROR_MOD_NOT_FOUND, &in_this_program), nullptr);
+    EXPECT_EQ(RaiseMissingImport(ERROR_MOD_NOT_FOUND, nullptr), nullptr);
+}
+
+TEST_F(DelayLoadGuardTest, LeavesEverythingElseAlone) {
     {
         const DelayLoadGuard guard;
-        EXPECT_EQ(RaiseMissingImport(ERROR_INVALID_PARAMETER), nullptr);
+        EXPECT_EQ(RaiseMissingImport(ERROR_INVALID_PARAMETER, InTheRuntime()), nullptr);
         RaiseException(0xE0000001, 0, 0, nullptr);
     }
-    EXPECT_EQ(RaiseMissingImport(ERROR_MOD_NOT_FOUND), nullptr);  // The guard is gone.
-    RemoveVectoredExceptionHandler(last);
+    EXPECT_EQ(RaiseMissingImport(ERROR_MOD_NOT_FOUND, InTheRuntime()), nullptr);  // The guard is gone.
 }
 
 }  // namespace

@@ -30,6 +30,11 @@ TEST(OpenablePath, LeavesALongPathThatIsNotAbsoluteOrHasAFormOfItsOwn) {
     }
 }
 
+TEST(OpenablePath, SeparatesByBackslashesBehindThePrefix) {
+    EXPECT_EQ(OpenablePath("\\\\?\\C:\\folder\\a/b/c.onnx"), "\\\\?\\C:\\folder\\a\\b\\c.onnx");
+    EXPECT_EQ(OpenablePath("\\\\?\\UNC\\server/share"), "\\\\?\\UNC\\server\\share");
+}
+
 TEST(OpenablePath, LeavesALongPathThroughAParentFolder) {
     for (const char* start : {"C:\\a\\..\\", "C:/a/../", "\\\\server\\share\\a\\..\\"}) {
         EXPECT_EQ(OpenablePath(Filled(start, 400)), Filled(start, 400));
