@@ -212,7 +212,7 @@ class Tree:
                 # A change then costs compiling one file and linking the library, not the tests.
                 options += ["-DVISTREL_PORTABLE_LIBRARY=SHARED", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"]
             if build == "sanitized":
-                options += ["-DCMAKE_BUILD_TYPE=Debug", "-DVISTREL_SANITIZE=address,undefined"]
+                options += ["-DCMAKE_BUILD_TYPE=Debug", "-DVISTREL_SANITIZE=address,undefined,float-cast-overflow"]
             code, output = run_limited(["cmake", "-S", self.source, "-B", folder, *options], self.folder, (LONGEST_BUILD_SECONDS, LONGEST_BUILD_SECONDS))
             if code != 0:
                 raise TheTestsFail(f"cmake: {output}")
