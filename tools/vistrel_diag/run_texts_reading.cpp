@@ -9,11 +9,12 @@ namespace {
 
 bool ReadCause(std::string_view text, CutShortReading& reading) {
     constexpr std::array kEnds = {RunEnd::Abort, RunEnd::ControlC, RunEnd::ConsoleClosed,
-                                  RunEnd::SessionEnded};
+                                  RunEnd::SessionEnded, RunEnd::ClosedByInstaller};
     std::size_t end = 0;
     if (LineScan(text)
             .OneOf(end, {"the program aborted", "the user stopped it with Ctrl-C",
-                         "the console window was closed", "the user logged off or the system shut down"})
+                         "the console window was closed", "the user logged off or the system shut down",
+                         "an installer or an update closed the program"})
             .IsWhole()) {
         reading.end = kEnds.at(end);
         return true;
