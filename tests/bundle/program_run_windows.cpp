@@ -9,13 +9,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-struct KernelHandleTraits {
-    using Handle = HANDLE;
-    static Handle Invalid() { return nullptr; }
-    static void Close(Handle handle) { CloseHandle(handle); }
-};
-using KernelHandle = UniqueHandle<KernelHandleTraits>;
-
 UniqueFileHandle OpenInherited(const fs::path& path, DWORD access, DWORD how) {
     SECURITY_ATTRIBUTES inherited = {sizeof(inherited), nullptr, TRUE};
     return UniqueFileHandle(CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, &inherited,
