@@ -94,12 +94,13 @@ struct Chain {
     PlacedHeading last;
     std::size_t before = 0;  ///< position of the chain that this one goes on; itself for the first
     std::size_t length = 1;
+    std::size_t skipped = 0;  ///< places between the headings that have none
 };
 
-/// Takes the headings for those places that give the most of them in the report's order. What the report
-/// quotes can hold headings; a report that counts all its own has more of them in order than any forgery that
-/// leaves some out. Of equal chains, later headings win: what is quoted stands before the heading that
-/// follows.
+/// Takes the headings for those places that give the most of them in the report's order, with the fewest
+/// missing between them. What the report quotes can hold headings; a report that has all its own has more of
+/// them in order than any forgery that leaves some out. Of equal chains, later headings win: what is quoted
+/// stands before the heading that follows.
 class HeadingOrder {
   public:
     HeadingOrder() { best_.fill(kNone); }
@@ -110,21 +111,25 @@ class HeadingOrder {
             if (!IsTitleOf(title, kPlaces[place])) {
                 continue;
             }
-            const std::size_t before = BestBefore(place);
-            const std::size_t length = before == kNone ? 1 : chains_[before].length + 1;
-            if (best_[place] == kNone || length >= chains_[best_[place]].length) {
+            const Chain chain = ChainTo({line, place});
+            if (best_[place] == kNone || Replaces(chain, chains_[best_[place]])) {
                 best_[place] = chains_.size();
-                chains_.push_back({{line, place}, before == kNone ? chains_.size() : before, length});
+                chains_.push_back(chain);
             }
         }
     }
 
     std::vector<PlacedHeading> Longest() const {
+        std::size_t longest = kNone;
+        for (const std::size_t chain : best_) {
+            if (chain != kNone && (longest == kNone || IsBetter(chains_[chain], chains_[longest]))) {
+                longest = chain;
+            }
+        }
         std::vector<PlacedHeading> headings;
-        std::size_t chain = BestBefore(kPlaces.size());
-        while (chain != kNone) {
-            headings.push_back(chains_[chain].last);
-            chain = chains_[chain].before == chain ? kNone : chains_[chain].before;
+        while (longest != kNone) {
+            headings.push_back(chains_[longest].last);
+            longest = chains_[longest].before == longest ? kNone : chains_[longest].before;
         }
         std::reverse(headings.begin(), headings.end());
         return headings;
@@ -133,11 +138,32 @@ class HeadingOrder {
   private:
     static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
-    std::size_t BestBefore(std::size_t place) const {
-        std::size_t best = kNone;
-        for (std::size_t i = 0; i < place; ++i) {
-            if (best_[i] != kNone && (best == kNone || chains_[best_[i]].length > chains_[best].length)) {
-                best = best_[i];
+    static bool IsBetter(const Chain& chain, const Chain& other) {
+        return chain.length != other.length ? chain.length > other.length : chain.skipped < other.skipped;
+    }
+
+    /// Nothing that can hold a heading stands before the running software of either part, but a window title
+    /// in it: of two, the first is the report's own.
+    static bool Replaces(const Chain& chain, const Chain& other) {
+        const bool same_beginning = chain.before == other.before || (chain.length == 1 && other.length == 1);
+        if (kPlaces[chain.last.place].title == kPlaces[1].title && same_beginning) {
+            return IsBetter(chain, other);
+        }
+        return !IsBetter(other, chain);
+    }
+
+    /// The best chain that ends with `heading`, to be added to chains_.
+    Chain ChainTo(const PlacedHeading& heading) const {
+        Chain best{heading, chains_.size()};
+        for (std::size_t place = 0; place < heading.place; ++place) {
+            if (best_[place] == kNone) {
+                continue;
+            }
+            const Chain& before = chains_[best_[place]];
+            const Chain chain{heading, best_[place], before.length + 1,
+                              before.skipped + heading.place - place - 1};
+            if (IsBetter(chain, best)) {
+                best = chain;
             }
         }
         return best;
@@ -150,11 +176,15 @@ class HeadingOrder {
 Headings FindHeadings(const std::vector<SourceLine>& lines) {
     std::vector<std::size_t> all;
     HeadingOrder order;
+    std::size_t title_end = 0;  // Behind a window title of several lines.
     for (std::size_t i = 0; i < lines.size(); ++i) {
+        title_end = std::max(title_end, i + WindowTitleLines(SourceLines(lines).subspan(i)));
         const std::string_view title = HeadingTitle(lines[i].text);
         if (!title.empty()) {
             all.push_back(i);
-            order.Add(i, title);
+            if (i >= title_end) {
+                order.Add(i, title);
+            }
         }
     }
     Headings headings;
@@ -389,6 +419,21 @@ std::vector<Beginning> FindBeginnings(const std::vector<SourceLine>& lines) {
     return beginnings;
 }
 
+/// Splits lines that hold the first two of a report, whose line ends are gone then. Returns whether there
+/// were any.
+bool RestoreLineEnds(std::vector<SourceLine>& lines) {
+    bool any = false;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        const std::size_t opening = lines[i].text.find(kOpening);
+        if (opening != std::string_view::npos &&
+            lines[i].text.find(kGenerated, opening) != std::string_view::npos) {
+            SplitLostLineEnds(lines, i);
+            any = true;
+        }
+    }
+    return any;
+}
+
 /// How many lines have text that is not the console's.
 std::size_t CountWithText(const std::vector<SourceLine>& lines) {
     return static_cast<std::size_t>(std::count_if(lines.begin(), lines.end(), [](const SourceLine& line) {
@@ -436,7 +481,8 @@ ReportFile ReportFile::FromBytes(std::string bytes) {
     TextEncoding encoding;
     ReportFile file(std::make_unique<Storage>());
     file.storage_->text = DecodedText(std::move(bytes), encoding);
-    const std::vector<SourceLine> lines = SplitLines(file.storage_->text);
+    std::vector<SourceLine> lines = SplitLines(file.storage_->text);
+    const bool lost_line_ends = RestoreLineEnds(lines);
     const std::vector<Beginning> beginnings = FindBeginnings(lines);
     file.lines_outside_ =
         CountWithText(Between(lines, 0, beginnings.empty() ? lines.size() : beginnings.front().line));
@@ -449,6 +495,10 @@ ReportFile ReportFile::FromBytes(std::string bytes) {
         }
         if (encoding.ill_formed) {
             AddNote(document, DocumentNoteKind::InvalidText, 0, "Not all of the file is well-formed text.");
+        }
+        if (lost_line_ends) {
+            AddNote(document, DocumentNoteKind::LineEndsLost, document.lines.front().number,
+                    "The ends of lines are lost; lines were told apart by how they begin.");
         }
         Clean(document, beginnings[i].prefix, file.storage_->joined);
         const std::size_t with_text = CountWithText(document.lines);

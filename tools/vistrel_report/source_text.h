@@ -24,6 +24,10 @@ std::string DecodedText(std::string bytes, TextEncoding& encoding);
 /// where there is no line feed at all, with a carriage return. The last line may lack its end.
 std::vector<SourceLine> SplitLines(std::string_view text);
 
+/// Cuts the line at `position` of `lines` where lines of a report begin, for text whose line ends are gone.
+/// Where it cannot be told, two lines stay one.
+void SplitLostLineEnds(std::vector<SourceLine>& lines, std::size_t position);
+
 /// Texts that are put together from several lines, at addresses that stay.
 using JoinedTexts = std::deque<std::string>;
 

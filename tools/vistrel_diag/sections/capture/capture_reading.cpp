@@ -1,6 +1,7 @@
 #include "tools/vistrel_diag/sections/capture/capture_reading.h"
 
 #include <cmath>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -18,8 +19,11 @@ double SecondsThatPrint(double seconds, std::uint32_t frames, double rate) {
     double high = seconds + kHalfOfLastDecimal;
     double middle = seconds;
     for (int step = 0; step < kMostSteps; ++step) {
-        const double printed = middle > 0.0 ? std::nearbyint(frames / middle * kTenths) : 0.0;
         const double wanted = std::nearbyint(rate * kTenths);
+        // No time prints as no rate; just above it the rate is without bounds.
+        const double printed = middle > 0.0  ? std::nearbyint(frames / middle * kTenths)
+                               : rate == 0.0 ? 0.0
+                                             : std::numeric_limits<double>::infinity();
         if (printed == wanted) {
             return middle;
         }

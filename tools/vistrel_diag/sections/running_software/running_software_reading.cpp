@@ -1,6 +1,8 @@
 #include "tools/vistrel_diag/sections/running_software/running_software_reading.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <iterator>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -10,14 +12,27 @@ namespace {
 constexpr std::string_view kForeground = "Foreground app  : ";
 constexpr std::string_view kBeforeTitle = "  \"";
 
-/// Reads the foreground application, whose title may go on over several lines, up to the last quotation mark.
+/// How many lines the foreground application takes, which `lines` begin with: up to the last one that ends
+/// with a quotation mark, for no other line of the section does. A title may hold line breaks and quotation
+/// marks.
+std::size_t ForegroundLines(SourceLines lines) {
+    for (std::size_t i = lines.size(); i-- > 1;) {
+        const std::size_t end = lines[i].text.find_last_not_of(" \t");
+        if (end != std::string_view::npos && lines[i].text[end] == '"') {
+            return i + 1;
+        }
+    }
+    return 1;
+}
+
+/// Reads the foreground application, whose title may go on over several lines.
 /// Returns how many lines it takes; 0 when `lines` does not begin with it.
 std::size_t ReadForeground(SourceLines lines, RunningSoftwareInfo& software) {
     if (!BeginsLine(lines.front().text, kForeground)) {
         return 0;
     }
     std::string text(lines.front().text);
-    const std::size_t count = WindowTitleLines(lines);
+    const std::size_t count = ForegroundLines(lines);
     for (const SourceLine& line : lines.subspan(1, count - 1)) {
         text.append("\n").append(line.text);
     }
@@ -31,6 +46,14 @@ std::size_t ReadForeground(SourceLines lines, RunningSoftwareInfo& software) {
     }
     software.foreground = std::move(application);
     return count;
+}
+
+constexpr std::string_view kWarning = "!! Vistrel IS RUNNING. That changes how to read everything below:";
+
+/// Adds the warning to `unread`.
+void TellWarning(SourceLines lines, UnreadLines& unread) {
+    std::copy_if(lines.begin(), lines.end(), std::back_inserter(unread),
+                 [](const SourceLine& line) { return IsLine(line.text, kWarning); });
 }
 
 bool IsRestOfWarning(std::string_view line) {
@@ -96,7 +119,7 @@ std::optional<RunningSoftwareReading> ReadRunningSoftwareSection(SourceLines lin
             i += title - 1;
         } else if (IsLine(line.text, "Nothing notable - no Vistrel, no SteamVR, no capture software.")) {
             reading.nothing_notable_line = line.number;
-        } else if (IsLine(line.text, "!! Vistrel IS RUNNING. That changes how to read everything below:")) {
+        } else if (IsLine(line.text, kWarning)) {
             reading.warning_line = line.number;
         } else if (ReadNotable(line.text, reading.software)) {
             reading.notable_lines.push_back(line.number);
@@ -105,6 +128,12 @@ std::optional<RunningSoftwareReading> ReadRunningSoftwareSection(SourceLines lin
             unread.push_back(line);
         }
         any = any || understood;
+    }
+    if (reading.warning_line != 0 &&
+        std::none_of(reading.software.notable.begin(), reading.software.notable.end(), IsVistrelExecutable)) {
+        // The report warns of a product that it lists. This warning is somebody else's.
+        reading.warning_line = 0;
+        TellWarning(lines, unread);
     }
     return any ? std::optional(std::move(reading)) : std::nullopt;
 }
