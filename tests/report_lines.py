@@ -95,7 +95,7 @@ def lines_of(path):
 
 def reads_reports(path):
     """Its texts are those that a report is searched for; none of them is printed into one."""
-    return "vistrel_report" in path.parts or path.stem == "line_reading" or ("sections" in path.parts and path.stem.endswith("_reading"))
+    return "vistrel_report" in path.parts or (path.stem.endswith("_reading") and path.stem != "openxr_reading")
 
 
 def components():

@@ -397,6 +397,35 @@ RC_GTEST_PROP(RoundTrip, ProductLog, ()) {
     RC_ASSERT(none.no_log_line == 1U);
 }
 
+namespace {
+
+rc::Gen<WorkerEnd> End() {
+    return rc::gen::exec([] {
+        WorkerEnd end;
+        end.kind = *rc::gen::element(WorkerEnd::Kind::Crashed, WorkerEnd::Kind::Aborted,
+                                     WorkerEnd::Kind::Exited, WorkerEnd::Kind::Lost, WorkerEnd::Kind::Silent);
+        end.code = *rc::gen::oneOf(rc::gen::arbitrary<std::uint32_t>(),
+                                   rc::gen::element<std::uint32_t>(0, 1, 255, 256, 0xC0000005, 0xC00000FD));
+        end.module = *rc::gen::oneOf(rc::gen::just(std::string()), WordWithout("0x"));
+        end.silent_seconds = *rc::gen::inRange(0, 1000);
+        return end;
+    });
+}
+
+}  // namespace
+
+RC_GTEST_PROP(RoundTrip, LoadingTheRuntimeThatEnded, ()) {
+    const WorkerEnd end = *End();
+    const auto print = [](const WorkerEnd& ended) {
+        return Printed([&] { PrintOnnxRuntimeLoadingEnded(ended); });
+    };
+    const std::string text = print(end);
+    const DepthModelReading reading = ReadBack(text, ReadDepthModelSection);
+    RC_ASSERT(reading.loading_ended.has_value());
+    RC_ASSERT(print(*reading.loading_ended) == text);
+    RC_ASSERT(reading.loading_ended->kind == end.kind);
+}
+
 RC_GTEST_PROP(RoundTrip, Headset, ()) {
     std::vector<GpuInfo> gpus(*rc::gen::inRange<std::size_t>(0, 3));
     for (std::size_t i = 0; i < gpus.size(); ++i) {
@@ -415,12 +444,17 @@ RC_GTEST_PROP(RoundTrip, Headset, ()) {
     query.eye_height = *rc::gen::element<std::uint32_t>(0, 2240, 0x80000000);
     query.luid_known = *rc::gen::arbitrary<bool>();
     query.adapter_luid = {*rc::gen::inRange<std::uint32_t>(0, 4), 0};
+    query.stop = Maybe(rc::gen::element(HeadsetStop::NoLoader, HeadsetStop::NoEntryPoints,
+                                        HeadsetStop::NoInstance, HeadsetStop::NoHeadset));
+    query.worker_end = Maybe(End());
     const auto print = [&](const HeadsetQuery& answer) {
         return Printed([&] { PrintHeadsetSection(answer, gpus, displays); });
     };
     const std::string text = print(query);
     const HeadsetReading reading = ReadBack(text, ReadHeadsetSection);
     HeadsetQuery read;
+    read.stop = reading.stop;
+    read.worker_end = reading.worker_end;
     read.runtime = reading.runtime ? reading.runtime->text : "";
     read.eye_width = reading.eye_width.value_or(0);
     read.eye_height = reading.eye_height.value_or(0);

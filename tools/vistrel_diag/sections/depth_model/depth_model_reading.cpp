@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "depth/depth_model_presets.h"
+#include "tools/vistrel_diag/worker/worker_end_reading.h"
 
 namespace {
 
@@ -44,6 +45,17 @@ bool ReadIntroduction(const SourceLine& line, DepthModelReading& reading) {
            IsLine(line.text,
                   "Re-run without --no-models to time every preset and see what the cheaper ones would cost "
                   "here.");
+}
+
+bool ReadLoadingEnded(const SourceLine& line, DepthModelReading& reading) {
+    std::string end;
+    if (reading.loading_ended ||
+        !LineScan(line.text).Text("!! Loading onnxruntime.dll ").UpToLast(end, ".").IsWhole()) {
+        return false;
+    }
+    reading.loading_ended = ReadWorkerEnd(end);
+    reading.loading_ended_line = reading.loading_ended ? line.number : 0;
+    return reading.loading_ended.has_value();
 }
 
 ModelReading& OnlyModel(DepthModelReading& reading) {
@@ -198,7 +210,8 @@ std::optional<DepthModelReading> ReadDepthModelSection(SourceLines lines, Unread
             }
             return true;
         }
-        if (ReadIntroduction(line, reading) || ReadModel(line, reading) || ReadInference(line, reading)) {
+        if (ReadLoadingEnded(line, reading) || ReadIntroduction(line, reading) || ReadModel(line, reading) ||
+            ReadInference(line, reading)) {
             open_error = nullptr;
             return true;
         }

@@ -8,6 +8,7 @@
 
 #include "depth/inference_timing.h"
 #include "tools/vistrel_diag/report/line_reading.h"
+#include "tools/vistrel_diag/worker/worker_end.h"
 
 /// One model. The print loses: what is beyond a hundredth of a millisecond; the size and the path of a model
 /// in the table; the size of one that could not be timed.
@@ -27,8 +28,10 @@ struct DepthModelReading {
     std::uint32_t model_line = 0;            ///< of "Model           : ..."
     std::uint32_t path_line = 0;             ///< of "Path tried      : ..."
     std::uint32_t runtime_missing_line = 0;  ///< of "onnxruntime.dll is not next to this exe ..."
-    std::uint32_t reshade_line = 0;          ///< of "Depth comes from ReShade on this setup ..."
-    std::uint32_t no_custom_path_line = 0;   ///< of "Quality is set to Custom but ..."
+    std::optional<WorkerEnd> loading_ended;  ///< the process that loaded onnxruntime.dll ended
+    std::uint32_t loading_ended_line = 0;
+    std::uint32_t reshade_line = 0;         ///< of "Depth comes from ReShade on this setup ..."
+    std::uint32_t no_custom_path_line = 0;  ///< of "Quality is set to Custom but ..."
 };
 
 /// Empty when no line was understood. Lines that were not are added to `unread`.

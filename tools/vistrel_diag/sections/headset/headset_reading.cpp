@@ -1,19 +1,26 @@
 #include "tools/vistrel_diag/sections/headset/headset_reading.h"
 
-#include <algorithm>
 #include <array>
 #include <string_view>
 #include <utility>
 
+#include "tools/vistrel_diag/worker/worker_end_reading.h"
+
 namespace {
 
-constexpr std::array kMessages = {
-    std::string_view(
-        "A runtime is installed but reports no headset right now. Eye resolution and required GPU "
-        "unavailable."),
-    std::string_view("openxr_loader.dll not found next to this exe - OpenXR skipped."),
-    std::string_view("openxr_loader.dll is missing its entry points - OpenXR skipped."),
-    std::string_view("No OpenXR runtime accepted an instance (SteamVR not running?) - OpenXR skipped."),
+struct StopLine {
+    HeadsetStop stop;
+    std::string_view text;
+};
+
+constexpr std::array kStops = {
+    StopLine{HeadsetStop::NoLoader, "openxr_loader.dll not found next to this exe - OpenXR skipped."},
+    StopLine{HeadsetStop::NoEntryPoints, "openxr_loader.dll is missing its entry points - OpenXR skipped."},
+    StopLine{HeadsetStop::NoInstance,
+             "No OpenXR runtime accepted an instance (SteamVR not running?) - OpenXR skipped."},
+    StopLine{HeadsetStop::NoHeadset,
+             "A runtime is installed but reports no headset right now. Eye resolution and required GPU "
+             "unavailable."},
 };
 
 bool ReadRuntime(const SourceLine& line, HeadsetReading& reading) {
@@ -22,14 +29,25 @@ bool ReadRuntime(const SourceLine& line, HeadsetReading& reading) {
         reading.runtime = std::move(runtime);
         return true;
     }
-    const bool is_message =
-        std::any_of(kMessages.begin(), kMessages.end(),
-                    [&line](std::string_view message) { return IsLine(line.text, message); });
-    if (is_message && !reading.message) {
-        reading.message = ReadText{std::string(line.text), line.number};
-        return true;
+    for (const StopLine& known : kStops) {
+        if (!reading.stop && IsLine(line.text, known.text)) {
+            reading.message = ReadText{std::string(known.text), line.number};
+            reading.stop = known.stop;
+            return true;
+        }
     }
     return false;
+}
+
+bool ReadEnd(const SourceLine& line, HeadsetReading& reading) {
+    std::string end;
+    if (reading.worker_end ||
+        !LineScan(line.text).Text("!! The OpenXR query ").UpToLast(end, ".").IsWhole()) {
+        return false;
+    }
+    reading.worker_end = ReadWorkerEnd(end);
+    reading.worker_end_line = reading.worker_end ? line.number : 0;
+    return reading.worker_end.has_value();
 }
 
 bool ReadEyes(const SourceLine& line, HeadsetReading& reading) {
@@ -108,8 +126,8 @@ bool ReadCrossGpuNote(const SourceLine& line, HeadsetReading& reading) {
 std::optional<HeadsetReading> ReadHeadsetSection(SourceLines lines, UnreadLines& unread) {
     HeadsetReading reading;
     const bool any = ReadEachLine(lines, unread, [&reading](const SourceLine& line) {
-        return ReadRuntime(line, reading) || ReadEyes(line, reading) || ReadRequiredGpu(line, reading) ||
-               ReadCrossGpuNote(line, reading);
+        return ReadEnd(line, reading) || ReadRuntime(line, reading) || ReadEyes(line, reading) ||
+               ReadRequiredGpu(line, reading) || ReadCrossGpuNote(line, reading);
     });
     return any ? std::optional(std::move(reading)) : std::nullopt;
 }

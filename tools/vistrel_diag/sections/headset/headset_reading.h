@@ -8,6 +8,8 @@
 
 #include "platform/luid.h"
 #include "tools/vistrel_diag/report/line_reading.h"
+#include "tools/vistrel_diag/sections/headset/headset_section.h"
+#include "tools/vistrel_diag/worker/worker_end.h"
 
 /// The GPU that the runtime requires.
 struct RequiredGpuReading {
@@ -17,10 +19,14 @@ struct RequiredGpuReading {
     std::uint32_t line = 0;
 };
 
-/// The print loses the lists of GPUs and displays, of which it names one each.
+/// The print loses the lists of GPUs and displays, of which it names one each, and the
+/// OpenXR result of a query that stopped.
 struct HeadsetReading {
-    std::optional<ReadText> runtime;  ///< name and version
-    std::optional<ReadText> message;  ///< why the query stopped early
+    std::optional<ReadText> runtime;      ///< name and version
+    std::optional<ReadText> message;      ///< why the query stopped early
+    std::optional<HeadsetStop> stop;      ///< the same
+    std::optional<WorkerEnd> worker_end;  ///< the process that asked ended before it was done
+    std::uint32_t worker_end_line = 0;
     std::optional<std::uint32_t> eye_width;
     std::optional<std::uint32_t> eye_height;
     std::uint32_t eye_line = 0;
