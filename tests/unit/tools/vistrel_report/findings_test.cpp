@@ -1,0 +1,173 @@
+#include "tools/vistrel_report/findings.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <set>
+
+#include "tools/vistrel_report/charts.h"
+#include "tools/vistrel_report/text_output.h"
+
+namespace {
+
+/// A whole report of one GPU on which nothing is found that matters.
+Facts QuietReport() {
+    Facts facts;
+    facts.present.fill(true);
+    GpuFacts gpu;
+    gpu.name = "Card";
+    gpu.line = 10;
+    facts.gpus = {gpu};
+    facts.warp.rows = {{1920, 1080, "", 1.0, 0.0, 20}, {2560, 1440, "", 1.8, 0.0, 21}};
+    facts.verdict.share = 10.0;
+    facts.verdict.share_line = 30;
+    return facts;
+}
+
+const Finding& Of(const Findings& findings, std::string_view id) {
+    return *std::find_if(findings.all.begin(), findings.all.end(),
+                         [id](const Finding& finding) { return finding.rule->id == id; });
+}
+
+TEST(Findings, NothingFound) {
+    const Findings findings = JudgeReport(QuietReport());
+    EXPECT_EQ(findings.summary, "Nothing in this report explains a trouble.");
+    EXPECT_TRUE(findings.verdict_judged);
+    EXPECT_EQ(CountOf(findings, Answer::Found), 0U);
+    EXPECT_EQ(CountOf(findings, Answer::NotJudged), 0U);
+}
+
+TEST(Findings, WithoutSectionsNothingIsJudged) {
+    const Findings findings = JudgeReport(Facts());
+    EXPECT_EQ(CountOf(findings, Answer::NotJudged), RuleTable().size());
+    EXPECT_FALSE(findings.verdict_judged);
+    EXPECT_EQ(findings.summary, "The end of the report is missing, so there is no verdict to judge.");
+}
+
+TEST(Findings, NotJudgedNamesWhatIsMissing) {
+    Facts facts = QuietReport();
+    facts.present[static_cast<std::size_t>(Part::Warp)] = false;
+    const Judgement& judgement = Of(JudgeReport(facts), "warp-too-dear").judgement;
+    EXPECT_EQ(judgement.answer, Answer::NotJudged);
+    EXPECT_EQ(judgement.missing, std::vector<Part>{Part::Warp});
+}
+
+TEST(Findings, WhatSpoilsMakesOthersDoubtful) {
+    Facts facts = QuietReport();
+    facts.verdict.share = 51.0;
+    Findings findings = JudgeReport(facts);
+    EXPECT_EQ(findings.summary, "What explains the trouble: Vistrel takes more than half of the GPU.");
+    EXPECT_TRUE(Of(findings, "share-fatal").doubtful_because.empty());
+
+    facts.software.product_running_line = 7;
+    findings = JudgeReport(facts);
+    EXPECT_EQ(findings.summary,
+              "The verdict of this report cannot be judged: Vistrel was running during the test.");
+    EXPECT_FALSE(findings.verdict_judged);
+    EXPECT_EQ(DoubtText(Of(findings, "share-fatal")), "doubtful because of product-running");
+}
+
+TEST(Findings, EdgesOfTheShares) {
+    Facts facts = QuietReport();
+    const auto answers = [&facts](double share) {
+        facts.verdict.share = share;
+        const Findings findings = JudgeReport(facts);
+        return std::pair(Of(findings, "share-fatal").judgement.answer,
+                         Of(findings, "share-significant").judgement.answer);
+    };
+    EXPECT_EQ(answers(25.0), std::pair(Answer::NotFound, Answer::NotFound));
+    EXPECT_EQ(answers(26.0), std::pair(Answer::NotFound, Answer::Found));
+    EXPECT_EQ(answers(50.0), std::pair(Answer::NotFound, Answer::Found));
+    EXPECT_EQ(answers(51.0), std::pair(Answer::Found, Answer::NotFound));
+}
+
+TEST(Findings, TheSizeThatWouldFitIsTheLargest) {
+    Facts facts = QuietReport();
+    facts.warp.rows = {
+        {3840, 2160, "", 9.0, 0.0, 20}, {2560, 1440, "", 4.0, 0.0, 21}, {1920, 1080, "", 2.0, 0.0, 22}};
+    const Judgement& judgement = Of(JudgeReport(facts), "warp-too-dear").judgement;
+    EXPECT_EQ(judgement.says,
+              "At 3840x2160 the warp takes 9.00 of the 11.1 ms that a frame lasts at 90 Hz (81%). 2560x1440 "
+              "would fit, "
+              "with 4.00 ms.");
+    EXPECT_EQ(judgement.lines, (std::vector<LineNumber>{20, 21}));
+}
+
+TEST(Findings, ASmallerSizeMayBeATenthDearer) {
+    Facts facts = QuietReport();
+    facts.warp.rows = {{1920, 1080, "", 1.10, 0.0, 20}, {2560, 1440, "", 1.0, 0.0, 21}};
+    EXPECT_EQ(Of(JudgeReport(facts), "warp-sizes-inverted").judgement.answer, Answer::NotFound);
+    facts.warp.rows.front().milliseconds = 1.11;
+    EXPECT_EQ(Of(JudgeReport(facts), "warp-sizes-inverted").judgement.answer, Answer::Found);
+}
+
+TEST(Findings, AChoiceOfTheHeadsetsOwnGpuIsNone) {
+    Facts facts = QuietReport();
+    GpuFacts integrated;
+    integrated.number = 1;
+    integrated.dedicated_mb = 128.0;
+    facts.gpus.front().dedicated_mb = 8000.0;
+    facts.gpus.push_back(integrated);
+    facts.overrides = {{"C:\\Vistrel.exe", "GpuPreference=1;", 40}};
+    EXPECT_EQ(Of(JudgeReport(facts), "gpu-choice-integrated").judgement.answer, Answer::Found);
+    facts.headset_in_two.required_gpu = 1;
+    EXPECT_EQ(Of(JudgeReport(facts), "gpu-choice-integrated").judgement.answer, Answer::NotFound);
+    facts.headset_in_two.required_gpu = 0;
+    EXPECT_EQ(Of(JudgeReport(facts), "gpu-choice-integrated").judgement.answer, Answer::Found);
+}
+
+TEST(Findings, GameRateAgainstTheDisplay) {
+    Facts facts = QuietReport();
+    facts.displays = {{"D", 1920, 1080, 60, true, 0, "Card", 15}};
+    facts.game.fps = 30.0;
+    EXPECT_EQ(Of(JudgeReport(facts), "game-slow").judgement.answer, Answer::NotFound);
+    facts.game.fps = 29.9;
+    EXPECT_EQ(Of(JudgeReport(facts), "game-slow").judgement.answer, Answer::Found);
+    facts.displays.front().refresh_hz = 1;  // How some drivers say "default".
+    EXPECT_EQ(Of(JudgeReport(facts), "game-slow").judgement.answer, Answer::DoesNotApply);
+}
+
+TEST(RuleTable, IdsAreUniqueAndTextsComplete) {
+    std::set<std::string_view> ids;
+    for (const Rule& rule : RuleTable()) {
+        EXPECT_TRUE(ids.insert(rule.id).second) << rule.id;
+        EXPECT_EQ(FindRule(rule.id), &rule);
+        EXPECT_TRUE(rule.condition.ends_with(".")) << rule.id;
+        EXPECT_FALSE(rule.title.ends_with(".")) << rule.id;
+        EXPECT_TRUE(rule.request.empty() || rule.request.ends_with(".")) << rule.id;
+    }
+    EXPECT_EQ(FindRule("none"), nullptr);
+}
+
+TEST(MachineKey, IsTheSameForTheSameMachine) {
+    Facts facts = QuietReport();
+    facts.machine.memory_gb = 16.0;
+    const std::string key = MachineKey(facts);
+    EXPECT_EQ(key.size(), 16U);
+    facts.machine.free_memory_gb = 3.0;
+    EXPECT_EQ(MachineKey(facts), key);
+    facts.gpus.front().name = "Other card";
+    EXPECT_NE(MachineKey(facts), key);
+    EXPECT_EQ(MachineKey(Facts()), "");
+}
+
+TEST(Charts, OnlyThoseWithFigures) {
+    Facts facts = QuietReport();
+    ASSERT_EQ(ChartsOf(facts).size(), 1U);
+    EXPECT_EQ(ChartsOf(facts).front().title, "What the warp costs, against the time of one frame");
+    facts.capture.fps = 60.0;
+    facts.models.rows = {{"Model", 3.0, 2.0, 4.0, "", true, 25}};
+    facts.verdict.shares = {{90, 100.0, 30.0, 10.0, 33}};
+    facts.gpus.front().memory = MemoryUse{1.0, 2.0, 11, false};
+    EXPECT_EQ(ChartsOf(facts).size(), 5U);
+    const Chart share = ChartsOf(facts).front();
+    EXPECT_EQ(share.table_rows, (std::vector<std::vector<std::string>>{{"90 Hz", "10%", "20%", "30%"}}));
+}
+
+TEST(Wrapped, BreaksAtBlanks) {
+    EXPECT_EQ(Wrapped("one two three", 7, "  "), "one two\n  three");
+    EXPECT_EQ(Wrapped("unbreakable", 4, "  "), "unbreakable");
+    EXPECT_EQ(Wrapped("", 4, "  "), "");
+}
+
+}  // namespace

@@ -1,0 +1,36 @@
+#include "tools/vistrel_report/visible_text.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(VisibleText, PlainAndForeignTextStaysAsItIs) {
+    EXPECT_EQ(VisibleText(""), "");
+    EXPECT_EQ(VisibleText("Window - 100%"), "Window - 100%");
+    EXPECT_EQ(VisibleText("ゲームの時間 é 😀"), "ゲームの時間 é 😀");
+}
+
+TEST(VisibleText, WhatCannotBeSeenIsSpelled) {
+    EXPECT_EQ(VisibleText("a\tb"), "a b");
+    EXPECT_EQ(VisibleText("\x1B[2Jx"), "[U+001B][2Jx");
+    EXPECT_EQ(VisibleText("\xE2\x80\xAEgpj.exe\xE2\x80\xAC"), "[U+202E]gpj.exe[U+202C]");
+    EXPECT_EQ(VisibleText("\xC2\x85\x7F"), "[U+0085][U+007F]");
+    EXPECT_EQ(VisibleText("a\xE2\x80\x8B\xEF\xBB\xBF"), "a[U+200B][U+FEFF]");
+    EXPECT_EQ(VisibleText(std::string_view("\0", 1)), "[U+0000]");
+}
+
+TEST(VisibleText, WhatIsNoUtf8IsReplaced) {
+    EXPECT_EQ(VisibleText("\xFF!"), "\xEF\xBF\xBD!");
+    EXPECT_EQ(VisibleText("\xC0\x80"), "\xEF\xBF\xBD\xEF\xBF\xBD");  // Longer than need be.
+    EXPECT_EQ(VisibleText("\xE0\x80\xAF"), "\xEF\xBF\xBD");          // Likewise.
+    EXPECT_EQ(VisibleText("\xED\xA0\x80"), "\xEF\xBF\xBD");          // Half a character of UTF-16.
+    EXPECT_EQ(VisibleText("\xF4\x90\x80\x80"), "\xEF\xBF\xBD");      // Beyond the last character.
+    EXPECT_EQ(VisibleText("\xE3\x82"), "\xEF\xBF\xBD");              // Cut.
+    EXPECT_EQ(VisibleText("\xE3\x82x"), "\xEF\xBF\xBDx");
+}
+
+TEST(ValidUtf8, OnlyReplacesWhatIsNone) {
+    EXPECT_EQ(ValidUtf8("a\tb\x1B\xE2\x80\xAE\xFF"), "a\tb\x1B\xE2\x80\xAE\xEF\xBF\xBD");
+}
+
+}  // namespace
