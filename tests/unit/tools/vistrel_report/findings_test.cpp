@@ -47,7 +47,7 @@ TEST(Findings, WithoutSectionsNothingIsJudged) {
 TEST(Findings, NotJudgedNamesWhatIsMissing) {
     Facts facts = QuietReport();
     facts.present[static_cast<std::size_t>(Part::Warp)] = false;
-    const Judgement& judgement = Of(JudgeReport(facts), "warp-too-dear").judgement;
+    const Judgement judgement = Of(JudgeReport(facts), "warp-too-dear").judgement;
     EXPECT_EQ(judgement.answer, Answer::NotJudged);
     EXPECT_EQ(judgement.missing, std::vector<Part>{Part::Warp});
 }
@@ -85,7 +85,7 @@ TEST(Findings, TheSizeThatWouldFitIsTheLargest) {
     Facts facts = QuietReport();
     facts.warp.rows = {
         {3840, 2160, "", 9.0, 0.0, 20}, {2560, 1440, "", 4.0, 0.0, 21}, {1920, 1080, "", 2.0, 0.0, 22}};
-    const Judgement& judgement = Of(JudgeReport(facts), "warp-too-dear").judgement;
+    const Judgement judgement = Of(JudgeReport(facts), "warp-too-dear").judgement;
     EXPECT_EQ(judgement.says,
               "At 3840x2160 the warp takes 9.00 of the 11.1 ms that a frame lasts at 90 Hz (81%). 2560x1440 "
               "would fit, "
