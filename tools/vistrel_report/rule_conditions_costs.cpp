@@ -115,10 +115,7 @@ Judgement CaptureUnsupported(const Facts& facts) {
 
 Judgement CaptureWithoutFrame(const Facts& facts) {
     return CaptureFailure(
-        facts,
-        "The capture began and never delivered an image: the display was asleep, or its driver "
-        "delivers an unusual format (HDR).",
-        kNoFrame);
+        facts, "The capture began and never delivered an image: the display was probably asleep.", kNoFrame);
 }
 
 Judgement CaptureWithoutDisplay(const Facts& facts) {

@@ -192,9 +192,7 @@ std::vector<Rule> CaptureRules() {
          {},
          CaptureWithoutFrame,
          "The duplication began and no frame came.",
-         "Please switch HDR off under Windows Settings, Display, make sure that the monitor is awake, and "
-         "run "
-         "vistrel_diag again.",
+         "Please make sure that the monitor is awake, and run vistrel_diag again.",
          "screen-capture",
          kCapture},
         {"capture-no-display",
