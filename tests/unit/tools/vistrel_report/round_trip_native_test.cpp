@@ -102,7 +102,7 @@ RC_GTEST_PROP(RoundTrip, Opening, ()) {
 RC_GTEST_PROP(RoundTrip, TheLineOfARunCutShort, ()) {
     const std::string section = *rc::gen::oneOf(rc::gen::just(std::string()), Word());
     const auto end = *rc::gen::element(RunEnd::Crash, RunEnd::Abort, RunEnd::ControlC, RunEnd::ConsoleClosed,
-                                       RunEnd::SessionEnded);
+                                       RunEnd::SessionEnded, RunEnd::ClosedByInstaller);
     const auto code = end == RunEnd::Crash ? *rc::gen::arbitrary<std::uint32_t>() : 0;
     const auto print = [](RunEnd how, std::uint32_t exception, const std::string& title) {
         std::array<char, 4096> buffer = {};
@@ -344,7 +344,7 @@ RC_GTEST_PROP(RoundTrip, SettingsInEffect, ()) {
 }
 
 RC_GTEST_PROP(RoundTrip, SettingsVerbatim, ()) {
-    const std::string path = *Word();
+    const std::string path = *Word() + ".json";
     const auto lines = *rc::gen::container<std::vector<std::string>>(
         rc::gen::map(Word(), [](const std::string& text) { return "\"vistrel_" + text; }));
     const auto print = [&path](const std::vector<std::string>& product_lines) {
@@ -371,7 +371,7 @@ RC_GTEST_PROP(RoundTrip, SettingsVerbatim, ()) {
 }
 
 RC_GTEST_PROP(RoundTrip, ProductLog, ()) {
-    const std::string path = *Word();
+    const std::string path = *Word() + "vistrel_init_log.txt";
     const auto lines = *rc::gen::container<std::vector<std::string>>(
         rc::gen::map(Word(), [](const std::string& text) { return text + " ERROR " + text; }));
     const auto print = [&path](const std::vector<std::string>& log_lines) {

@@ -1,5 +1,6 @@
 #include "tools/vistrel_diag/sections/product_log/product_log_reading.h"
 
+#include <cstddef>
 #include <string_view>
 #include <utility>
 
@@ -14,8 +15,15 @@ bool IsHowToProduceALog(std::string_view line) {
            IsLine(line, "  3. Run this tool again - the log will be quoted here.");
 }
 
+/// The log always has this name; a line that ends otherwise is none that names it.
+bool NamesLog(std::string_view line) {
+    const std::size_t end = line.find_last_not_of(" \t");
+    return end != std::string_view::npos && line.substr(0, end + 1).ends_with("vistrel_init_log.txt");
+}
+
 bool ReadWithoutLog(const SourceLine& line, ProductLogReading& reading) {
-    if (reading.no_log_line == 0 && LineScan(line.text).Text("No log at ").Rest(reading.path).Matches()) {
+    if (reading.no_log_line == 0 && NamesLog(line.text) &&
+        LineScan(line.text).Text("No log at ").Rest(reading.path).Matches()) {
         reading.no_log_line = line.number;
         return true;
     }
@@ -37,7 +45,7 @@ std::optional<ProductLogReading> ReadProductLogSection(SourceLines lines, Unread
             if (ReadWithoutLog(line, reading)) {
                 return true;
             }
-            if (!line.text.starts_with("  ")) {
+            if (NamesLog(line.text)) {
                 reading.path.assign(line.text);
                 reading.path_line = line.number;
                 return true;

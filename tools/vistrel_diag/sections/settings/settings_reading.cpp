@@ -284,6 +284,16 @@ std::optional<SettingsInEffectReading> ReadSettingsInEffect(SourceLines lines, U
     return any ? std::optional(std::move(reading)) : std::nullopt;
 }
 
+namespace {
+
+/// All files that the settings are looked for in are named like this.
+bool NamesSettingsFile(std::string_view path) {
+    const std::size_t end = path.find_last_not_of(" \t");
+    return end != std::string_view::npos && path.substr(0, end + 1).ends_with(".json");
+}
+
+}  // namespace
+
 std::optional<SettingsVerbatimReading> ReadSettingsVerbatim(SourceLines lines, UnreadLines& unread) {
     SettingsVerbatimReading reading;
     const bool any = ReadEachLine(lines, unread, [&reading](const SourceLine& line) {
@@ -307,11 +317,17 @@ std::optional<SettingsVerbatimReading> ReadSettingsVerbatim(SourceLines lines, U
         if (reading.path_line != 0 || reading.no_file_line != 0 || line.text.starts_with("  ")) {
             return false;
         }
-        if (LineScan(line.text).UpToLast(reading.path, " could not be opened.").IsWhole()) {
+        std::string path;
+        if (LineScan(line.text).UpToLast(path, " could not be opened.").IsWhole()) {
             reading.not_opened_line = line.number;
         } else {
-            reading.path.assign(line.text);
+            path.assign(line.text);
         }
+        if (!NamesSettingsFile(path)) {
+            reading.not_opened_line = 0;
+            return false;
+        }
+        reading.path = std::move(path);
         reading.path_line = line.number;
         return true;
     });
