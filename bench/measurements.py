@@ -11,16 +11,18 @@ import sys
 import tempfile
 import time
 
-from table import ROOT, Row, parse_rows
+from pairs import take_pairs
+from table import ROOT, Row, parse_rows, row_of
 
 sys.path.insert(0, str(ROOT / "tests" / "system"))
 import lab  # noqa: E402
 
 BENCH = lab.BUILD / "bench"
 INSTALL = ROOT / "build" / "install"
-START_ROUNDS = 11
-LOG_ROUNDS = 3
-RUN_ROUNDS = 5
+# How closely a ratio has to be known, and the least and the most pairs taken for it.
+START_PAIRS = {"precision": 0.05, "least": 11, "most": 45}
+LOG_PAIRS = {"precision": 0.03, "least": 7, "most": 15}
+RUN_PAIRS = {"precision": 0.03, "least": 9, "most": 31}
 
 
 def run_bench(name, exe, log, *arguments, cwd=INSTALL):
@@ -87,9 +89,13 @@ def start(log):
         empty = BENCH / "empty_program.exe"
         same_libraries = BENCH / "same_libraries_program.exe"
         best = {tool: math.inf, empty: math.inf, same_libraries: math.inf}
-        for _ in range(START_ROUNDS):
-            for exe, seconds in best.items():
-                best[exe] = min(seconds, seconds_to_first_line(exe))
+
+        def pair():
+            took = {exe: seconds_to_first_line(exe) for exe in best}
+            best.update({exe: min(best[exe], took[exe]) for exe in best})
+            return {exe: took[tool] / took[exe] for exe in (empty, same_libraries)}
+
+        middles = take_pairs(pair, **START_PAIRS)
         bytes_of = {exe: exe.stat().st_size for exe in best}
     for exe in best:
         log.write(f"== start: {exe.name} {best[exe]:.3f} s, {bytes_of[exe]} bytes\n")
@@ -97,7 +103,7 @@ def start(log):
         (empty, "empty static program", None),
         (same_libraries, "empty program, same libraries", 1.25),
     ):
-        yield Row("start to the first line", words, best[tool] / best[baseline], None, most)
+        yield row_of("start to the first line", words, middles[baseline], None, most)
         yield Row("size of the exe", words, bytes_of[tool] / bytes_of[baseline], None, most and 2.0)
 
 
@@ -122,12 +128,14 @@ def quick_run(log):
     with tempfile.TemporaryDirectory(prefix="vistrel-bench-") as folder:
         install = tool_folder(folder)
         bare_exe = install.add_file(BENCH / "bare_run_bench.exe", "bare_run_bench.exe")
-        tool = bare = math.inf
-        for _ in range(RUN_ROUNDS):
-            bare = min(bare, seconds_of_run(bare_exe))
-            tool = min(tool, seconds_of_run(install.exe, *lab.CHEAP))
-    log.write(f"== quick run: {tool:.2f} s, its unavoidable calls {bare:.2f} s\n")
-    yield Row("whole quick run, no models, no capture", "its unavoidable calls alone", tool / bare, None, 1.25)
+
+        def pair():
+            bare, tool = seconds_of_run(bare_exe), seconds_of_run(install.exe, *lab.CHEAP)
+            log.write(f"== quick run: {tool:.2f} s, its unavoidable calls {bare:.2f} s\n")
+            return {"run": tool / bare}
+
+        middle = take_pairs(pair, **RUN_PAIRS)["run"]
+    yield row_of("whole quick run, no models, no capture", "its unavoidable calls alone", middle, None, 1.25)
 
 
 def sections(log):
@@ -191,15 +199,17 @@ def product_log(megabytes):
             path = pathlib.Path(folder) / "big.log"
             for kind, texts in LOG_LINES.items():
                 write_log(path, texts, megabytes)
-                grep = tool = math.inf
-                most_memory = 0.0
-                for _ in range(LOG_ROUNDS):
-                    grep = min(grep, grep_seconds(words, path))
-                    seconds, memory = select_from_log(path)
-                    tool, most_memory = min(tool, seconds), max(most_memory, memory)
-                log.write(f"== {megabytes} MB of log, {kind}: {tool:.2f} s, {most_memory:.1f} MB; grep {grep:.2f} s\n")
-                yield Row(f"product log, {kind}", "grep -F, same words and file", tool / grep, None, 1)
-                yield Row(f"product log, {kind}, memory", "16 MB", most_memory / 16, None, 1)
+                seen = []
+
+                def pair():
+                    grep, (tool, memory) = grep_seconds(words, path), select_from_log(path)
+                    seen.append(memory)
+                    log.write(f"== {megabytes} MB of log, {kind}: {tool:.2f} s, {memory:.1f} MB; grep {grep:.2f} s\n")
+                    return {"log": tool / grep}
+
+                middle = take_pairs(pair, **LOG_PAIRS)["log"]
+                yield row_of(f"product log, {kind}", "grep -F, same words and file", middle, None, 1)
+                yield Row(f"product log, {kind}, memory", "16 MB", max(seen) / 16, None, 1)
 
     return measure
 

@@ -24,7 +24,7 @@ namespace {
 
 // On a busy machine two sessions of one model may differ for as long as they live: only the middle one of
 // several pairs tells of the timing.
-constexpr int kPairs = 9;
+constexpr Closeness kCloseness = {0.005, 9, 45};
 
 struct Model {
     std::wstring path;
@@ -135,15 +135,13 @@ int main(int argc, char** argv) {
     }
     const Model model = {WideFromUtf8(argv[1]), std::atoi(argv[2]), std::atoi(argv[3])};
     const int runs = argc > 4 ? std::max(1, std::atoi(argv[4])) : 101;
-    std::vector<double> ratios;
-    for (int pair = 0; pair < kPairs; ++pair) {
+    const MiddleRatio middle = TakePairs(kCloseness, [&] {
         const Medians medians = TimeTurnAbout(model, runs);
         std::printf("tool %.3f ms, bare %.3f ms (medians of %d runs)\n", medians.tool_ms, medians.bare_ms,
                     runs);
-        ratios.push_back(medians.tool_ms / medians.bare_ms);
-    }
-    std::sort(ratios.begin(), ratios.end());
+        return medians.tool_ms / medians.bare_ms;
+    });
     PrintRatio("inference " + std::to_string(model.width) + "x" + std::to_string(model.height) + ", median",
-               "bare loop over the C interface", ratios[kPairs / 2], {0.98, 1.02});
+               "bare loop over the C interface", middle, {0.98, 1.02});
     return 0;
 }

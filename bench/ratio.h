@@ -1,13 +1,15 @@
 // Ratios against a baseline that was measured turn about with the subject, in the form that bench/run makes
-// its table of.
+// its table of. bench/pairs.py has the same rule for what bench/run times itself.
 #pragma once
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <cstdio>
-#include <limits>
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 /// Where a ratio has to lie; an empty bound is none.
 struct Wanted {
@@ -15,15 +17,63 @@ struct Wanted {
     std::optional<double> at_most;
 };
 
-/// One line of the table. Neither text holds a tab.
-inline void PrintRatio(const std::string& what, const std::string& baseline, double ratio,
+/// How closely a ratio has to be known, as a part of itself, and how many pairs are taken for it.
+struct Closeness {
+    double precision = 0.02;
+    std::size_t least = 9;  ///< six at least: fewer have no interval
+    std::size_t most = 45;
+};
+
+/// The middle one of several pairs' ratios.
+struct MiddleRatio {
+    double ratio = 0.0;
+    double give = 0.0;  ///< half of the interval that holds the true middle, at 95 %, as a part of the ratio
+    std::size_t pairs = 0;
+    bool steady = false;  ///< known as closely as was asked for
+};
+
+/// From one pair's ratio each, at least one. The interval is between two of the ratios in their order, so
+/// that nothing is taken for granted of how they scatter.
+inline MiddleRatio MiddleOf(std::vector<double> ratios, double precision) {
+    std::sort(ratios.begin(), ratios.end());
+    const std::size_t count = ratios.size();
+    const double reach = 0.98 * std::sqrt(static_cast<double>(count));
+    const double outer = std::floor(static_cast<double>(count) / 2 - reach);
+    const std::size_t first = outer > 0 ? static_cast<std::size_t>(outer) : 0;
+    const double ratio = (ratios[(count - 1) / 2] + ratios[count / 2]) / 2;
+    const double give = (ratios[count - 1 - first] - ratios[first]) / 2 / ratio;
+    return {ratio, give, count, give <= precision};
+}
+
+/// Takes pairs, each of which answers its ratio, until the middle one is known closely enough or the most are
+/// taken. When to stop depends on how they scatter, never on the ratio itself.
+template <typename Pair>
+MiddleRatio TakePairs(const Closeness& wanted, Pair&& pair) {
+    std::vector<double> ratios;
+    MiddleRatio middle;
+    while (ratios.size() < wanted.least || (!middle.steady && ratios.size() < wanted.most)) {
+        ratios.push_back(pair());
+        middle = MiddleOf(ratios, wanted.precision);
+    }
+    return middle;
+}
+
+/// One line of the table. Neither text holds a tab. A figure that is no middle of pairs has none.
+inline void PrintRatio(const std::string& what, const std::string& baseline, const MiddleRatio& middle,
                        const Wanted& wanted) {
     const auto bound = [](const std::optional<double>& value) {
         return value ? std::to_string(*value) : std::string();
     };
-    std::printf("ratio\t%s\t%s\t%.6f\t%s\t%s\n", what.c_str(), baseline.c_str(), ratio,
-                bound(wanted.at_least).c_str(), bound(wanted.at_most).c_str());
+    std::printf("ratio\t%s\t%s\t%.6f\t%s\t%s\t%.6f\t%zu\t%s\n", what.c_str(), baseline.c_str(), middle.ratio,
+                bound(wanted.at_least).c_str(), bound(wanted.at_most).c_str(), middle.give, middle.pairs,
+                middle.steady ? "steady" : "unsteady");
     std::fflush(stdout);
+}
+
+/// For a figure that is counted, or told by one run.
+inline void PrintRatio(const std::string& what, const std::string& baseline, double ratio,
+                       const Wanted& wanted) {
+    PrintRatio(what, baseline, MiddleRatio{ratio, 0.0, 0, true}, wanted);
 }
 
 template <typename Work>
@@ -33,22 +83,28 @@ double SecondsOf(Work&& work) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-/// The best times of two works, in seconds.
-struct BestTimes {
-    double subject = std::numeric_limits<double>::infinity();
-    double baseline = std::numeric_limits<double>::infinity();
-
-    double Ratio() const { return subject / baseline; }
+/// The middle ratio of subject to baseline, and the best seconds of each for a person.
+struct Comparison {
+    MiddleRatio middle;
+    double subject = 0.0;
+    double baseline = 0.0;
 };
 
-/// Does both turn about, so that both meet the same machine, and takes the best of each, so that other work
-/// on the machine counts as little as possible.
+/// Does both turn about, so that both of a pair meet the same machine. Who begins changes from pair to pair.
 template <typename Subject, typename Baseline>
-BestTimes TurnAbout(int rounds, Subject&& subject, Baseline&& baseline) {
-    BestTimes best;
-    for (int round = 0; round < rounds; ++round) {
-        best.baseline = std::min(best.baseline, SecondsOf(baseline));
-        best.subject = std::min(best.subject, SecondsOf(subject));
-    }
-    return best;
+Comparison TurnAbout(const Closeness& wanted, Subject&& subject, Baseline&& baseline) {
+    std::vector<double> subjects;
+    std::vector<double> baselines;
+    const MiddleRatio middle = TakePairs(wanted, [&] {
+        if (subjects.size() % 2 == 0) {
+            baselines.push_back(SecondsOf(baseline));
+            subjects.push_back(SecondsOf(subject));
+        } else {
+            subjects.push_back(SecondsOf(subject));
+            baselines.push_back(SecondsOf(baseline));
+        }
+        return subjects.back() / baselines.back();
+    });
+    return {middle, *std::min_element(subjects.begin(), subjects.end()),
+            *std::min_element(baselines.begin(), baselines.end())};
 }

@@ -4,7 +4,9 @@
     bench/table.py [--megabytes N] [NAME ...]
 
 NAME picks measurements (`--list` names them). Their own words, absolute times among them, go to build/logs/bench.log.
-The exit code is 1 when a ratio lies outside of what is wanted.
+A ratio of two times is the middle one of pairs, of which as many are taken as it needs to be known closely (`+-`, at
+95 %); one that is not after the most is unsteady. The exit code is 1 when a ratio is that, or lies outside of what is
+wanted.
 """
 
 import argparse
@@ -25,6 +27,9 @@ class Row:
     ratio: float
     at_least: float | None = None
     at_most: float | None = None
+    give: float = 0.0  # how closely the ratio is known, as a part of it; 0 for what was counted
+    pairs: int = 0
+    steady: bool = True
 
     @property
     def wanted(self):
@@ -43,6 +48,8 @@ class Row:
         """"-" for what is told for information alone."""
         if self.at_least is None and self.at_most is None:
             return "-"
+        if not self.steady:
+            return "unsteady"
         low = self.at_least is not None and self.ratio < self.at_least
         high = self.at_most is not None and self.ratio > self.at_most
         return "short" if low or high or self.ratio != self.ratio else "ok"
@@ -55,19 +62,25 @@ def parse_rows(output):
         fields = line.split("\t")
         if fields[0] != "ratio":
             continue
-        if len(fields) != 6:
+        if len(fields) != 9 or fields[8] not in ("steady", "unsteady"):
             raise ValueError(f"not a row: {line!r}")
-        bounds = [float(bound) if bound else None for bound in fields[4:]]
-        rows.append(Row(fields[1], fields[2], float(fields[3]), *bounds))
+        bounds = [float(bound) if bound else None for bound in fields[4:6]]
+        rows.append(Row(fields[1], fields[2], float(fields[3]), *bounds, float(fields[6]), int(fields[7]), fields[8] == "steady"))
     return rows
 
 
-LINE = "{:<50} {:<32} {:>8} {:>14}  {}"
-HEADER = LINE.format("WHAT", "BASELINE", "RATIO", "WANTED", "")
+def row_of(what, baseline, middle, at_least=None, at_most=None):
+    """A row of the middle ratio of pairs."""
+    return Row(what, baseline, middle.ratio, at_least, at_most, middle.give, middle.pairs, middle.steady)
+
+
+LINE = "{:<50} {:<32} {:>8} {:>6} {:>6} {:>14}  {}"
+HEADER = LINE.format("WHAT", "BASELINE", "RATIO", "+-", "PAIRS", "WANTED", "")
 
 
 def line_of(row):
-    return LINE.format(row.what, row.baseline, f"{row.ratio:.3f}", row.wanted, row.verdict)
+    closeness = (f"{100 * row.give:.1f}%", row.pairs) if row.pairs else ("-", "-")
+    return LINE.format(row.what, row.baseline, f"{row.ratio:.3f}", *closeness, row.wanted, row.verdict)
 
 
 def main():
@@ -93,7 +106,7 @@ def main():
             for row in known[name](log):
                 rows.append(row)
                 print(line_of(row), flush=True)
-    return 0 if all(row.verdict != "short" for row in rows) else 1
+    return 0 if all(row.verdict in ("ok", "-") for row in rows) else 1
 
 
 if __name__ == "__main__":

@@ -21,7 +21,7 @@ using Microsoft::WRL::ComPtr;
 
 namespace {
 
-constexpr int kRounds = 5;
+constexpr Closeness kCloseness = {0.01, 9, 27};
 
 [[noreturn]] void GiveUp(const std::string& text) {
     std::fprintf(stderr, "warp_timing_bench: %s\n", text.c_str());
@@ -101,8 +101,7 @@ class BatchWatch {
 
 void Measure(ID3D11Device* device, ID3D11DeviceContext* context, const StereoWarpShader& shader, int width,
              int height) {
-    std::vector<double> ratios;
-    for (int round = 0; round < kRounds; ++round) {
+    const MiddleRatio middle = TakePairs(kCloseness, [&] {
         BatchWatch watch(device, context);
         const WarpTiming timing = TimeStereoWarp(device, context, nullptr, shader, width, height, {});
         if (!timing.ok) {
@@ -110,11 +109,10 @@ void Measure(ID3D11Device* device, ID3D11DeviceContext* context, const StereoWar
         }
         std::printf("%dx%d: stamps %.3f ms, wall clock %.3f ms\n", width, height, timing.gpu_ms,
                     watch.FrameMs());
-        ratios.push_back(timing.gpu_ms / watch.FrameMs());
-    }
-    std::sort(ratios.begin(), ratios.end());
+        return timing.gpu_ms / watch.FrameMs();
+    });
     PrintRatio("warp " + std::to_string(width) + "x" + std::to_string(height) + ", GPU milliseconds",
-               "wall clock, forced to finish", ratios[ratios.size() / 2], {0.95, 1.05});
+               "wall clock, forced to finish", middle, {0.95, 1.05});
 }
 
 }  // namespace
