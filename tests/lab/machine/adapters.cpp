@@ -75,7 +75,7 @@ class SimulatedAdapter final
 
     HRESULT STDMETHODCALLTYPE QueryVideoMemoryInfo(UINT node, DXGI_MEMORY_SEGMENT_GROUP group,
                                                    DXGI_QUERY_VIDEO_MEMORY_INFO* info) override {
-        MeetMisfortune("QueryVideoMemoryInfo");
+        InjectFailure("QueryVideoMemoryInfo");
         if (node != 0 || info == nullptr) {
             return E_INVALIDARG;
         }
@@ -178,7 +178,7 @@ class SimulatedFactory final : public SimulatedDxgiObject<IDXGIFactory1, IDXGIFa
 }  // namespace
 
 HRESULT WINAPI SimulatedCreateDXGIFactory1(REFIID wanted, void** factory) {
-    MeetMisfortune("CreateDXGIFactory1");
+    InjectFailure("CreateDXGIFactory1");
     if (factory == nullptr) {
         return DXGI_ERROR_INVALID_CALL;
     }

@@ -5,7 +5,7 @@
 #include <atomic>
 #include <string>
 
-#include "tests/lab/misfortune.h"
+#include "tests/lab/fatal_failure.h"
 
 #include "tests/lab/machine/statistics.h"
 

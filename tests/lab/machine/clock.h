@@ -14,8 +14,8 @@ void StartClock(bool scripted);
 
 bool ClockIsScripted();
 
-/// Makes the event by which a process that hangs on purpose (tests/lab/misfortune.h) tells the one that waits
-/// for it, unless a parent on the same machine has made it. Its name goes to VISTREL_LAB_HANG.
+/// Makes the event by which a process that hangs on purpose (tests/lab/fatal_failure.h) tells the one that
+/// waits for it, unless a parent on the same machine has made it. Its name goes to VISTREL_LAB_HANG.
 void MakeHangEvent();
 
 /// Microseconds since some fixed moment.

@@ -121,7 +121,7 @@ HRESULT WINAPI SimulatedD3D11CreateDevice(IDXGIAdapter* adapter, D3D_DRIVER_TYPE
                                           HMODULE software, UINT flags, const D3D_FEATURE_LEVEL* levels,
                                           UINT level_count, UINT sdk_version, ID3D11Device** device,
                                           D3D_FEATURE_LEVEL* level, ID3D11DeviceContext** context) {
-    MeetMisfortune("D3D11CreateDevice");
+    InjectFailure("D3D11CreateDevice");
     // Wine is more forgiving here than Windows.
     const bool adapter_given = adapter != nullptr;
     if (adapter_given != (driver_type == D3D_DRIVER_TYPE_UNKNOWN) || sdk_version != D3D11_SDK_VERSION) {

@@ -50,7 +50,7 @@ class SimulatedDuplication final : public SimulatedDxgiObject<IDXGIOutputDuplica
 
     HRESULT STDMETHODCALLTYPE AcquireNextFrame(UINT timeout, DXGI_OUTDUPL_FRAME_INFO* info,
                                                IDXGIResource** resource) override {
-        MeetMisfortune("AcquireNextFrame");
+        InjectFailure("AcquireNextFrame");
         ++Counts().acquire_calls;
         if (info == nullptr || resource == nullptr) {
             return E_INVALIDARG;

@@ -68,7 +68,7 @@ bool OfOneSize(ID3D11Resource* destination, ID3D11Resource* source) {
 
 void STDMETHODCALLTYPE GuardedCopyResource(ID3D11DeviceContext* context, ID3D11Resource* destination,
                                            ID3D11Resource* source) {
-    MeetMisfortune("CopyResource");
+    InjectFailure("CopyResource");
     if (!OfOneSize(destination, source)) {
         ++Counts().copies_of_other_size;
     } else if (MayCopy(context, destination, source)) {

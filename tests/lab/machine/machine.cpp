@@ -1,8 +1,8 @@
 #include "tests/lab/machine/machine.h"
 
+#include "tests/lab/fatal_failure.h"
 #include "tests/lab/machine/clock.h"
 #include "tests/lab/machine/frame_schedule.h"
-#include "tests/lab/misfortune.h"
 
 namespace lab {
 
@@ -27,7 +27,7 @@ void SetUpMachine(const Scenario& scenario) {
     Machine& machine = TheMachine();
     machine.scenario = scenario;
     machine.outputs.clear();
-    machine.calls_of_misfortune.clear();
+    machine.calls_by_function.clear();
     machine.memory_readings = 0;
     for (const Output& output : scenario.outputs) {
         OutputState state;
@@ -56,12 +56,12 @@ std::optional<ResultCode> RefuseNow(OutputState& output) {
     return output.refusal->result;
 }
 
-void MeetMisfortune(const std::string& function) {
+void InjectFailure(const std::string& function) {
     Machine& machine = TheMachine();
-    const auto found = machine.scenario.misfortunes.find(function);
-    if (found != machine.scenario.misfortunes.end() &&
-        ++machine.calls_of_misfortune[function] == found->second.call) {
-        Suffer(found->second.kind);
+    const auto found = machine.scenario.fatal_failures.find(function);
+    if (found != machine.scenario.fatal_failures.end() &&
+        ++machine.calls_by_function[function] == found->second.call) {
+        FailFatally(found->second.kind);
     }
 }
 

@@ -28,7 +28,7 @@ struct OutputState {
 struct Machine {
     Scenario scenario;
     std::vector<OutputState> outputs;  ///< one for each of the scenario's
-    std::map<std::string, int> calls_of_misfortune;
+    std::map<std::string, int> calls_by_function;
     int memory_readings = 0;
 
     /// The positions of the outputs that an adapter drives now.
@@ -51,8 +51,8 @@ void BeginRefusal(OutputState& output, const Refusal& refusal);
 /// The result of refusing now, which is counted; empty when the output does not refuse (any more).
 std::optional<ResultCode> RefuseNow(OutputState& output);
 
-/// Counts this call of `function`, and lets happen what the scenario says befalls it.
-void MeetMisfortune(const std::string& function);
+/// Counts this call of `function`, and makes it fail fatally when the scenario says so of this call.
+void InjectFailure(const std::string& function);
 
 /// Changes the output as its next loss says.
 void ApplyLoss(OutputState& output, const Loss& loss);

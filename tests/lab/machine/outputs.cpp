@@ -60,7 +60,7 @@ class SimulatedOutput final : public Output1Stub<SimulatedDxgiObject<IDXGIOutput
 
     HRESULT STDMETHODCALLTYPE DuplicateOutput(IUnknown* device,
                                               IDXGIOutputDuplication** duplication) override {
-        MeetMisfortune("DuplicateOutput");
+        InjectFailure("DuplicateOutput");
         return DuplicateDesktop(position_, device, duplication);
     }
 

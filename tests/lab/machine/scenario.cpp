@@ -3,8 +3,8 @@
 #include <functional>
 #include <map>
 
+#include "tests/lab/fatal_failure.h"
 #include "tests/lab/machine/scenario_words.h"
-#include "tests/lab/misfortune.h"
 
 namespace lab {
 namespace {
@@ -38,8 +38,8 @@ class ScenarioReader {
         }
         const std::string first = words.Next("a statement");
         const Statements& statements = StatementsOf(block_);
-        if (block_ == Block::kMachine && IsMisfortune(first)) {
-            ReadMisfortune(first, words);
+        if (block_ == Block::kMachine && IsFatalFailure(first)) {
+            ReadFatalFailure(first, words);
         } else if (const auto inner = statements.find(first); inner != statements.end()) {
             inner->second(words);
         } else if (const auto opening = openings_.find(first); opening != openings_.end()) {
@@ -192,17 +192,17 @@ class ScenarioReader {
         }
     }
 
-    void ReadMisfortune(const std::string& kind, Words& words) {
+    void ReadFatalFailure(const std::string& kind, Words& words) {
         const std::string function =
             words.OneOf({"AcquireNextFrame", "CopyResource", "CreateDXGIFactory1", "D3D11CreateDevice",
                          "DuplicateOutput", "QueryVideoMemoryInfo"});
-        Misfortune misfortune = {kind};
+        FatalFailure failure = {kind};
         if (!words.AtEnd()) {
             words.Expect("at");
             words.Expect("call");
-            misfortune.call = words.Number("which call");
+            failure.call = words.Number("which call");
         }
-        scenario_.misfortunes[function] = misfortune;
+        scenario_.fatal_failures[function] = failure;
     }
 
     static void ReadFrames(Words& words, Frames& frames) {

@@ -131,8 +131,8 @@ struct Cursor {
 };
 
 /// A call that brings the program down.
-struct Misfortune {
-    std::string kind;  ///< of tests/lab/misfortune.h
+struct FatalFailure {
+    std::string kind;  ///< of tests/lab/fatal_failure.h
     int call = 1;      ///< at which call it happens
 };
 
@@ -147,7 +147,7 @@ struct Scenario {
     std::optional<ResultCode> factory_fails;
     std::optional<ResultCode> device_fails;
     std::optional<ResultCode> adapters_end_with;
-    std::map<std::string, Misfortune> misfortunes;  ///< by the function they befall
+    std::map<std::string, FatalFailure> fatal_failures;  ///< by the function that fails
 };
 
 /// A line that cannot be understood; says which and why.

@@ -6,7 +6,8 @@
 //                        for a newer one gets a line on the error stream too, as from the genuine one
 //     fail=ENTRY         the table's ENTRY (or AppendDirectMl) answers a status
 //     throw=ENTRY        it throws a C++ exception instead
-//     crash=ENTRY        it brings the program down; also any other of tests/lab/misfortune.h. At the ENTRY
+//     crash=ENTRY        it brings the program down; also any other of tests/lab/fatal_failure.h. At the
+//     ENTRY
 //                        DllMain this happens while the DLL is loaded
 //     call=N             at its Nth call, not the first
 //     message=WORD       with this message
@@ -24,7 +25,7 @@
 #include <sstream>
 #include <string>
 
-#include "tests/lab/misfortune.h"
+#include "tests/lab/fatal_failure.h"
 #include "tests/lab/onnx/counting_runtime.h"
 
 namespace {
@@ -32,7 +33,7 @@ namespace {
 bool no_base = false;
 bool old_version = false;
 std::string ledger_file;
-std::string misfortune;
+std::string failure;
 std::string calls_file;
 int table_requests = 0;
 double nanoseconds_per_pixel = 0;
@@ -77,10 +78,10 @@ void Obey(const std::string& word) {
     } else if (name == "fail" || name == "throw") {
         runtime.failing_entry = value;
         runtime.throws = name == "throw";
-    } else if (lab::IsMisfortune(name)) {
-        misfortune = name;
+    } else if (lab::IsFatalFailure(name)) {
+        failure = name;
         runtime.failing_entry = value;
-        runtime.instead_of_failing = [] { lab::Suffer(misfortune); };
+        runtime.instead_of_failing = [] { lab::FailFatally(failure); };
     } else if (name == "call") {
         runtime.failing_call = std::atoi(value.c_str());
     } else if (name == "message") {
@@ -179,7 +180,7 @@ BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
     if (reason == DLL_PROCESS_ATTACH) {
         ReadOrders();
         if (TheCountingRuntime().failing_entry == "DllMain") {
-            lab::Suffer(misfortune);
+            lab::FailFatally(failure);
         }
     } else if (reason == DLL_PROCESS_DETACH) {
         LabProcessEnds();

@@ -13,7 +13,7 @@
 #include <fstream>
 #include <iterator>
 
-#include "tests/lab/misfortune.h"
+#include "tests/lab/fatal_failure.h"
 
 namespace {
 
@@ -198,9 +198,9 @@ void LogCall(const std::string& line) {
     if (!path.empty()) {
         std::ofstream(std::filesystem::path(path), std::ios::app | std::ios::binary) << line << "\n";
     }
-    const auto misfortune = CurrentScript().misfortunes.find(line.substr(0, line.find(' ')));
-    if (misfortune != CurrentScript().misfortunes.end()) {
-        lab::Suffer(misfortune->second);
+    const auto failure = CurrentScript().fatal_failures.find(line.substr(0, line.find(' ')));
+    if (failure != CurrentScript().fatal_failures.end()) {
+        lab::FailFatally(failure->second);
     }
 }
 

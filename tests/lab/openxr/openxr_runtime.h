@@ -23,7 +23,7 @@ const OpenXrScript& CurrentScript();
 void LoadScript();
 
 /// Adds a line to the file named by VISTREL_LAB_OPENXR_LOG; its first word is the function that was called.
-/// Then lets happen what the script says befalls that function.
+/// Then makes that function fail fatally when the script says so.
 void LogCall(const std::string& line);
 
 /// Notes a caller's mistake as a line that begins with "WRONG". Returns `right`.

@@ -3,7 +3,7 @@
 #include <istream>
 #include <sstream>
 
-#include "tests/lab/misfortune.h"
+#include "tests/lab/fatal_failure.h"
 
 namespace {
 
@@ -77,12 +77,12 @@ bool ReadName(std::istringstream& line, std::set<std::string>& names) {
     return true;
 }
 
-bool ReadMisfortune(const std::string& misfortune, std::istringstream& line, OpenXrScript& script) {
+bool ReadFatalFailure(const std::string& failure, std::istringstream& line, OpenXrScript& script) {
     std::string function;
     if (!(line >> function)) {
         return false;
     }
-    script.misfortunes[function] = misfortune;
+    script.fatal_failures[function] = failure;
     return true;
 }
 
@@ -112,8 +112,8 @@ bool ReadStatement(const std::string& keyword, std::istringstream& line, OpenXrS
     if (keyword == "endless_events") {
         return script.endless_events = true;
     }
-    if (lab::IsMisfortune(keyword)) {
-        return ReadMisfortune(keyword, line, script);
+    if (lab::IsFatalFailure(keyword)) {
+        return ReadFatalFailure(keyword, line, script);
     }
     return (keyword == "version" && ReadVersion(line, script)) ||
            (keyword == "extensions" && ReadExtensions(line, script)) ||

@@ -32,13 +32,14 @@ struct OpenXrScript {
     std::uint64_t major = 1, minor = 0, patch = 0;
     std::vector<std::string> extensions = {"XR_KHR_D3D11_enable", "XR_EXT_hand_tracking",
                                            "XR_EXT_hand_tracking_data_source"};
-    std::set<std::string> missing;                   ///< functions that are not there
-    std::map<std::string, std::int32_t> results;     ///< what a function answers without doing anything
-    std::map<std::string, std::string> misfortunes;  ///< what befalls a function (tests/lab/misfortune.h)
-    std::set<std::string> nulls;                     ///< functions that succeed and give out no handle
-    std::set<std::string> unterminated;              ///< "runtime", "extensions": names that fill their field
-    std::map<std::string, std::uint32_t> claims;     ///< "views", "extensions": the count in the first call
-    std::map<std::string, std::uint32_t> growth;     ///< the same: entries that appear before the second call
+    std::set<std::string> missing;                ///< functions that are not there
+    std::map<std::string, std::int32_t> results;  ///< what a function answers without doing anything
+    std::map<std::string, std::string>
+        fatal_failures;                  ///< by function; the kinds are those of tests/lab/fatal_failure.h
+    std::set<std::string> nulls;         ///< functions that succeed and give out no handle
+    std::set<std::string> unterminated;  ///< "runtime", "extensions": names that fill their field
+    std::map<std::string, std::uint32_t> claims;  ///< "views", "extensions": the count in the first call
+    std::map<std::string, std::uint32_t> growth;  ///< the same: entries that appear before the second call
     std::uint64_t system = 1;
     std::vector<View> views;
     std::string luid = "own";  ///< "own": the system's first adapter

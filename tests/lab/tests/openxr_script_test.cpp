@@ -33,8 +33,8 @@ TEST(OpenXrScript, EveryStatement) {
     EXPECT_EQ(script.Result("xrCreateSession"), -38);
     EXPECT_EQ(script.Result("xrGetSystem"), std::nullopt);
     EXPECT_EQ(script.nulls.count("xrCreateInstance"), 1U);
-    EXPECT_EQ(script.misfortunes.at("xrGetSystem"), "crash");
-    EXPECT_EQ(script.misfortunes.at("xrEndFrame"), "hang");
+    EXPECT_EQ(script.fatal_failures.at("xrGetSystem"), "crash");
+    EXPECT_EQ(script.fatal_failures.at("xrEndFrame"), "hang");
     EXPECT_EQ(script.views.at(0).height, 20U);
     EXPECT_EQ(script.claims.at("views"), 9U);
     EXPECT_EQ(script.growth.at("views"), 2U);

@@ -174,13 +174,13 @@ TEST(Scenario, ReadsWhatNoPresentBrings) {
     EXPECT_EQ(output.frames.rate, 10);
 }
 
-TEST(Scenario, ReadsMisfortunes) {
+TEST(Scenario, ReadsFatalFailures) {
     const Scenario scenario = Read("hang CopyResource at call 3\ncrash DuplicateOutput\nadapter A\n");
-    ASSERT_EQ(scenario.misfortunes.size(), 2U);
-    EXPECT_EQ(scenario.misfortunes.at("CopyResource").kind, "hang");
-    EXPECT_EQ(scenario.misfortunes.at("CopyResource").call, 3);
-    EXPECT_EQ(scenario.misfortunes.at("DuplicateOutput").kind, "crash");
-    EXPECT_EQ(scenario.misfortunes.at("DuplicateOutput").call, 1);
+    ASSERT_EQ(scenario.fatal_failures.size(), 2U);
+    EXPECT_EQ(scenario.fatal_failures.at("CopyResource").kind, "hang");
+    EXPECT_EQ(scenario.fatal_failures.at("CopyResource").call, 3);
+    EXPECT_EQ(scenario.fatal_failures.at("DuplicateOutput").kind, "crash");
+    EXPECT_EQ(scenario.fatal_failures.at("DuplicateOutput").call, 1);
 }
 
 TEST(Scenario, StillAndNever) {

@@ -10,18 +10,18 @@
 #include <stdexcept>
 #include <string>
 
-#include "tests/lab/misfortune.h"
+#include "tests/lab/fatal_failure.h"
 #include "tools/vistrel_diag/report/report.h"
 #include "tools/vistrel_diag/report/rescue.h"
 
 namespace {
 
 void AccessNothing() {
-    lab::Suffer("crash");
+    lab::FailFatally("crash");
 }
 
 void OverflowStack() {
-    lab::Suffer("overflow");
+    lab::FailFatally("overflow");
 }
 
 using Action = void (*)();
@@ -165,9 +165,9 @@ int main(int argument_count, char** arguments) {
         {"ordinary", [] {}},
         {"access-violation", AccessNothing},
         {"stack-overflow", OverflowStack},
-        {"abort", [] { lab::Suffer("abort"); }},
+        {"abort", [] { lab::FailFatally("abort"); }},
         {"uncaught-exception", [] { throw std::runtime_error("nobody catches this"); }},
-        {"other-thread", [] { lab::Suffer("crash_elsewhere"); }},
+        {"other-thread", [] { lab::FailFatally("crash_elsewhere"); }},
         {"stack-overflow-on-other-thread", [] { WaitForSingleObject(StartThread(OverflowStack), INFINITE); }},
         {"amid-lines", CrashAmidLines},
         {"crash-upon-crash", [] { OneUponTheOther(AccessNothing, AccessNothing); }},

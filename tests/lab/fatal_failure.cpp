@@ -1,4 +1,4 @@
-#include "tests/lab/misfortune.h"
+#include "tests/lab/fatal_failure.h"
 
 #include <windows.h>
 
@@ -76,10 +76,10 @@ void OverflowInteger() {
     }
 }
 
-using Misfortune = void (*)();
+using Failure = void (*)();
 
-const std::map<std::string_view, Misfortune>& Misfortunes() {
-    static const std::map<std::string_view, Misfortune> misfortunes = {
+const std::map<std::string_view, Failure>& Failures() {
+    static const std::map<std::string_view, FatalFailure> fatal_failures = {
         {"crash", [] { AccessNothing(nullptr); }},
         {"crash_elsewhere",
          [] { WaitForSingleObject(CreateThread(nullptr, 0, AccessNothing, nullptr, 0, nullptr), INFINITE); }},
@@ -93,13 +93,13 @@ const std::map<std::string_view, Misfortune>& Misfortunes() {
         {"overflow_of_integer", OverflowInteger},
         {"hang", Hang},
     };
-    return misfortunes;
+    return fatal_failures;
 }
 
 }  // namespace
 
-void Suffer(std::string_view misfortune) {
-    if (const auto found = Misfortunes().find(misfortune); found != Misfortunes().end()) {
+void FailFatally(std::string_view failure) {
+    if (const auto found = Failures().find(failure); found != Failures().end()) {
         found->second();
     }
 }

@@ -1,4 +1,4 @@
-// The ways in which a driver, a runtime or a model brings down the program that calls it.
+// The ways in which a driver, a runtime or a model brings down or stops the program that calls it.
 #pragma once
 
 #include <algorithm>
@@ -11,7 +11,7 @@ namespace lab {
 /// "overflow" is one of the stack, "abort" the C runtime's of mingw, "ucrt_abort" that of Windows' own
 /// runtime, "fail_fast" and "heap_corruption" are ends past every handler, "terminate" is TerminateProcess
 /// with exit code 42, "cpp_exception" one of Microsoft's compiler, "overflow_of_integer" INT_MIN / -1.
-inline constexpr std::array<std::string_view, 11> kMisfortunes = {
+inline constexpr std::array<std::string_view, 11> kFatalFailures = {
     "crash",     "crash_elsewhere", "overflow",  "abort",         "ucrt_abort",
     "fail_fast", "heap_corruption", "terminate", "cpp_exception", "overflow_of_integer",
     "hang"};
@@ -19,11 +19,11 @@ inline constexpr std::array<std::string_view, 11> kMisfortunes = {
 /// Names the event that a process which hangs on purpose sets, where somebody wants to know.
 inline constexpr const wchar_t* kHangVariable = L"VISTREL_LAB_HANG";
 
-inline bool IsMisfortune(std::string_view name) {
-    return std::find(kMisfortunes.begin(), kMisfortunes.end(), name) != kMisfortunes.end();
+inline bool IsFatalFailure(std::string_view name) {
+    return std::find(kFatalFailures.begin(), kFatalFailures.end(), name) != kFatalFailures.end();
 }
 
-/// Lets it happen here and now; does not return from any of kMisfortunes.
-void Suffer(std::string_view misfortune);
+/// Fails in this way here and now; does not return from any of kFatalFailures.
+void FailFatally(std::string_view failure);
 
 }  // namespace lab
