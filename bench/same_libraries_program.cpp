@@ -18,7 +18,7 @@ bool UsesEveryLibrary(const wchar_t* path) {
     return CreateDXGIFactory1(IID_IDXGIFactory1, nullptr) == S_OK && GetForegroundWindow() != nullptr &&
            D3D11CreateDevice(nullptr, D3D_DRIVER_TYPE_HARDWARE, nullptr, 0, nullptr, 0, D3D11_SDK_VERSION,
                              nullptr, nullptr, nullptr) == S_OK &&
-           RegCloseKey(nullptr) == 0 && SHGetFolderPathA(nullptr, 0, nullptr, 0, nullptr) == S_OK &&
+           RegCloseKey(nullptr) == 0 && SHGetFolderPathW(nullptr, 0, nullptr, 0, nullptr) == S_OK &&
            keys.value("vistrel_scale", 0.0F) > 0.0F;
 }
 

@@ -79,7 +79,7 @@ void OverflowInteger() {
 using Failure = void (*)();
 
 const std::map<std::string_view, Failure>& Failures() {
-    static const std::map<std::string_view, FatalFailure> fatal_failures = {
+    static const std::map<std::string_view, Failure> failures = {
         {"crash", [] { AccessNothing(nullptr); }},
         {"crash_elsewhere",
          [] { WaitForSingleObject(CreateThread(nullptr, 0, AccessNothing, nullptr, 0, nullptr), INFINITE); }},
@@ -93,7 +93,7 @@ const std::map<std::string_view, Failure>& Failures() {
         {"overflow_of_integer", OverflowInteger},
         {"hang", Hang},
     };
-    return fatal_failures;
+    return failures;
 }
 
 }  // namespace

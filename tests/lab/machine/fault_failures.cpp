@@ -29,7 +29,7 @@ const std::map<std::string_view, Failure>& Failures() {
         {"RegQueryValueExW", kErrorCode},
         // kernel32
         {"AddVectoredExceptionHandler", kNull},
-        {"CreateDirectoryA", kFalse},
+        {"CreateDirectoryW", kFalse},
         {"CreateEventW", kNull},
         {"CreateFileMappingW", kNull},
         {"CreateFileW", kInvalidHandle},
@@ -43,7 +43,6 @@ const std::map<std::string_view, Failure>& Failures() {
         {"GetConsoleOutputCP", kZero},
         {"GetExitCodeProcess", kFalse},
         {"GetExitCodeThread", kFalse},
-        {"GetFileAttributesA", kInvalidHandle},
         {"GetFileAttributesW", kInvalidHandle},
         {"GetHandleInformation", kFalse},
         {"GetModuleFileNameW", kFalse},
@@ -94,7 +93,7 @@ const std::map<std::string_view, Failure>& Failures() {
         {"PostThreadMessageW", kFalse},
         {"RegisterClassW", kNull},
         {"UnregisterClassW", kFalse},
-        {"SHGetFolderPathA", kResult},
+        {"SHGetFolderPathW", kResult},
         // the C runtime's files and threads
         {"_beginthreadex", kZero},
         {"_fstat64", kStream},

@@ -5,10 +5,11 @@
 #include <shlobj.h>
 #include <windows.h>
 
-#include <cstring>
+#include <cwchar>
 #include <string>
 #include <vector>
 
+#include "platform/utf8.h"
 #include "settings/diag_settings.h"
 #include "settings/settings_file.h"
 
@@ -17,28 +18,28 @@ namespace {
 
 struct FakeShell {
     HRESULT result = S_OK;
-    std::string local_data = "C:\\Users\\me\\AppData\\Local";
+    std::wstring local_data = L"C:\\Users\\me\\AppData\\Local";
     int lookups = 0;
     std::vector<std::string> created = {};
 };
 
 FakeShell shell;
 
-HRESULT WINAPI FakeGetFolderPath(HWND window, int folder, HANDLE token, DWORD flags, LPSTR path) {
+HRESULT WINAPI FakeGetFolderPath(HWND window, int folder, HANDLE token, DWORD flags, LPWSTR path) {
     EXPECT_EQ(window, nullptr);
     EXPECT_EQ(folder, CSIDL_LOCAL_APPDATA);
     EXPECT_EQ(token, nullptr);
     EXPECT_EQ(flags, 0U);
     ++shell.lookups;
     if (SUCCEEDED(shell.result)) {
-        std::strcpy(path, shell.local_data.c_str());
+        std::wcscpy(path, shell.local_data.c_str());
     }
     return shell.result;
 }
 
-BOOL WINAPI FakeCreateDirectory(LPCSTR path, LPSECURITY_ATTRIBUTES security) {
+BOOL WINAPI FakeCreateDirectory(LPCWSTR path, LPSECURITY_ATTRIBUTES security) {
     EXPECT_EQ(security, nullptr);
-    shell.created.emplace_back(path);
+    shell.created.push_back(Utf8FromWide(path));
     SetLastError(ERROR_ALREADY_EXISTS);
     return FALSE;
 }
@@ -46,8 +47,8 @@ BOOL WINAPI FakeCreateDirectory(LPCSTR path, LPSECURITY_ATTRIBUTES security) {
 }  // namespace
 
 extern "C" {
-decltype(&SHGetFolderPathA) __imp_SHGetFolderPathA = FakeGetFolderPath;
-decltype(&CreateDirectoryA) __imp_CreateDirectoryA = FakeCreateDirectory;
+decltype(&SHGetFolderPathW) __imp_SHGetFolderPathW = FakeGetFolderPath;
+decltype(&CreateDirectoryW) __imp_CreateDirectoryW = FakeCreateDirectory;
 }
 
 namespace {
@@ -66,7 +67,7 @@ TEST(ProductData, IsTheProductsFolderInTheLocalApplicationData) {
 TEST(ProductData, IsLookedUpOnEveryCall) {
     shell = {};
     ProductDataPath("a");
-    shell.local_data = "D:\\Elsewhere";
+    shell.local_data = L"D:\\Elsewhere";
     EXPECT_EQ(ProductDataPath("b"), "D:\\Elsewhere\\Vistrel\\b");
     EXPECT_EQ(shell.lookups, 2);
 }
@@ -78,14 +79,17 @@ TEST(ProductData, WithoutAnAnswerIsTheCurrentDirectoryAndNoFolderIsMade) {
     EXPECT_THAT(shell.created, IsEmpty());
 }
 
-TEST(ProductData, ALetterOfTheCodePageComesOutAsUtf8) {
-    ASSERT_TRUE(GetACP() == 1252 || GetACP() == CP_UTF8) << GetACP();
-    shell = {.local_data = GetACP() == CP_UTF8 ? "C:\\J\xC3\xBCrgen" : "C:\\J\xFCrgen"};
-    EXPECT_EQ(ProductDataFolder(), "C:\\J\xC3\xBCrgen\\Vistrel");
+/// The program's code page need not have the letters: Windows before 10 1903 ignores the one of the manifest.
+TEST(ProductData, LettersBeyondTheCodePageComeOutAsUtf8) {
+    ASSERT_NE(GetACP(), UINT{CP_UTF8});
+    shell = {.local_data = L"C:\\J\u00FCrgen \u30B2"};
+    const std::string folder = ProductDataFolder();
+    EXPECT_EQ(folder, "C:\\J\xC3\xBCrgen \xE3\x82\xB2\\Vistrel");
+    EXPECT_THAT(shell.created, ElementsAre(folder));
 }
 
 TEST(ProductData, WithoutAnySettingsFileNothingIsApplied) {
-    shell = {.local_data = "C:\\no such folder"};
+    shell = {.local_data = L"C:\\no such folder"};
     EXPECT_FALSE(LoadProductSettings("C:\\no such folder either"));
     EXPECT_EQ(SettingsFilePath(), "(not found)");
 }

@@ -3,13 +3,14 @@
 #include <string>
 
 #include "platform/long_path.h"
+#include "platform/utf8.h"
 #include "tools/vistrel_diag/report/report.h"
 #include "tools/vistrel_diag/sections/injection/injection_section.h"
 
 bool FileExistsBeside(std::string_view folder, std::string_view name) {
     const std::string path = OpenablePath(std::string(folder) + "\\" + std::string(name));
-    // The narrow call takes UTF-8 because the program's manifest makes that its code page.
-    return GetFileAttributesA(path.c_str()) != INVALID_FILE_ATTRIBUTES;
+    // The wide call: before Windows 10 1903 a narrow one does not take UTF-8, whatever the manifest says.
+    return GetFileAttributesW(WideFromUtf8(path).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 
 std::optional<InjectedFiles> ProbeInjectedFiles(std::string_view tool_folder) {

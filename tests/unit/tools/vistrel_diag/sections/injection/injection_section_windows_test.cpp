@@ -1,5 +1,5 @@
-// Real files and folders, in a folder of the test's own. The program has the tool's manifest, so that its
-// narrow calls take UTF-8 as the tool's do.
+// Real files and folders, in a folder of the test's own. The program lacks the tool's manifest, as if on a
+// Windows before 10 1903, which ignores the code page that the manifest asks for.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -143,6 +143,7 @@ TEST(InjectionProbe, LeavesLetterCaseToTheFileSystemAndNamesFilesAsAskedFor) {
 }
 
 TEST(InjectionProbe, LooksIntoAFolderWithANameBeyondAscii) {
+    ASSERT_NE(GetACP(), UINT{CP_UTF8});
     TestFolder folder("_Ünïcødé ゲーム 🎮");
     EXPECT_EQ(Reported(folder.Path()), kHeader + kNothing);
     folder.AddFile("version.dll");
