@@ -6,7 +6,6 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <sstream>
 #include <string>
 
 #include "bench/ratio.h"
@@ -89,9 +88,8 @@ void Finish(ID3D11Device* device, ID3D11DeviceContext* context) {
 /// `frames` says how the desktops change, `new_images` whether every call is to find them changed.
 void Measure(const std::string& what, const std::string& frames, bool new_images, int calls) {
     const std::string monitor = " size 1280x720\n frames " + frames + "\n";
-    std::istringstream scenario("clock scripted\nadapter A\noutput \\\\.\\DISPLAY1\n" + monitor +
-                                "output \\\\.\\DISPLAY2\n at 1280,0\n" + monitor);
-    lab::SetUpMachine(lab::ReadScenario(scenario));
+    lab::SetUpMachine("clock scripted\nadapter A\noutput \\\\.\\DISPLAY1\n" + monitor +
+                      "output \\\\.\\DISPLAY2\n at 1280,0\n" + monitor);
     ComPtr<IDXGIFactory1> factory;
     ComPtr<IDXGIAdapter1> adapter;
     ComPtr<ID3D11Device> device;

@@ -2,12 +2,9 @@
 
 #include <wrl/client.h>
 
-#include <algorithm>
-#include <string>
-
-#include "platform/utf8.h"
 #include "tests/lab/machine/fault_points.h"
 #include "tests/lab/machine/fault_watch.h"
+#include "tests/lab/machine/fixed_text.h"
 #include "tests/lab/machine/machine.h"
 #include "tests/lab/machine/outputs.h"
 #include "tests/lab/machine/simulated_object.h"
@@ -40,6 +37,7 @@ class SimulatedAdapter final
             return DXGI_ERROR_INVALID_CALL;
         }
         *output = nullptr;
+        ++Counts().enumerations;
         const std::vector<std::size_t> driven = TheMachine().OutputsOf(position_);
         if (index >= driven.size()) {
             return static_cast<HRESULT>(Script().outputs_end_with.value_or(DXGI_ERROR_NOT_FOUND));
@@ -58,14 +56,14 @@ class SimulatedAdapter final
     HRESULT STDMETHODCALLTYPE GetDesc1(DXGI_ADAPTER_DESC1* description) override {
         const HRESULT result = Describe(description);
         if (SUCCEEDED(result)) {
-            description->Flags = Script().software ? DXGI_ADAPTER_FLAG_SOFTWARE : DXGI_ADAPTER_FLAG_NONE;
+            description->Flags = Flags();
         }
         return result;
     }
     HRESULT STDMETHODCALLTYPE GetDesc2(DXGI_ADAPTER_DESC2* description) override {
         const HRESULT result = Describe(description);
         if (SUCCEEDED(result)) {
-            description->Flags = Script().software ? DXGI_ADAPTER_FLAG_SOFTWARE : DXGI_ADAPTER_FLAG_NONE;
+            description->Flags = Flags();
         }
         return result;
     }
@@ -115,6 +113,11 @@ class SimulatedAdapter final
   private:
     const Adapter& Script() const { return TheMachine().scenario.adapters[position_]; }
 
+    UINT Flags() const {
+        return (Script().software ? UINT{DXGI_ADAPTER_FLAG_SOFTWARE} : 0U) |
+               (Script().remote ? UINT{DXGI_ADAPTER_FLAG_REMOTE} : 0U);
+    }
+
     template <typename Description>
     HRESULT Describe(Description* description) const {
         if (description == nullptr) {
@@ -125,9 +128,7 @@ class SimulatedAdapter final
             return static_cast<HRESULT>(*script.description_fails);
         }
         *description = {};
-        const std::wstring name = WideFromUtf8(script.name);
-        std::copy_n(name.begin(), std::min(name.size(), std::size(description->Description) - 1),
-                    description->Description);
+        FillText(script.name, description->Description);
         description->VendorId = script.vendor;
         description->DedicatedVideoMemory = script.dedicated_bytes;
         description->SharedSystemMemory = script.shared_bytes;
@@ -163,6 +164,7 @@ class SimulatedFactory final : public SimulatedDxgiObject<IDXGIFactory1, IDXGIFa
             return DXGI_ERROR_INVALID_CALL;
         }
         *adapter = nullptr;
+        ++Counts().enumerations;
         const Scenario& scenario = TheMachine().scenario;
         if (index >= scenario.adapters.size()) {
             return static_cast<HRESULT>(scenario.adapters_end_with.value_or(DXGI_ERROR_NOT_FOUND));

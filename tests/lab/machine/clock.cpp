@@ -14,9 +14,9 @@ namespace {
 
 constexpr std::int64_t kMicrosecondsPerMillisecond = 1'000;
 constexpr std::int64_t kMicrosecondsPerSecond = 1'000'000;
-constexpr std::int64_t kCostOfReading = 2;  // microseconds of scripted time
 
 bool scripted_clock = false;
+std::atomic<std::int64_t> scripted_cost = 0;  // microseconds of scripted time that a reading takes
 std::atomic<std::int64_t> scripted_time = kMicrosecondsPerSecond;
 
 HANDLE hang_event = nullptr;
@@ -29,8 +29,9 @@ std::int64_t CounterFrequency() {
 
 }  // namespace
 
-void StartClock(bool scripted) {
+void StartClock(bool scripted, std::int64_t cost_of_reading) {
     scripted_clock = scripted;
+    scripted_cost = cost_of_reading;
 }
 
 bool ClockIsScripted() {
@@ -75,13 +76,13 @@ void PassTime(std::int64_t microseconds) {
 }
 
 BOOL WINAPI ScriptedQueryPerformanceCounter(LARGE_INTEGER* counter) {
-    scripted_time += kCostOfReading;
+    scripted_time += scripted_cost;
     counter->QuadPart = CounterAt(scripted_time);
     return TRUE;
 }
 
 ULONGLONG WINAPI ScriptedGetTickCount64() {
-    scripted_time += kCostOfReading;
+    scripted_time += scripted_cost;
     return static_cast<ULONGLONG>(scripted_time / kMicrosecondsPerMillisecond);
 }
 

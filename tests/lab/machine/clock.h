@@ -8,9 +8,9 @@
 
 namespace lab {
 
-/// Chooses the clock. Scripted time passes by waiting (Sleep, PassTime) and a little with every reading of
-/// the clock, so that a program which waits for a moment by reading on gets there.
-void StartClock(bool scripted);
+/// Chooses the clock. Scripted time passes by waiting (Sleep, PassTime) and by so many microseconds with
+/// every reading of the clock, so that a program which waits for a moment by reading on gets there.
+void StartClock(bool scripted, std::int64_t cost_of_reading = 2);
 
 bool ClockIsScripted();
 

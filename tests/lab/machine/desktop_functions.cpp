@@ -1,10 +1,9 @@
 #include "tests/lab/machine/desktop_functions.h"
 
 #include <algorithm>
-#include <iterator>
 #include <string>
 
-#include "platform/utf8.h"
+#include "tests/lab/machine/fixed_text.h"
 #include "tests/lab/machine/machine.h"
 
 namespace lab {
@@ -26,11 +25,6 @@ bool OnDesktop(std::size_t display) {
     return TheMachine().scenario.displays[display].attached && !(output != nullptr && output->unplugged);
 }
 
-template <std::size_t Length>
-void CopyText(const std::wstring& text, wchar_t (&place)[Length]) {
-    std::copy_n(text.begin(), std::min(text.size(), Length - 1), place);
-}
-
 }  // namespace
 
 BOOL WINAPI SimulatedEnumDisplayDevicesW(LPCWSTR device, DWORD index, PDISPLAY_DEVICEW result, DWORD) {
@@ -42,8 +36,8 @@ BOOL WINAPI SimulatedEnumDisplayDevicesW(LPCWSTR device, DWORD index, PDISPLAY_D
     const Display& display = displays[index];
     *result = {};
     result->cb = sizeof(*result);
-    CopyText(WideFromUtf8(display.name), result->DeviceName);
-    CopyText(L"Simulated display", result->DeviceString);
+    FillText(display.name, result->DeviceName);
+    FillText(u"Simulated display", result->DeviceString);
     result->StateFlags = (OnDesktop(index) ? DISPLAY_DEVICE_ATTACHED_TO_DESKTOP : 0U) |
                          (display.primary ? DISPLAY_DEVICE_PRIMARY_DEVICE : 0U) |
                          (display.mirror ? DISPLAY_DEVICE_MIRRORING_DRIVER : 0U);
@@ -57,7 +51,7 @@ BOOL WINAPI SimulatedEnumDisplaySettingsW(LPCWSTR device, DWORD mode_number, LPD
     }
     const std::vector<Display>& displays = TheMachine().scenario.displays;
     const auto found = std::find_if(displays.begin(), displays.end(), [device](const Display& display) {
-        return WideFromUtf8(display.name) == device;
+        return std::wstring(display.name.begin(), display.name.end()) == device;
     });
     if (found == displays.end() || found->mode_fails) {
         return FALSE;
@@ -82,8 +76,8 @@ BOOL WINAPI SimulatedGetCursorInfo(PCURSORINFO info) {
         SetLastError(ERROR_ACCESS_DENIED);
         return FALSE;
     }
-    info->flags = cursor.showing ? CURSOR_SHOWING : 0;
-    info->hCursor = cursor.showing && !cursor.null_handle ? LoadCursorW(nullptr, IDC_ARROW) : nullptr;
+    info->flags = cursor.suppressed ? CURSOR_SUPPRESSED : cursor.showing ? CURSOR_SHOWING : 0;
+    info->hCursor = cursor.null_handle ? nullptr : LoadCursorW(nullptr, IDC_ARROW);
     info->ptScreenPos = {cursor.x, cursor.y};
     return TRUE;
 }

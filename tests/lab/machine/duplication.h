@@ -1,4 +1,4 @@
-// Desktop duplication as a scenario plays it.
+// Desktop duplication.
 #pragma once
 
 #include <windows.h>
@@ -7,11 +7,16 @@
 
 #include <cstddef>
 
+#include "tests/lab/machine/image_source.h"
+
 namespace lab {
 
 /// IDXGIOutput1::DuplicateOutput for the output at this position of the scenario. As on Windows, the device
 /// must be on the adapter that drives the output and a process may duplicate an output once at a time
 /// (E_INVALIDARG otherwise).
 HRESULT DuplicateDesktop(std::size_t output, IUnknown* device, IDXGIOutputDuplication** duplication);
+
+/// From now on duplications take their images from there. Before, from MakeScheduledImages.
+void TakeImagesFrom(ImageSourceMaker maker);
 
 }  // namespace lab

@@ -1,6 +1,8 @@
 #include "tests/lab/machine/machine.h"
 
+#include <sstream>
 #include "tests/lab/fatal_failure.h"
+
 #include "tests/lab/machine/clock.h"
 #include "tests/lab/machine/frame_schedule.h"
 
@@ -28,6 +30,7 @@ void SetUpMachine(const Scenario& scenario) {
     machine.scenario = scenario;
     machine.outputs.clear();
     machine.calls_by_function.clear();
+    machine.duplicated.clear();
     machine.memory_readings = 0;
     for (const Output& output : scenario.outputs) {
         OutputState state;
@@ -39,6 +42,11 @@ void SetUpMachine(const Scenario& scenario) {
         }
         machine.outputs.push_back(state);
     }
+}
+
+void SetUpMachine(const std::string& scenario_text) {
+    std::istringstream stream(scenario_text);
+    SetUpMachine(ReadScenario(stream));
 }
 
 void BeginRefusal(OutputState& output, const Refusal& refusal) {

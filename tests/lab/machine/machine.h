@@ -29,6 +29,7 @@ struct Machine {
     Scenario scenario;
     std::vector<OutputState> outputs;  ///< one for each of the scenario's
     std::map<std::string, int> calls_by_function;
+    std::vector<std::size_t> duplicated;  ///< outputs that DuplicateOutput was called of, refused or not
     int memory_readings = 0;
 
     /// The positions of the outputs that an adapter drives now.
@@ -44,6 +45,9 @@ Machine& TheMachine();
 
 /// Replaces the machine by one that is as the scenario says, and starts its clock.
 void SetUpMachine(const Scenario& scenario);
+
+/// The same with the text of a scenario. Throws ScenarioError when it is not understood.
+void SetUpMachine(const std::string& scenario_text);
 
 /// The output refuses its duplication from now on.
 void BeginRefusal(OutputState& output, const Refusal& refusal);

@@ -1,11 +1,8 @@
 #include "tests/lab/machine/outputs.h"
 
-#include <algorithm>
-#include <string>
-
-#include "platform/utf8.h"
 #include "tests/lab/machine/adapters.h"
 #include "tests/lab/machine/duplication.h"
+#include "tests/lab/machine/fixed_text.h"
 #include "tests/lab/machine/machine.h"
 #include "tests/lab/machine/output_stub.h"
 #include "tests/lab/machine/simulated_object.h"
@@ -45,9 +42,7 @@ class SimulatedOutput final : public Output1Stub<SimulatedDxgiObject<IDXGIOutput
         }
         const Display& display = TheMachine().DisplayOf(position_);
         *description = {};
-        const std::wstring name = WideFromUtf8(display.name);
-        std::copy_n(name.begin(), std::min(name.size(), std::size(description->DeviceName) - 1),
-                    description->DeviceName);
+        FillText(display.name, description->DeviceName);
         const Size size = State().size;
         description->DesktopCoordinates = {display.left, display.top,
                                            display.left + static_cast<LONG>(size.width),

@@ -3,6 +3,7 @@
 #include <functional>
 #include <map>
 
+#include "platform/utf8.h"
 #include "tests/lab/fatal_failure.h"
 #include "tests/lab/machine/scenario_words.h"
 
@@ -73,7 +74,7 @@ class ScenarioReader {
 
     void OpenAdapter(Words& words) {
         Adapter adapter;
-        adapter.name = words.Rest();
+        adapter.name = Utf16FromUtf8(words.Rest());
         adapter.luid_low = 0xA001 + static_cast<std::uint32_t>(scenario_.adapters.size());
         scenario_.adapters.push_back(adapter);
         block_ = Block::kAdapter;
@@ -81,7 +82,7 @@ class ScenarioReader {
 
     void OpenDisplay(Words& words) {
         Display display;
-        display.name = words.Rest();
+        display.name = Utf16FromUtf8(words.Rest());
         display.size = {1920, 1080};
         scenario_.displays.push_back(display);
         block_ = Block::kDisplay;
@@ -273,6 +274,7 @@ class ScenarioReader {
              words.Expect("fails");
              LastAdapter().mapping = words.RefusalOf();
          }},
+        {"remote", [this](Words&) { LastAdapter().remote = true; }},
         {"software", [this](Words&) { LastAdapter().software = true; }},
         {"without", [this](Words& words) { ReadWithout(words); }},
         {"enumeration", [this](Words& words) { LastAdapter().enumeration_fails = words.FailsWith(); }},

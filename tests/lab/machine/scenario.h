@@ -57,7 +57,7 @@ struct Frames {
 
 /// What stands on the desktop's list of display devices.
 struct Display {
-    std::string name;
+    std::u16string name;
     Size size;
     int left = 0;
     int top = 0;
@@ -94,7 +94,7 @@ struct ClockRamp {
 enum class StampTrouble { kNone, kDisjoint, kNever };
 
 struct Adapter {
-    std::string name;
+    std::u16string name;  ///< of any length, and with half a character where a driver gives one
     std::uint32_t vendor = 0;
     std::uint32_t luid_low = 0;
     std::int32_t luid_high = 0;
@@ -114,6 +114,7 @@ struct Adapter {
     std::uint64_t memory_drift_bytes = 0;  ///< what every other reading of the use is more
     std::optional<Refusal> mapping;        ///< ID3D11DeviceContext::Map, on a device of this adapter
     bool software = false;
+    bool remote = false;  ///< of a Remote Desktop session
     bool without_adapter3 = false;
     std::optional<ResultCode> enumeration_fails;
     std::optional<ResultCode> description_fails;
@@ -125,6 +126,7 @@ struct Adapter {
 struct Cursor {
     bool query_fails = false;
     bool showing = true;
+    bool suppressed = false;  ///< by touch; neither showing nor hidden then
     bool null_handle = false;
     int x = 100;
     int y = 100;

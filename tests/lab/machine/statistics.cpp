@@ -1,5 +1,7 @@
 #include "tests/lab/machine/statistics.h"
 
+#include <new>
+
 #include "tests/lab/machine/handle_account.h"
 
 namespace lab {
@@ -16,6 +18,22 @@ Statistics& Counts() {
     return statistics;
 }
 
+void RestartCounts() {
+    Statistics& counts = Counts();
+    const long factories = counts.live_factories;
+    const long adapters = counts.live_adapters;
+    const long outputs = counts.live_outputs;
+    const long duplications = counts.live_duplications;
+    const long devices = counts.live_devices;
+    counts.~Statistics();
+    new (&counts) Statistics{};
+    counts.live_factories = factories;
+    counts.live_adapters = adapters;
+    counts.live_outputs = outputs;
+    counts.live_duplications = duplications;
+    counts.live_devices = devices;
+}
+
 std::string StatisticsText() {
     const Statistics& counts = Counts();
     std::string text;
@@ -28,6 +46,7 @@ std::string StatisticsText() {
     Append(text, "live_duplications", counts.live_duplications);
     Append(text, "live_devices", counts.live_devices);
     Append(text, "made_factories", counts.made_factories);
+    Append(text, "enumerations", counts.enumerations);
     Append(text, "made_duplications", counts.made_duplications);
     Append(text, "duplications_refused", counts.duplications_refused);
     Append(text, "frames_shown", counts.frames_shown);
@@ -45,6 +64,8 @@ std::string StatisticsText() {
     Append(text, "copies_across_devices", counts.copies_across_devices);
     Append(text, "copies_of_other_size", counts.copies_of_other_size);
     Append(text, "frames_never_released", counts.frames_never_released);
+    Append(text, "duplications_by_other_adapter", counts.duplications_by_other_adapter);
+    Append(text, "duplications_of_duplicated", counts.duplications_of_duplicated);
     for (std::size_t i = 0; i < counts.devices_made_on.size(); ++i) {
         Append(text, "devices_made_on_" + std::to_string(i), counts.devices_made_on[i]);
     }

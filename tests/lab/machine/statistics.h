@@ -19,6 +19,7 @@ struct Statistics {
     std::atomic<long> live_duplications;
     std::atomic<long> live_devices;
     std::atomic<long> made_factories;
+    std::atomic<long> enumerations;  ///< calls of EnumAdapters1 and EnumOutputs
     std::atomic<long> made_duplications;
     std::atomic<long> duplications_refused;
     std::atomic<long> frames_shown;      ///< images of the desktop while it was duplicated
@@ -38,6 +39,8 @@ struct Statistics {
     std::atomic<long> copies_across_devices;
     std::atomic<long> copies_of_other_size;
     std::atomic<long> frames_never_released;
+    std::atomic<long> duplications_by_other_adapter;  ///< with a device of an adapter that lacks the output
+    std::atomic<long> duplications_of_duplicated;     ///< of an output that the program duplicates already
     std::array<std::atomic<long>, kCountedAdapters> devices_made_on;  ///< by the adapter's position
 
     long LiveObjects() const {
@@ -45,11 +48,14 @@ struct Statistics {
     }
     long Violations() const {
         return acquires_without_release + uses_after_release + copies_across_devices + copies_of_other_size +
-               frames_never_released;
+               frames_never_released + duplications_by_other_adapter + duplications_of_duplicated;
     }
 };
 
 Statistics& Counts();
+
+/// Sets every count to 0 but those of what is alive.
+void RestartCounts();
 
 /// All counts, one "name value" a line.
 std::string StatisticsText();

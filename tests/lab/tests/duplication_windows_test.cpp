@@ -8,7 +8,6 @@
 #include <wrl/client.h>
 
 #include <cstring>
-#include <sstream>
 #include <vector>
 
 #include "tests/lab/machine/adapters.h"
@@ -109,10 +108,8 @@ class Program {
 class Duplication : public ::testing::Test {
   protected:
     static void SetUpWith(const std::string& scenario) {
-        std::istringstream stream(scenario);
-        SetUpMachine(ReadScenario(stream));
-        Counts().~Statistics();
-        new (&Counts()) Statistics{};
+        SetUpMachine(scenario);
+        RestartCounts();
     }
     void TearDown() override { EXPECT_EQ(Counts().LiveObjects(), 0) << StatisticsText(); }
 };

@@ -8,7 +8,6 @@
 #include <wrl/client.h>
 
 #include <algorithm>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -26,8 +25,7 @@ using Microsoft::WRL::ComPtr;
 class GpuClock : public ::testing::Test {
   protected:
     void SetUp() override {
-        std::istringstream scenario("adapter Real\nadapter Scripted\n draws 500 megapixels per second\n");
-        SetUpMachine(ReadScenario(scenario));
+        SetUpMachine("adapter Real\nadapter Scripted\n draws 500 megapixels per second\n");
     }
 
     void MakeDevice(UINT adapter_position) {
@@ -99,9 +97,7 @@ TEST_F(GpuClock, HasNoStampBeforeTheQueryEnds) {
 
 /// One adapter of a machine whose clock is scripted, with more that the scenario says of it.
 void SetUpOneGpu(const std::string& more) {
-    std::istringstream scenario("clock scripted\nadapter Scripted\n draws 500 megapixels per second\n" +
-                                more);
-    SetUpMachine(ReadScenario(scenario));
+    SetUpMachine("clock scripted\nadapter Scripted\n draws 500 megapixels per second\n" + more);
 }
 
 TEST_F(GpuClock, ARampTakesTheMachinesTime) {

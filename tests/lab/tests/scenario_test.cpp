@@ -56,7 +56,7 @@ TEST(Scenario, ReadsAnAdapter) {
         "  outputs end with 0x1\n  enumeration fails 0x2\n  description fails 0x3\n  device fails 0x4\n");
     ASSERT_EQ(scenario.adapters.size(), 1U);
     const Adapter& adapter = scenario.adapters[0];
-    EXPECT_EQ(adapter.name, "NVIDIA GeForce");
+    EXPECT_EQ(adapter.name, u"NVIDIA GeForce");
     EXPECT_EQ(adapter.vendor, 0x10DEU);
     EXPECT_EQ(adapter.luid_high, -1);
     EXPECT_EQ(adapter.luid_low, 0xA001U);
@@ -77,7 +77,7 @@ TEST(Scenario, ReadsAnAdapter) {
 
 TEST(Scenario, AnAdapterMayHaveNoNameAndFailItsMemoryQuery) {
     const Scenario scenario = Read("adapter\n  memory fails 0x887A0005\n");
-    EXPECT_EQ(scenario.adapters[0].name, "");
+    EXPECT_EQ(scenario.adapters[0].name, u"");
     EXPECT_THAT(scenario.adapters[0].memory_fails, Optional(0x887A0005U));
 }
 
@@ -91,7 +91,7 @@ TEST(Scenario, EveryOutputIsADisplayInTheOrderOfTheText) {
     EXPECT_TRUE(scenario.displays[0].mirror);
     EXPECT_FALSE(scenario.displays[0].attached);
     const Display& second = scenario.displays[1];
-    EXPECT_EQ(second.name, "\\\\.\\DISPLAY1");
+    EXPECT_EQ(second.name, u"\\\\.\\DISPLAY1");
     EXPECT_EQ(second.size, (Size{640, 480}));
     EXPECT_EQ(second.left, -640);
     EXPECT_EQ(second.top, 7);

@@ -32,74 +32,75 @@ class ScreenCaptureAcross : public ScreenCaptureTestBase {
 };
 
 TEST_F(ScreenCaptureAcross, TheSecondDeviceIsKeptOnTheSameGpuAndRebuiltOnAnother) {
-    Machine().adapters.push_back({.name = L"Third GPU", .luid = {.LowPart = 30, .HighPart = 0}});
+    lab::Adapter third;
+    third.name = u"Third GPU";
+    third.luid_low = 30;
+    lab::TheMachine().scenario.adapters.push_back(third);
     const auto lose = [&] {
         PushResult(DXGI_ERROR_ACCESS_LOST);
         return ErrorsOf([&] { capture_->GetFrame(); });
     };
-    const auto move_display = [&](std::size_t from, std::size_t to) {
-        std::swap(Machine().adapters[from].outputs, Machine().adapters[to].outputs);
-    };
+    const auto move_display = [&](std::size_t to) { Output(0).adapter = to; };
     const auto expect_picture = [&](std::uint32_t seed) {
         Push({.seed = seed});
-        EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), FakePixels({.seed = seed}));
+        EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), ScriptedPixels({.seed = seed}));
     };
     EXPECT_EQ(ErrorsOf([&] { ASSERT_TRUE(Start()); }), kUnnamedCross);
     expect_picture(1);
     EXPECT_EQ(lose(), std::string(kLost) + kRestored) << "the device is kept, and nothing said about it";
-    EXPECT_THAT(Machine().devices_made, ElementsAre(L"Panel GPU"));
+    EXPECT_THAT(Desktop().devices_made, ElementsAre("Panel GPU"));
     expect_picture(2);
 
-    move_display(0, 2);
+    move_display(2);
     EXPECT_EQ(lose(), std::string(kLost) +
                           "[ScreenCaptureDxgi]  is driven by Third GPU while Vistrel renders on Fast GPU; "
                           "capturing on the display's GPU and carrying each frame across.\n" +
                           kRestored);
-    EXPECT_THAT(Machine().devices_made, ElementsAre(L"Panel GPU", L"Third GPU"));
+    EXPECT_THAT(Desktop().devices_made, ElementsAre("Panel GPU", "Third GPU"));
     EXPECT_EQ(capture_->DisplayGpuName(), "Third GPU");
     expect_picture(3);
 
-    move_display(2, 1);
+    move_display(1);
     EXPECT_EQ(lose(), std::string(kLost) + kRestored);
     EXPECT_FALSE(capture_->IsCrossAdapter());
     EXPECT_EQ(capture_->DisplayGpuName(), "Fast GPU");
     expect_picture(4);
 
-    move_display(1, 2);
+    move_display(2);
     lose();
-    EXPECT_THAT(Machine().devices_made, ElementsAre(L"Panel GPU", L"Third GPU", L"Third GPU"));
+    EXPECT_THAT(Desktop().devices_made, ElementsAre("Panel GPU", "Third GPU", "Third GPU"));
     EXPECT_TRUE(capture_->IsCrossAdapter());
     expect_picture(5);
 }
 
 TEST_F(ScreenCaptureAcross, ASecondDeviceThatCannotBeMadeIsTriedAgain) {
     StartAcross();
-    Machine().adapters[0].luid.LowPart = 40;  // Another adapter drives the display now.
-    Machine().adapters[0].create_device_result = DXGI_ERROR_DEVICE_REMOVED;
+    Adapter(0).luid_low = 40;  // Another adapter drives the display now.
+    Adapter(0).device_fails = DXGI_ERROR_DEVICE_REMOVED;
     PushResult(DXGI_ERROR_ACCESS_LOST);
     EXPECT_EQ(ErrorsOf([&] { capture_->GetFrame(); }), kLost);
     EXPECT_THAT(capture_->LastError(), testing::HasSubstr("(HRESULT 0x887A0005)"));
-    Machine().adapters[0].create_device_result = S_OK;
-    Machine().tick_ms += 500;
+    Adapter(0).device_fails.reset();
+    PassMilliseconds(500);
     EXPECT_THAT(ErrorsOf([&] { capture_->GetFrame(); }), testing::EndsWith(kRestored));
-    Machine().adapters[0].luid.LowPart = 50;
-    Machine().adapters[0].create_device_result = DXGI_ERROR_DEVICE_REMOVED;
+    Adapter(0).luid_low = 50;
+    Adapter(0).device_fails = DXGI_ERROR_DEVICE_REMOVED;
     PushResult(DXGI_ERROR_ACCESS_LOST);
     ErrorsOf([&] { capture_->GetFrame(); });
-    Machine().adapters[0].luid.LowPart = 40;  // Back to the one before, whose device is gone.
-    Machine().adapters[0].create_device_result = S_OK;
-    Machine().tick_ms += 500;
+    Adapter(0).luid_low = 40;  // Back to the one before, whose device is gone.
+    Adapter(0).device_fails.reset();
+    PassMilliseconds(500);
     EXPECT_THAT(ErrorsOf([&] { capture_->GetFrame(); }), testing::EndsWith(kRestored));
-    EXPECT_EQ(Machine().devices_made.size(), 5U);
+    EXPECT_EQ(Desktop().devices_made.size(), 5U);
 }
 
 TEST_F(ScreenCaptureAcross, EveryPixelArrives) {
     StartAcross();
     for (const UINT width : {1U, 7U, 64U, 257U}) {
-        const FakeFrame frame = {.width = width, .height = 31, .seed = width};
+        const ScriptedFrame frame = {.width = width, .height = 31, .seed = width};
         Push(frame);
         const View view = capture_->GetFrame();
-        EXPECT_EQ(PixelsOf(view.Get()), FakePixels(frame)) << width;
+        EXPECT_EQ(PixelsOf(view.Get()), ScriptedPixels(frame)) << width;
         Microsoft::WRL::ComPtr<ID3D11Device> owner;
         view->GetDevice(&owner);
         EXPECT_EQ(owner.Get(), device_.Get()) << "the picture lies on the caller's device";
@@ -108,49 +109,49 @@ TEST_F(ScreenCaptureAcross, EveryPixelArrives) {
 
 TEST_F(ScreenCaptureAcross, RowsFurtherApartThanThePictureIsWide) {
     StartAcross();
-    Machine().extra_row_pitch = 52;
+    Desktop().extra_row_pitch = 52;
     Push({.width = 33, .seed = 8});
-    EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), FakePixels({.width = 33, .seed = 8}));
+    EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), ScriptedPixels({.width = 33, .seed = 8}));
 }
 
 TEST_F(ScreenCaptureAcross, AFrameThatCannotBeMappedIsReportedOnce) {
     StartAcross();
     Push({});
     const View view = capture_->GetFrame();
-    Machine().map_result = DXGI_ERROR_DEVICE_REMOVED;
+    Desktop().map_result = DXGI_ERROR_DEVICE_REMOVED;
     for (int call = 0; call < 3; ++call) {
         Push({.seed = 2});
         EXPECT_EQ(ErrorsOf([&] { EXPECT_EQ(capture_->GetFrame().Get(), view.Get()); }),
                   call == 0 ? kNotCarried : "");
         EXPECT_TRUE(capture_->IsNewFrame());
     }
-    Machine().map_result = S_OK;
-    EXPECT_EQ(PixelsOf(view.Get()), FakePixels({})) << "the image before";
+    Desktop().map_result = S_OK;
+    EXPECT_EQ(PixelsOf(view.Get()), ScriptedPixels({})) << "the image before";
     Push({.seed = 3});
     capture_->GetFrame();
-    EXPECT_EQ(PixelsOf(view.Get()), FakePixels({.seed = 3}));
-    Machine().map_result = E_FAIL;
+    EXPECT_EQ(PixelsOf(view.Get()), ScriptedPixels({.seed = 3}));
+    Desktop().map_result = E_FAIL;
     Push({});
     EXPECT_EQ(ErrorsOf([&] { capture_->GetFrame(); }), "") << "once for the object";
     capture_->Shutdown();
     StartAcross();
     Push({});
     EXPECT_EQ(ErrorsOf([&] { capture_->GetFrame(); }), "") << "started anew or not";
-    Machine().map_result = S_OK;
+    Desktop().map_result = S_OK;
 }
 
 TEST_F(ScreenCaptureAcross, NoTextureToCarryWith) {
     StartAcross();
-    Machine().staging_textures_fail = true;
+    Desktop().staging_textures_fail = true;
     Push({});
     EXPECT_EQ(ErrorsOf([&] { capture_->GetFrame(); }), kNotCarried);
-    Machine().staging_textures_fail = false;
+    Desktop().staging_textures_fail = false;
     Push({.seed = 2});
-    EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), FakePixels({.seed = 2}));
+    EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), ScriptedPixels({.seed = 2}));
 }
 
 TEST_F(ScreenCaptureAcross, NoContextToCarryWith) {
-    Machine().adapters[0].gives_context = false;
+    Desktop().second_devices_lack_context = true;
     StartAcross();
     for (int call = 0; call < 2; ++call) {
         Push({});
@@ -161,10 +162,10 @@ TEST_F(ScreenCaptureAcross, NoContextToCarryWith) {
 TEST_F(ScreenCaptureAcross, TwoThreadsShareOneObject) {
     int turn = 0;
     // Called under the object's lock, by either thread.
-    Machine().next_frame = [&turn]() -> FakeFrame {
+    Desktop().next_frame = [&turn]() -> ScriptedFrame {
         ++turn;
-        Machine().tick_ms += 50;
-        Machine().timeouts.clear();
+        PassMilliseconds(50);
+        Desktop().timeouts.clear();
         if (turn % 17 == 0) {
             return {.result = DXGI_ERROR_ACCESS_LOST};
         }
@@ -202,7 +203,7 @@ TEST_F(ScreenCaptureAcross, TwoThreadsShareOneObject) {
         first.join();
         second.join();
     });
-    EXPECT_GT(Machine().frames_acquired, kViews / 4);
+    EXPECT_GT(Desktop().frames_acquired, kViews / 4);
 }
 
 }  // namespace

@@ -1,6 +1,4 @@
 // The pointer on a captured image.
-#include <utility>
-
 #include "tests/unit/capture/screen_capture_test_base.h"
 
 using testing::IsEmpty;
@@ -11,29 +9,33 @@ class ScreenCaptureCursor : public ScreenCaptureTestBase {
   protected:
     void SetUp() override {
         ScreenCaptureTestBase::SetUp();
-        Machine().cursor = {.cbSize = sizeof(CURSORINFO),
-                            .flags = CURSOR_SHOWING,
-                            .hCursor = LoadCursorW(nullptr, IDC_ARROW),
-                            .ptScreenPos = {.x = 1930, .y = -90}};
-        Machine().adapters[0].outputs = {{.name = L"A"}, {.name = L"B", .left = 1920, .top = -100}};
+        UseMachine(R"(
+cursor at 1930,-90
+adapter Fast GPU
+  output A
+  output B
+    at 1920,-100
+)");
     }
+
+    static lab::Cursor& Cursor() { return lab::TheMachine().scenario.cursor; }
 };
 
 TEST_F(ScreenCaptureCursor, WhereItIsOnTheMonitor) {
     ASSERT_TRUE(Start("B"));
     Push({});
     const View view = capture_->GetFrame();
-    ASSERT_EQ(Machine().drawn_icons.size(), 1U);
-    const FakeDesktop::DrawnIcon& icon = Machine().drawn_icons[0];
+    ASSERT_EQ(Desktop().drawn_icons.size(), 1U);
+    const ScriptedDesktop::DrawnIcon& icon = Desktop().drawn_icons[0];
     EXPECT_EQ(icon.x, 10);
     EXPECT_EQ(icon.y, 10);
-    EXPECT_EQ(icon.icon, Machine().cursor.hCursor);
+    EXPECT_EQ(icon.icon, LoadCursorW(nullptr, IDC_ARROW));
     EXPECT_EQ(icon.width, 0);
     EXPECT_EQ(icon.height, 0);
     EXPECT_EQ(icon.step, 0U);
     EXPECT_EQ(icon.brush, nullptr);
     EXPECT_EQ(icon.flags, 7U);
-    const std::vector<std::uint8_t> plain = FakePixels({});
+    const std::vector<std::uint8_t> plain = ScriptedPixels({});
     const std::vector<std::uint8_t> drawn = PixelsOf(view.Get());
     ASSERT_EQ(drawn.size(), plain.size());
     int changed = 0;
@@ -51,10 +53,10 @@ TEST_F(ScreenCaptureCursor, OnAnotherMonitorItIsOutsideOfThePicture) {
     ASSERT_TRUE(Start("A"));
     Push({});
     const View view = capture_->GetFrame();
-    ASSERT_EQ(Machine().drawn_icons.size(), 1U);
-    EXPECT_EQ(Machine().drawn_icons[0].x, 1930);
-    EXPECT_EQ(Machine().drawn_icons[0].y, -90);
-    EXPECT_EQ(PixelsOf(view.Get()), FakePixels({}));
+    ASSERT_EQ(Desktop().drawn_icons.size(), 1U);
+    EXPECT_EQ(Desktop().drawn_icons[0].x, 1930);
+    EXPECT_EQ(Desktop().drawn_icons[0].y, -90);
+    EXPECT_EQ(PixelsOf(view.Get()), ScriptedPixels({}));
 }
 
 TEST_F(ScreenCaptureCursor, OnEveryNewImage) {
@@ -62,10 +64,10 @@ TEST_F(ScreenCaptureCursor, OnEveryNewImage) {
     for (int image = 0; image < 3; ++image) {
         Push({});
         capture_->GetFrame();
-        Machine().cursor.ptScreenPos.x += 100;
+        Cursor().x += 100;
     }
-    ASSERT_EQ(Machine().drawn_icons.size(), 3U);
-    EXPECT_EQ(Machine().drawn_icons[2].x, 210);
+    ASSERT_EQ(Desktop().drawn_icons.size(), 3U);
+    EXPECT_EQ(Desktop().drawn_icons[2].x, 210);
 }
 
 TEST_F(ScreenCaptureCursor, OnlyAfterANewImage) {
@@ -74,46 +76,45 @@ TEST_F(ScreenCaptureCursor, OnlyAfterANewImage) {
     Push({});
     capture_->GetFrame();
     capture_->GetFrame();
-    EXPECT_EQ(Machine().drawn_icons.size(), 1U);
+    EXPECT_EQ(Desktop().drawn_icons.size(), 1U);
 }
 
 TEST_F(ScreenCaptureCursor, OnlyWhenShown) {
     ASSERT_TRUE(Start("B"));
     const auto expect_plain = [&](const char* why) {
         Push({});
-        EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), FakePixels({})) << why;
+        EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), ScriptedPixels({})) << why;
     };
-    Machine().cursor.flags = 0;
+    Cursor().showing = false;
     expect_plain("hidden");
-    Machine().cursor.flags = CURSOR_SUPPRESSED;
+    Cursor().suppressed = true;
     expect_plain("suppressed by touch");
-    Machine().cursor.flags = CURSOR_SHOWING;
-    Machine().cursor_info_result = FALSE;
+    Cursor() = {.query_fails = true};
     expect_plain("no answer");
-    Machine().cursor_info_result = TRUE;
-    const HCURSOR arrow = std::exchange(Machine().cursor.hCursor, nullptr);
+    Cursor() = {.null_handle = true};
     expect_plain("no shape");
-    Machine().cursor.hCursor = arrow;
+    Cursor() = {};
     DiagSettings::Instance().capture_draw_cursor = false;
     expect_plain("not wanted");
-    EXPECT_THAT(Machine().drawn_icons, IsEmpty());
+    EXPECT_THAT(Desktop().drawn_icons, IsEmpty());
 }
 
 TEST_F(ScreenCaptureCursor, NotOnATextureThatGdiCannotDrawOn) {
     ASSERT_TRUE(Start("B"));
     Push({.format = DXGI_FORMAT_R8G8B8A8_TYPELESS});
-    EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), FakePixels({}));
-    EXPECT_THAT(Machine().drawn_icons, IsEmpty());
+    EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), ScriptedPixels({}));
+    EXPECT_THAT(Desktop().drawn_icons, IsEmpty());
 }
 
 TEST_F(ScreenCaptureCursor, AlsoOnAPictureCarriedAcross) {
     UseHybridLaptop();
-    Machine().adapters[0].outputs[0].left = 1920;
+    Cursor() = {.x = 1930, .y = -90};
+    lab::TheMachine().scenario.displays[0].left = 1920;
     ErrorsOf([&] { ASSERT_TRUE(Start()); });
     Push({});
     capture_->GetFrame();
-    ASSERT_EQ(Machine().drawn_icons.size(), 1U);
-    EXPECT_EQ(Machine().drawn_icons[0].x, 10);
+    ASSERT_EQ(Desktop().drawn_icons.size(), 1U);
+    EXPECT_EQ(Desktop().drawn_icons[0].x, 10);
 }
 
 }  // namespace

@@ -21,13 +21,13 @@ TEST_F(ScreenCaptureFrames, NewImagesAndStillOnes) {
     Push({.seed = 3});
     const View first = capture_->GetFrame();
     EXPECT_TRUE(capture_->IsNewFrame());
-    EXPECT_EQ(PixelsOf(first.Get()), FakePixels({.seed = 3}));
+    EXPECT_EQ(PixelsOf(first.Get()), ScriptedPixels({.seed = 3}));
     EXPECT_EQ(capture_->GetFrame().Get(), first.Get()) << "nothing new: the image before stays";
     EXPECT_FALSE(capture_->IsNewFrame());
     Push({.seed = 4});
     EXPECT_EQ(capture_->GetFrame().Get(), first.Get()) << "the same texture with another picture";
     EXPECT_TRUE(capture_->IsNewFrame());
-    EXPECT_EQ(PixelsOf(first.Get()), FakePixels({.seed = 4}));
+    EXPECT_EQ(PixelsOf(first.Get()), ScriptedPixels({.seed = 4}));
 }
 
 TEST_F(ScreenCaptureFrames, WaitsOnlyForTheFirstImage) {
@@ -36,7 +36,7 @@ TEST_F(ScreenCaptureFrames, WaitsOnlyForTheFirstImage) {
     Push({});
     capture_->GetFrame();
     capture_->GetFrame();
-    EXPECT_THAT(Machine().timeouts, ElementsAre(250, 250, 0));
+    EXPECT_THAT(Desktop().timeouts, ElementsAre(250, 250, 0));
 }
 
 TEST_F(ScreenCaptureFrames, ADesktopThatNeverGivesAnImageIsWaitedForTenTimes) {
@@ -44,7 +44,7 @@ TEST_F(ScreenCaptureFrames, ADesktopThatNeverGivesAnImageIsWaitedForTenTimes) {
     for (int call = 0; call < 12; ++call) {
         EXPECT_EQ(capture_->GetFrame().Get(), nullptr);
     }
-    EXPECT_THAT(Machine().timeouts, ElementsAre(250, 250, 250, 250, 250, 250, 250, 250, 250, 250, 0, 0));
+    EXPECT_THAT(Desktop().timeouts, ElementsAre(250, 250, 250, 250, 250, 250, 250, 250, 250, 250, 0, 0));
 }
 
 TEST_F(ScreenCaptureFrames, OtherFailuresOfAcquireChangeNothing) {
@@ -57,7 +57,7 @@ TEST_F(ScreenCaptureFrames, OtherFailuresOfAcquireChangeNothing) {
         EXPECT_EQ(ErrorsOf([&] { EXPECT_EQ(capture_->GetFrame().Get(), view.Get()); }), "");
         EXPECT_FALSE(capture_->IsNewFrame());
     }
-    EXPECT_EQ(Machine().duplications, 1);
+    EXPECT_EQ(DuplicatedOutputs().size(), 1U);
 }
 
 TEST_F(ScreenCaptureFrames, LossIsRestoredAtOnce) {
@@ -67,44 +67,44 @@ TEST_F(ScreenCaptureFrames, LossIsRestoredAtOnce) {
     PushResult(DXGI_ERROR_ACCESS_LOST);
     EXPECT_EQ(ErrorsOf([&] { capture_->GetFrame(); }), std::string(kLost) + kRestored);
     EXPECT_FALSE(capture_->IsNewFrame());
-    EXPECT_EQ(Machine().duplications, 2);
+    EXPECT_EQ(DuplicatedOutputs().size(), 2U);
     EXPECT_EQ(capture_->GetFrame().Get(), nullptr) << "the picture is made anew from the first image";
     Push({.width = 32, .height = 20, .seed = 9});
     const View after = capture_->GetFrame();
     EXPECT_TRUE(capture_->IsNewFrame());
-    EXPECT_EQ(PixelsOf(after.Get()), FakePixels({.width = 32, .height = 20, .seed = 9}));
-    EXPECT_EQ(PixelsOf(before.Get()), FakePixels({})) << "a view that the caller holds stays usable";
+    EXPECT_EQ(PixelsOf(after.Get()), ScriptedPixels({.width = 32, .height = 20, .seed = 9}));
+    EXPECT_EQ(PixelsOf(before.Get()), ScriptedPixels({})) << "a view that the caller holds stays usable";
 }
 
 TEST_F(ScreenCaptureFrames, RestoreIsTriedAtMostEvery500Milliseconds) {
     ASSERT_TRUE(Start());
     Push({});
     const View view = capture_->GetFrame();
-    Machine().adapters[0].outputs[0].duplicate_result = E_ACCESSDENIED;
+    RefuseDuplication(0, E_ACCESSDENIED);
     PushResult(DXGI_ERROR_ACCESS_LOST);
     EXPECT_EQ(ErrorsOf([&] { EXPECT_EQ(capture_->GetFrame().Get(), view.Get()); }), kLost);
-    EXPECT_EQ(Machine().duplications, 2) << "once at once";
+    EXPECT_EQ(DuplicatedOutputs().size(), 2U) << "once at once";
     EXPECT_EQ(
         capture_->LastError(),
         "Screen capture was denied. A UAC prompt or the lock screen owns the desktop right now; dismiss "
         "it and press Start again.");
-    const auto duplications_after = [&](std::uint64_t milliseconds) {
-        Machine().tick_ms += milliseconds;
+    const auto duplications_after = [&](std::int64_t milliseconds) {
+        PassMilliseconds(milliseconds);
         EXPECT_EQ(ErrorsOf([&] { EXPECT_EQ(capture_->GetFrame().Get(), view.Get()); }), "")
             << "silent while lost";
         EXPECT_FALSE(capture_->IsNewFrame());
-        return Machine().duplications;
+        return DuplicatedOutputs().size();
     };
-    EXPECT_EQ(duplications_after(0), 2);
-    EXPECT_EQ(duplications_after(499), 2);
-    EXPECT_EQ(duplications_after(1), 3);
-    EXPECT_EQ(duplications_after(499), 3);
-    EXPECT_EQ(duplications_after(1000), 4);
-    EXPECT_EQ(PixelsOf(view.Get()), FakePixels({}));
-    Machine().adapters[0].outputs[0].duplicate_result = S_OK;
-    Machine().tick_ms += 500;
+    EXPECT_EQ(duplications_after(0), 2U);
+    EXPECT_EQ(duplications_after(499), 2U);
+    EXPECT_EQ(duplications_after(1), 3U);
+    EXPECT_EQ(duplications_after(499), 3U);
+    EXPECT_EQ(duplications_after(1000), 4U);
+    EXPECT_EQ(PixelsOf(view.Get()), ScriptedPixels({}));
+    RefuseDuplication(0, S_OK);
+    PassMilliseconds(500);
     Push({.seed = 7});
-    EXPECT_EQ(ErrorsOf([&] { EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), FakePixels({.seed = 7})); }),
+    EXPECT_EQ(ErrorsOf([&] { EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), ScriptedPixels({.seed = 7})); }),
               kRestored);
     EXPECT_TRUE(capture_->IsNewFrame());
 }
@@ -115,7 +115,7 @@ TEST_F(ScreenCaptureFrames, ALossSoonAfterARestoreIsRestoredAtOnceToo) {
         PushResult(DXGI_ERROR_ACCESS_LOST);
         EXPECT_EQ(ErrorsOf([&] { capture_->GetFrame(); }), std::string(kLost) + kRestored);
     }
-    EXPECT_EQ(Machine().duplications, 4);
+    EXPECT_EQ(DuplicatedOutputs().size(), 4U);
 }
 
 TEST_F(ScreenCaptureFrames, EveryRestoreMayWaitForItsFirstImageAgain) {
@@ -125,20 +125,20 @@ TEST_F(ScreenCaptureFrames, EveryRestoreMayWaitForItsFirstImageAgain) {
     }
     PushResult(DXGI_ERROR_ACCESS_LOST);
     ErrorsOf([&] { capture_->GetFrame(); });
-    Machine().timeouts.clear();
+    Desktop().timeouts.clear();
     for (int call = 0; call < 11; ++call) {
         capture_->GetFrame();
     }
-    EXPECT_THAT(Machine().timeouts, ElementsAre(250, 250, 250, 250, 250, 250, 250, 250, 250, 250, 0));
+    EXPECT_THAT(Desktop().timeouts, ElementsAre(250, 250, 250, 250, 250, 250, 250, 250, 250, 250, 0));
 }
 
 TEST_F(ScreenCaptureFrames, TheDisplayIsChosenAnewAtEveryRestore) {
-    Machine().adapters[0].outputs = {{.name = L"A"}, {.name = L"B"}};
+    UseMachine("adapter Fast GPU\n output A\n output B\n");
     ASSERT_TRUE(Start());
-    Machine().adapters[0].outputs = {{.name = L"B"}};
+    Output(0).unplugged = true;
     PushResult(DXGI_ERROR_ACCESS_LOST);
     ErrorsOf([&] { capture_->GetFrame(); });
-    EXPECT_THAT(Machine().duplicated, ElementsAre(L"A", L"B"));
+    EXPECT_THAT(DuplicatedOutputs(), ElementsAre("A", "B"));
 }
 
 TEST_F(ScreenCaptureFrames, AnotherSizeWithoutALoss) {
@@ -148,10 +148,10 @@ TEST_F(ScreenCaptureFrames, AnotherSizeWithoutALoss) {
     Push({.width = 64, .height = 50, .seed = 2});
     const View after = capture_->GetFrame();
     EXPECT_NE(after.Get(), before.Get());
-    EXPECT_EQ(PixelsOf(after.Get()), FakePixels({.width = 64, .height = 50, .seed = 2}));
-    EXPECT_EQ(PixelsOf(before.Get()), FakePixels({}));
+    EXPECT_EQ(PixelsOf(after.Get()), ScriptedPixels({.width = 64, .height = 50, .seed = 2}));
+    EXPECT_EQ(PixelsOf(before.Get()), ScriptedPixels({}));
     Push({.width = 60, .height = 50, .seed = 3});
-    EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), FakePixels({.width = 60, .height = 50, .seed = 3}));
+    EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), ScriptedPixels({.width = 60, .height = 50, .seed = 3}));
 }
 
 TEST_F(ScreenCaptureFrames, AnotherFormatWithoutALossIsNeverTakenForAPicture) {
@@ -165,7 +165,7 @@ TEST_F(ScreenCaptureFrames, AnotherFormatWithoutALossIsNeverTakenForAPicture) {
         Push({.format = DXGI_FORMAT_R16G16B16A16_FLOAT});
         EXPECT_EQ(capture_->GetFrame().Get(), nullptr) << cross;
         Push({.format = DXGI_FORMAT_B8G8R8A8_TYPELESS, .seed = 5});
-        EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), FakePixels({.seed = 5})) << cross;
+        EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), ScriptedPixels({.seed = 5})) << cross;
         capture_->Shutdown();
     }
 }
@@ -185,7 +185,7 @@ TEST_P(ScreenCaptureFormats, LocallyAndAcross) {
             UseHybridLaptop();
         }
         ErrorsOf([&] { ASSERT_TRUE(Start()); });
-        const FakeFrame frame = {.format = GetParam().delivered, .seed = 6};
+        const ScriptedFrame frame = {.format = GetParam().delivered, .seed = 6};
         for (int call = 0; call < 2; ++call) {
             Push(frame);
             View view;
@@ -202,9 +202,9 @@ TEST_P(ScreenCaptureFormats, LocallyAndAcross) {
             EXPECT_EQ(description.Usage, D3D11_USAGE_DEFAULT);
             EXPECT_EQ(description.BindFlags, UINT{D3D11_BIND_SHADER_RESOURCE | D3D11_BIND_RENDER_TARGET});
             EXPECT_EQ(description.CPUAccessFlags, 0U);
-            EXPECT_EQ(PixelsOf(view.Get()), FakePixels(frame));
+            EXPECT_EQ(PixelsOf(view.Get()), ScriptedPixels(frame));
         }
-        EXPECT_EQ(Machine().frames_released, 2 * (cross ? 2 : 1));
+        EXPECT_EQ(Desktop().frames_released, 2 * (cross ? 2 : 1));
         capture_->Shutdown();
     }
 }
@@ -223,41 +223,41 @@ TEST_F(ScreenCaptureFrames, AResourceThatIsNoTexture) {
     Push({.has_texture = false});
     EXPECT_EQ(capture_->GetFrame().Get(), nullptr);
     EXPECT_TRUE(capture_->IsNewFrame());
-    EXPECT_EQ(Machine().frames_released, 1);
+    EXPECT_EQ(Desktop().frames_released, 1);
     Push({});
     Push({.has_texture = false});
     const View view = capture_->GetFrame();
     EXPECT_EQ(capture_->GetFrame().Get(), view.Get());
-    EXPECT_EQ(PixelsOf(view.Get()), FakePixels({}));
+    EXPECT_EQ(PixelsOf(view.Get()), ScriptedPixels({}));
 }
 
 TEST_F(ScreenCaptureFrames, AViewThatCannotBeMadeIsTriedAgain) {
     ASSERT_TRUE(Start());
-    Machine().shader_views_fail = true;
+    Desktop().shader_views_fail = true;
     Push({});
     EXPECT_EQ(capture_->GetFrame().Get(), nullptr);
-    Machine().shader_views_fail = false;
+    Desktop().shader_views_fail = false;
     Push({.seed = 2});
-    EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), FakePixels({.seed = 2}));
+    EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), ScriptedPixels({.seed = 2}));
 }
 
 TEST_F(ScreenCaptureFrames, AgeOfAnImage) {
     ASSERT_TRUE(Start());
-    constexpr std::int64_t kNow = 900'000'000;
-    constexpr std::int64_t kMillisecond = FakeDesktop::kCounterFrequency / 1000;
-    Machine().counter = kNow;
+    PassMilliseconds(90'000);
+    const std::int64_t now = lab::CounterAt(lab::MachineTime());
+    const std::int64_t millisecond = now - lab::CounterAt(lab::MachineTime() - 1000);
     const auto age_of = [&](std::int64_t present_ticks) {
         Push({.present_ticks = present_ticks});
         capture_->GetFrame();
         return capture_->LastFrameAgeMs();
     };
     EXPECT_EQ(age_of(0), 0.0F);
-    EXPECT_EQ(age_of(kNow - 12 * kMillisecond), 12.0F);
+    EXPECT_EQ(age_of(now - 12 * millisecond), 12.0F);
     EXPECT_EQ(age_of(0), 12.0F) << "only the pointer moved";
-    EXPECT_EQ(age_of(kNow + 1), 12.0F) << "presented in the future";
-    EXPECT_EQ(age_of(kNow - 1000 * kMillisecond), 12.0F) << "too old to be true";
-    EXPECT_EQ(age_of(kNow - 999 * kMillisecond), 999.0F);
-    EXPECT_EQ(age_of(kNow), 0.0F);
+    EXPECT_EQ(age_of(now + 1), 12.0F) << "presented in the future";
+    EXPECT_EQ(age_of(now - 1000 * millisecond), 12.0F) << "too old to be true";
+    EXPECT_EQ(age_of(now - 999 * millisecond), 999.0F);
+    EXPECT_EQ(age_of(now), 0.0F);
 }
 
 TEST_F(ScreenCaptureFrames, TellsThePresentOfTheLastNewImageAndWhatThePictureShows) {

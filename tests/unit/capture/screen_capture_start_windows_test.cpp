@@ -16,7 +16,7 @@ TEST_F(ScreenCaptureStart, OnTheRenderGpu) {
     EXPECT_EQ(capture_->LastError(), "");
     EXPECT_FALSE(capture_->IsNewFrame());
     EXPECT_EQ(capture_->LastFrameAgeMs(), 0.0F);
-    EXPECT_THAT(Machine().devices_made, IsEmpty());
+    EXPECT_THAT(Desktop().devices_made, IsEmpty());
 }
 
 TEST_F(ScreenCaptureStart, NoDevice) {
@@ -27,22 +27,22 @@ TEST_F(ScreenCaptureStart, NoDevice) {
 }
 
 TEST_F(ScreenCaptureStart, DeviceWithoutAdapter) {
-    Machine().get_adapter_result = E_FAIL;
+    Desktop().get_adapter_result = E_FAIL;
     EXPECT_EQ(FailureOf(), "Failed to get DXGIAdapter.");
 }
 
 TEST_F(ScreenCaptureStart, AdapterWithoutDescription) {
-    Machine().render_describe_result = DXGI_ERROR_DEVICE_REMOVED;
+    Adapter(0).description_fails = DXGI_ERROR_DEVICE_REMOVED;
     EXPECT_EQ(FailureOf(), "Failed to get DXGIAdapter.");
 }
 
 TEST_F(ScreenCaptureStart, NoFactory) {
-    Machine().factory_result = E_OUTOFMEMORY;
+    lab::TheMachine().scenario.factory_fails = E_OUTOFMEMORY;
     EXPECT_EQ(FailureOf(), "Failed to create a DXGI factory to enumerate displays.");
 }
 
 TEST_F(ScreenCaptureStart, NoDisplayAtAll) {
-    Machine().adapters[0].outputs.clear();
+    Output(0).unplugged = true;
     EXPECT_EQ(FailureOf(),
               "No display is attached to any GPU, so there is nothing to capture. Capture the game window "
               "instead.");
@@ -50,16 +50,19 @@ TEST_F(ScreenCaptureStart, NoDisplayAtAll) {
         FailureOf("\\\\.\\DISPLAY1"),
         "Monitor \\\\.\\DISPLAY1 is not attached to any GPU any more. Pick another source; this machine "
         "currently has no displays at all.");
-    EXPECT_EQ(Machine().duplications, 0);
+    EXPECT_EQ(DuplicatedOutputs().size(), 0U);
 }
 
 TEST_F(ScreenCaptureStart, NamedDisplayIsGone) {
-    Machine().adapters = {{.name = L"Panel GPU",
-                           .luid = {.LowPart = 20, .HighPart = 0},
-                           .outputs = {{.name = L"\\\\.\\DISPLAY5"}}},
-                          {.name = L"Fast GPU",
-                           .luid = {.LowPart = 10, .HighPart = 0},
-                           .outputs = {{.name = L"\\\\.\\DISPLAY1"}, {.name = L"\\\\.\\DISPLAY2"}}}};
+    UseMachine(R"(
+adapter Panel GPU
+  luid 00000000:00000014
+  output \\.\DISPLAY5
+adapter Fast GPU
+  luid 00000000:0000000A
+  output \\.\DISPLAY1
+  output \\.\DISPLAY2
+)");
     EXPECT_EQ(
         FailureOf("\\\\.\\display2"),
         "Monitor \\\\.\\display2 is not attached to any GPU any more. Pick another source; this machine "
@@ -67,77 +70,90 @@ TEST_F(ScreenCaptureStart, NamedDisplayIsGone) {
 }
 
 TEST_F(ScreenCaptureStart, AnswersOfDuplicateOutput) {
-    HRESULT& answer = Machine().adapters[0].outputs[0].duplicate_result;
-    answer = DXGI_ERROR_NOT_CURRENTLY_AVAILABLE;
+    RefuseDuplication(0, DXGI_ERROR_NOT_CURRENTLY_AVAILABLE);
     EXPECT_EQ(FailureOf(),
               "This display is already being duplicated by another application. Close OBS display capture, "
               "Parsec, Steam Remote Play or a second copy of Vistrel and press Start again.");
-    answer = E_ACCESSDENIED;
+    RefuseDuplication(0, E_ACCESSDENIED);
     EXPECT_EQ(
         FailureOf(),
         "Screen capture was denied. A UAC prompt or the lock screen owns the desktop right now; dismiss "
         "it and press Start again.");
-    answer = DXGI_ERROR_UNSUPPORTED;
+    RefuseDuplication(0, DXGI_ERROR_UNSUPPORTED);
     EXPECT_EQ(FailureOf(),
               "This display cannot be duplicated on Fast GPU. Capture the game window instead, or switch the "
               "laptop to its discrete GPU (MUX switch).");
-    answer = E_NOTIMPL;
+    RefuseDuplication(0, E_NOTIMPL);
     EXPECT_EQ(FailureOf(), "DuplicateOutput failed with HRESULT 0x80004001.");
-    EXPECT_EQ(Machine().duplications, 4);
+    EXPECT_EQ(DuplicatedOutputs().size(), 4U);
 }
 
 TEST_F(ScreenCaptureStart, AFailedStartIsNotRetried) {
-    Machine().adapters[0].outputs[0].duplicate_result = E_ACCESSDENIED;
+    RefuseDuplication(0, E_ACCESSDENIED);
     FailureOf();
-    Machine().adapters[0].outputs[0].duplicate_result = S_OK;
-    Machine().tick_ms += 10'000;
+    RefuseDuplication(0, S_OK);
+    PassMilliseconds(10'000);
     EXPECT_EQ(capture_->GetFrame().Get(), nullptr);
     EXPECT_FALSE(capture_->IsNewFrame());
-    EXPECT_EQ(Machine().duplications, 1);
+    EXPECT_EQ(DuplicatedOutputs().size(), 1U);
     EXPECT_TRUE(Start()) << "but may be started again";
 }
 
 TEST_F(ScreenCaptureStart, OutputWithoutDuplication) {
-    Machine().adapters[0].outputs[0].has_output1 = false;
+    lab::TheMachine().scenario.outputs[0].without_output1 = true;
     EXPECT_EQ(FailureOf(), "Failed to get IDXGIOutput1.");
 }
 
 TEST_F(ScreenCaptureStart, FirstOutputOfTheRenderGpu) {
-    Machine().adapters = {
-        {.name = L"Panel GPU", .luid = {.LowPart = 20, .HighPart = 0}, .outputs = {{.name = L"A"}}},
-        {.name = L"Fast GPU",
-         .luid = {.LowPart = 10, .HighPart = 0},
-         .outputs = {{.name = L"B"}, {.name = L"C"}}}};
-    Machine().render_adapter = 1;
-    UseRenderDevice();
+    UseMachine(R"(
+adapter Panel GPU
+  luid 00000000:00000014
+  output A
+adapter Fast GPU
+  luid 00000000:0000000A
+  output B
+  output C
+)");
+    UseRenderDevice(1);
     EXPECT_TRUE(Start());
-    EXPECT_THAT(Machine().duplicated, ElementsAre(L"B"));
+    EXPECT_THAT(DuplicatedOutputs(), ElementsAre("B"));
     EXPECT_FALSE(capture_->IsCrossAdapter());
 }
 
 TEST_F(ScreenCaptureStart, BothHalvesOfTheLuidTellGpusApart) {
-    Machine().adapters = {
-        {.name = L"Low half alike", .luid = {.LowPart = 10, .HighPart = 2}, .outputs = {{.name = L"A"}}},
-        {.name = L"High half alike", .luid = {.LowPart = 11, .HighPart = 1}, .outputs = {{.name = L"B"}}},
-        {.name = L"Fast GPU", .luid = {.LowPart = 10, .HighPart = 1}, .outputs = {{.name = L"C"}}}};
-    Machine().render_adapter = 2;
-    UseRenderDevice();
+    UseMachine(R"(
+adapter Low half alike
+  luid 00000002:0000000A
+  output A
+adapter High half alike
+  luid 00000001:0000000B
+  output B
+adapter Fast GPU
+  luid 00000001:0000000A
+  output C
+)");
+    UseRenderDevice(2);
     EXPECT_TRUE(Start());
-    EXPECT_THAT(Machine().duplicated, ElementsAre(L"C"));
+    EXPECT_THAT(DuplicatedOutputs(), ElementsAre("C"));
 }
 
 TEST_F(ScreenCaptureStart, NamedOutputOfAnotherGpu) {
-    Machine().adapters = {
-        {.name = L"Fast GPU", .luid = {.LowPart = 10, .HighPart = 0}, .outputs = {{.name = L"A"}}},
-        {.name = L"Panel GPU", .luid = {.LowPart = 20, .HighPart = 0}, .outputs = {{.name = L"Ü"}}}};
+    UseMachine(R"(
+adapter Fast GPU
+  luid 00000000:0000000A
+  output A
+adapter Panel GPU
+  luid 00000000:00000014
+  output Ü
+)");
     EXPECT_EQ(ErrorsOf([&] { EXPECT_TRUE(Start("Ü")); }),
               "[ScreenCaptureDxgi] Ü is driven by Panel GPU while Vistrel renders on Fast GPU; capturing on "
               "the display's GPU and carrying each frame across.\n");
     EXPECT_TRUE(capture_->IsCrossAdapter());
     EXPECT_EQ(capture_->DisplayGpuName(), "Panel GPU");
     EXPECT_EQ(capture_->RenderGpuName(), "Fast GPU");
-    EXPECT_THAT(Machine().duplicated, ElementsAre(L"Ü"));
-    EXPECT_THAT(Machine().devices_made, ElementsAre(L"Panel GPU"));
+    EXPECT_THAT(DuplicatedOutputs(), ElementsAre("Ü"));
+    EXPECT_THAT(Desktop().devices_made, ElementsAre("Panel GPU"));
 }
 
 TEST_F(ScreenCaptureStart, FirstOutputElsewhereWhenTheRenderGpuHasNone) {
@@ -149,17 +165,20 @@ TEST_F(ScreenCaptureStart, FirstOutputElsewhereWhenTheRenderGpuHasNone) {
 }
 
 TEST_F(ScreenCaptureStart, WhatCannotBeDescribedIsSkipped) {
-    Machine().adapters = {{.name = L"Broken",
-                           .luid = {.LowPart = 10, .HighPart = 0},
-                           .outputs = {{.name = L"A"}},
-                           .describe_result = E_FAIL},
-                          {.name = L"Fast GPU",
-                           .luid = {.LowPart = 10, .HighPart = 0},
-                           .outputs = {{.name = L"B", .describe_result = E_FAIL}, {.name = L"C"}}}};
-    Machine().render_adapter = 1;
-    UseRenderDevice();
+    UseMachine(R"(
+adapter Broken
+  luid 00000000:0000000A
+  description fails 0x80004005
+  output A
+adapter Fast GPU
+  luid 00000000:0000000A
+  output B
+    description fails 0x80004005
+  output C
+)");
+    UseRenderDevice(1);
     EXPECT_TRUE(Start());
-    EXPECT_THAT(Machine().duplicated, ElementsAre(L"C"));
+    EXPECT_THAT(DuplicatedOutputs(), ElementsAre("C"));
     EXPECT_EQ(
         FailureOf("D"),
         "Monitor D is not attached to any GPU any more. Pick another source; this machine currently has "
@@ -167,19 +186,19 @@ TEST_F(ScreenCaptureStart, WhatCannotBeDescribedIsSkipped) {
 }
 
 TEST_F(ScreenCaptureStart, EnumerationsThatEndInAnErrorEnd) {
-    Machine().adapters[0].outputs.clear();
-    Machine().adapters[0].end_of_outputs = DXGI_ERROR_NOT_CURRENTLY_AVAILABLE;
-    Machine().end_of_adapters = DXGI_ERROR_DEVICE_REMOVED;
+    Output(0).unplugged = true;
+    Adapter(0).outputs_end_with = DXGI_ERROR_NOT_CURRENTLY_AVAILABLE;
+    lab::TheMachine().scenario.adapters_end_with = DXGI_ERROR_DEVICE_REMOVED;
     EXPECT_EQ(FailureOf(),
               "No display is attached to any GPU, so there is nothing to capture. Capture the game window "
               "instead.");
-    EXPECT_EQ(Machine().enumerations, 3);
+    EXPECT_EQ(lab::Counts().enumerations, 3);
 }
 
 TEST_F(ScreenCaptureStart, StandInsForEmptyNames) {
     UseHybridLaptop();
-    Machine().adapters[0].name = L"";
-    Machine().adapters[1].name = L"";
+    Adapter(0).name.clear();
+    Adapter(1).name.clear();
     EXPECT_EQ(
         ErrorsOf([&] { EXPECT_TRUE(Start("\\\\.\\DISPLAY1")); }),
         "[ScreenCaptureDxgi] \\\\.\\DISPLAY1 is driven by the GPU that drives this display while Vistrel "
@@ -191,7 +210,7 @@ TEST_F(ScreenCaptureStart, StandInsForEmptyNames) {
 
 TEST_F(ScreenCaptureStart, NoSecondDevice) {
     UseHybridLaptop();
-    Machine().adapters[0].create_device_result = DXGI_ERROR_DEVICE_REMOVED;
+    Adapter(0).device_fails = DXGI_ERROR_DEVICE_REMOVED;
     EXPECT_EQ(
         FailureOf("\\\\.\\DISPLAY1"),
         "Monitor \\\\.\\DISPLAY1 is driven by Panel GPU while Vistrel renders on Fast GPU, and no D3D11 "
@@ -203,12 +222,12 @@ TEST_F(ScreenCaptureStart, NoSecondDevice) {
         "created on the first to read it (HRESULT 0x887A0005). Capture the game window instead, or "
         "switch the laptop to its discrete GPU (MUX switch).");
     EXPECT_FALSE(capture_->IsCrossAdapter());
-    EXPECT_EQ(Machine().duplications, 0);
+    EXPECT_EQ(DuplicatedOutputs().size(), 0U);
 }
 
 TEST_F(ScreenCaptureStart, UnsupportedNamesTheDisplaysGpu) {
     UseHybridLaptop();
-    Machine().adapters[0].outputs[0].duplicate_result = DXGI_ERROR_UNSUPPORTED;
+    RefuseDuplication(0, DXGI_ERROR_UNSUPPORTED);
     ErrorsOf([&] { EXPECT_FALSE(Start()); });
     EXPECT_EQ(
         capture_->LastError(),
@@ -221,20 +240,20 @@ TEST_F(ScreenCaptureStart, ShutdownReturnsToTheBeginning) {
     ErrorsOf([&] { EXPECT_TRUE(Start()); });
     Push({});
     EXPECT_NE(capture_->GetFrame().Get(), nullptr);
-    EXPECT_EQ(Machine().idle_releases, 0);
+    EXPECT_EQ(lab::Counts().releases_without_frame, 0);
     capture_->Shutdown();
-    EXPECT_EQ(Machine().idle_releases, 1);
+    EXPECT_EQ(lab::Counts().releases_without_frame, 1);
     EXPECT_FALSE(capture_->IsCrossAdapter());
     EXPECT_EQ(capture_->DisplayGpuName(), "");
     EXPECT_EQ(capture_->RenderGpuName(), "");
     EXPECT_FALSE(capture_->IsNewFrame());
-    EXPECT_EQ(LiveFakeObjects(), 0);
+    EXPECT_EQ(LiveDxgiObjects(), 0);
     device_.Reset();
     EXPECT_FALSE(DevicesAreStillReferenced());
-    UseRenderDevice();
+    UseRenderDevice(1);
     EXPECT_EQ(capture_->GetFrame().Get(), nullptr);
     capture_->Shutdown();
-    EXPECT_EQ(Machine().idle_releases, 1) << "there is no duplication any more";
+    EXPECT_EQ(lab::Counts().releases_without_frame, 1) << "there is no duplication any more";
     ErrorsOf([&] { EXPECT_TRUE(Start()); });
     EXPECT_TRUE(capture_->IsCrossAdapter());
 }
@@ -244,14 +263,14 @@ TEST_F(ScreenCaptureStart, StartedAgainWhileRunning) {
     Push({});
     EXPECT_NE(capture_->GetFrame().Get(), nullptr);
     EXPECT_TRUE(Start()) << "the old duplication must be gone by then";
-    EXPECT_EQ(Machine().duplications, 2);
+    EXPECT_EQ(DuplicatedOutputs().size(), 2U);
 }
 
 TEST_F(ScreenCaptureStart, StartedAgainOnAnotherDevice) {
     EXPECT_TRUE(Start());
     Push({});
     const View before = capture_->GetFrame();
-    const Microsoft::WRL::ComPtr<ID3D11Device> other = AnotherRenderDevice();
+    const Microsoft::WRL::ComPtr<ID3D11Device> other = AnotherRenderDevice(0);
     EXPECT_TRUE(capture_->Initialize(other.Get(), ""));
     Push({.seed = 2});
     const View after = capture_->GetFrame();
@@ -259,21 +278,21 @@ TEST_F(ScreenCaptureStart, StartedAgainOnAnotherDevice) {
     Microsoft::WRL::ComPtr<ID3D11Device> owner;
     after->GetDevice(&owner);
     EXPECT_EQ(owner.Get(), other.Get());
-    EXPECT_EQ(PixelsOf(after.Get()), FakePixels({.seed = 2}));
-    EXPECT_EQ(PixelsOf(before.Get()), FakePixels({}));
+    EXPECT_EQ(PixelsOf(after.Get()), ScriptedPixels({.seed = 2}));
+    EXPECT_EQ(PixelsOf(before.Get()), ScriptedPixels({}));
 }
 
 TEST_F(ScreenCaptureStart, StartedAgainInVainStandsStill) {
     EXPECT_TRUE(Start());
     Push({});
     EXPECT_NE(capture_->GetFrame().Get(), nullptr);
-    Machine().adapters[0].outputs.clear();
+    Output(0).unplugged = true;
     FailureOf();
-    Machine().adapters[0].outputs = {{.name = L"\\\\.\\DISPLAY1"}};
+    Output(0).unplugged = false;
     Push({.seed = 2});
     capture_->GetFrame();
     EXPECT_FALSE(capture_->IsNewFrame());
-    EXPECT_EQ(Machine().duplications, 1);
+    EXPECT_EQ(DuplicatedOutputs().size(), 1U);
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What the tests of the screen capture share: a scripted machine, and the proof that nothing of it leaks.
+// What the tests of the screen capture share: a scripted desktop, and the proof that nothing of it leaks.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -10,44 +10,61 @@
 
 #include "capture/screen_capture_dxgi.h"
 #include "settings/diag_settings.h"
-#include "tests/unit/support/fake_desktop.h"
+#include "tests/unit/support/scripted_desktop.h"
 
 class ScreenCaptureTestBase : public testing::Test {
   protected:
     using View = Microsoft::WRL::ComPtr<ID3D11ShaderResourceView>;
 
     void SetUp() override {
-        ResetMachine();
-        device_ = RenderDevice();
-        ASSERT_NE(device_.Get(), nullptr);
+        SetUpDesktop(kDesktopPc);
+        UseRenderDevice(0);
         capture_ = std::make_unique<ScreenCaptureDxgi>();
     }
 
     void TearDown() override {
         capture_.reset();
-        Machine().counter.reset();  // The test framework takes the time as well.
-        EXPECT_EQ(Machine().frames_acquired, Machine().frames_released);
-        EXPECT_THAT(Machine().misuses, testing::IsEmpty());
-        EXPECT_EQ(LiveFakeObjects(), 0);
+        lab::StartClock(false);  // The test framework takes the time as well.
+        EXPECT_EQ(Desktop().frames_acquired, Desktop().frames_released);
+        EXPECT_THAT(Desktop().misuses, testing::IsEmpty());
+        EXPECT_EQ(lab::Counts().Violations(), 0) << lab::StatisticsText();
+        EXPECT_EQ(LiveDxgiObjects(), 0);
         device_.Reset();
         EXPECT_FALSE(DevicesAreStillReferenced());
         DiagSettings::Instance() = DiagSettings();
     }
 
+    static constexpr const char* kDesktopPc = R"(
+adapter Fast GPU
+  luid 00000001:0000000A
+  output \\.\DISPLAY1
+    size 64x48
+)";
+
     /// A laptop: the panel hangs on the first adapter, Vistrel renders on the second, which has no display.
     void UseHybridLaptop() {
-        Machine().adapters = {{.name = L"Panel GPU",
-                               .luid = {.LowPart = 20, .HighPart = 0},
-                               .outputs = {{.name = L"\\\\.\\DISPLAY1"}}},
-                              {.name = L"Fast GPU", .luid = {.LowPart = 10, .HighPart = 0}}};
-        Machine().render_adapter = 1;
-        UseRenderDevice();
+        UseMachine(R"(
+adapter Panel GPU
+  luid 00000000:00000014
+  output \\.\DISPLAY1
+    size 64x48
+adapter Fast GPU
+  luid 00000000:0000000A
+)");
+        UseRenderDevice(1);
     }
 
-    void UseRenderDevice() {
-        device_ = RenderDevice();
+    /// Vistrel renders on the adapter at this position.
+    void UseRenderDevice(std::size_t adapter) {
+        device_ = RenderDevice(adapter);
         ASSERT_NE(device_.Get(), nullptr);
     }
+
+    static lab::Adapter& Adapter(std::size_t position) {
+        return lab::TheMachine().scenario.adapters.at(position);
+    }
+    static lab::OutputState& Output(std::size_t position) { return lab::TheMachine().outputs.at(position); }
+    static void PassMilliseconds(std::int64_t milliseconds) { lab::PassTime(milliseconds * 1000); }
 
     bool Start(const char* source_name = "") { return capture_->Initialize(device_.Get(), source_name); }
 
@@ -67,8 +84,8 @@ class ScreenCaptureTestBase : public testing::Test {
         return capture_->LastError();
     }
 
-    static void Push(const FakeFrame& frame) { Machine().frames.push_back(frame); }
-    static void PushResult(HRESULT result) { Machine().frames.push_back({.result = result}); }
+    static void Push(const ScriptedFrame& frame) { Desktop().frames.push_back(frame); }
+    static void PushResult(HRESULT result) { Desktop().frames.push_back({.result = result}); }
 
     Microsoft::WRL::ComPtr<ID3D11Device> device_;
     std::unique_ptr<ScreenCaptureDxgi> capture_;

@@ -2,7 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/unit/support/fake_dxgi.h"
+#include "tests/lab/machine/machine.h"
+#include "tests/lab/machine/statistics.h"
 #include "tests/unit/support/report_capture.h"
 #include "tools/vistrel_diag/sections/gpus/gpu_section.h"
 
@@ -44,23 +45,27 @@ extern "C" HRESULT WINAPI D3D11CreateDevice(IDXGIAdapter* adapter, D3D_DRIVER_TY
 
 namespace {
 
-FakeAdapter Adapter(const wchar_t* name, DWORD luid, SIZE_T dedicated) {
-    FakeAdapter adapter;
-    adapter.name = name;
-    adapter.luid = {luid, 0};
-    adapter.dedicated_video_memory = dedicated;
-    return adapter;
-}
+constexpr const char* kThreeGpus = R"(
+adapter small
+  luid 00000000:0000000A
+  dedicated 100 MB
+adapter large
+  luid 00000000:00000014
+  dedicated 300 MB
+adapter other
+  luid 00000000:0000001E
+  dedicated 200 MB
+)";
 
 class BenchmarkSetup : public testing::Test {
   protected:
     BenchmarkSetup() {
-        dxgi_.adapters = {Adapter(L"small", 10, 100), Adapter(L"large", 20, 300), Adapter(L"other", 30, 200)};
+        lab::SetUpMachine(kThreeGpus);
+        lab::RestartCounts();
     }
     ~BenchmarkSetup() override {
         SetGpuList({});
-        EXPECT_EQ(dxgi_.live_objects, 0);
-        dxgi_ = {};
+        EXPECT_EQ(lab::Counts().LiveObjects(), 0);
         LastCall() = {};
     }
 
@@ -70,11 +75,12 @@ class BenchmarkSetup : public testing::Test {
         const BenchmarkDevice benchmark = ReportBenchmarkSetup(required);
         index_ = benchmark.gpu.index;
         EXPECT_EQ(benchmark.gpu.adapter.get(), LastCall().adapter);
-        EXPECT_EQ(benchmark.factory != nullptr, required.has_value() && SUCCEEDED(dxgi_.factory));
+        EXPECT_EQ(benchmark.factory != nullptr, required.has_value() && !Scenario().factory_fails);
         return report.Text();
     }
 
-    FakeDxgi& dxgi_ = FakeDxgi::Instance();
+    static lab::Scenario& Scenario() { return lab::TheMachine().scenario; }
+
     std::int32_t index_ = -2;
 };
 
@@ -115,22 +121,22 @@ TEST_F(BenchmarkSetup, TakesTheLargestWhenTheNamedOneIsGoneAndSaysNamedAllTheSam
 
 TEST_F(BenchmarkSetup, TakesTheLargestWhenThereIsNoFactory) {
     ReportGpuSection();
-    dxgi_.factory = E_FAIL;
+    Scenario().factory_fails = E_FAIL;
     EXPECT_EQ(LinesFor(AdapterLuid{30, 0}),
               std::string(kHeader) + "Benchmark GPU   : GPU 1 (large)\n" + kNamed);
 }
 
 TEST_F(BenchmarkSetup, DoesNotLookBehindAFailingEnumeration) {
     ReportGpuSection();
-    dxgi_.adapters[1].enumeration = E_FAIL;
-    dxgi_.enumerations = 0;
+    Scenario().adapters[1].enumeration_fails = E_FAIL;
+    lab::RestartCounts();
     LinesFor(AdapterLuid{30, 0});
     EXPECT_EQ(index_, 1);
-    EXPECT_EQ(dxgi_.enumerations, 2);
+    EXPECT_EQ(lab::Counts().enumerations, 2);
 }
 
 TEST_F(BenchmarkSetup, PassesOverAnAdapterWithoutADescription) {
-    dxgi_.adapters[1].description = E_FAIL;
+    Scenario().adapters[1].description_fails = E_FAIL;
     ReportGpuSection();
     // Found at index 2; the list has only two entries.
     EXPECT_EQ(LinesFor(AdapterLuid{30, 0}),
@@ -138,7 +144,7 @@ TEST_F(BenchmarkSetup, PassesOverAnAdapterWithoutADescription) {
 }
 
 TEST_F(BenchmarkSetup, WithoutAnyGpuAsksForTheSystemsDefault) {
-    dxgi_.adapters.clear();
+    lab::SetUpMachine("");
     ReportGpuSection();
     EXPECT_EQ(LinesFor(std::nullopt),
               std::string(kHeader) + "Benchmark GPU   : GPU -1 (default)\n" + kUnnamed);

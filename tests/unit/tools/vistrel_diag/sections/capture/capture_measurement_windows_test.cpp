@@ -15,15 +15,14 @@ using testing::SizeIs;
 
 namespace {
 
-constexpr double kTicksPerSecond = static_cast<double>(FakeDesktop::kCounterFrequency);
-constexpr std::int64_t kAcquireTicks = FakeDesktop::kCounterFrequency / 10'000;
+constexpr std::int64_t kAcquireTime = 100;  // microseconds
 
 class CaptureMeasurementTest : public ScreenCaptureTestBase {
   protected:
     void SetUp() override {
         ScreenCaptureTestBase::SetUp();
         DiagSettings::Instance().capture_draw_cursor = false;
-        Machine().counter = kStart;
+        start_ = lab::MachineTime();
         device_->GetImmediateContext(&context_);
     }
     void TearDown() override {
@@ -31,31 +30,36 @@ class CaptureMeasurementTest : public ScreenCaptureTestBase {
         ScreenCaptureTestBase::TearDown();
     }
 
+    void UseHybridLaptop() {
+        ScreenCaptureTestBase::UseHybridLaptop();
+        context_.Reset();
+        device_->GetImmediateContext(&context_);
+    }
+
     /// Time passes, and nothing comes.
-    static FakeFrame Nothing() {
-        *Machine().counter +=
-            kAcquireTicks + Machine().timeouts.back() * (FakeDesktop::kCounterFrequency / 1000);
+    static ScriptedFrame Nothing() {
+        lab::PassTime(kAcquireTime + std::int64_t{Desktop().timeouts.back()} * 1000);
         return {.result = DXGI_ERROR_WAIT_TIMEOUT};
     }
 
     /// `fps` images a second, the first at once.
     void UseSource(double fps) {
-        Machine().next_frame = [this, fps]() -> FakeFrame {
-            const double elapsed = static_cast<double>(*Machine().counter - kStart) / kTicksPerSecond;
+        Desktop().next_frame = [this, fps]() -> ScriptedFrame {
+            const double elapsed = static_cast<double>(lab::MachineTime() - start_) / 1e6;
             if (elapsed * fps < delivered_) {
-                *Machine().counter += kAcquireTicks;
+                lab::PassTime(kAcquireTime);
                 return {.result = DXGI_ERROR_WAIT_TIMEOUT};
             }
-            *Machine().counter += kAcquireTicks;
+            lab::PassTime(kAcquireTime);
             ++delivered_;
             return {.width = 16, .height = 9, .seed = static_cast<std::uint32_t>(delivered_)};
         };
     }
 
     /// Frames as scripted, then nothing.
-    void UseFrames(std::vector<FakeFrame> frames) {
-        Machine().frames.assign(frames.begin(), frames.end());
-        Machine().next_frame = Nothing;
+    void UseFrames(std::vector<ScriptedFrame> frames) {
+        Desktop().frames.assign(frames.begin(), frames.end());
+        Desktop().next_frame = Nothing;
     }
 
     CaptureMeasurement Measure(double seconds) {
@@ -64,7 +68,7 @@ class CaptureMeasurementTest : public ScreenCaptureTestBase {
         return measurement;
     }
 
-    static constexpr std::int64_t kStart = 5'000'000'000;
+    std::int64_t start_ = 0;
     Microsoft::WRL::ComPtr<ID3D11DeviceContext> context_;
     int delivered_ = 0;
     std::string errors_;
@@ -83,7 +87,7 @@ TEST_P(CaptureRates, EveryImageIsCounted) {
     EXPECT_NEAR(FramesPerSecond(measurement), fps, 0.01 * fps);
     EXPECT_NEAR(measurement.seconds, 2.0, 0.001);
     EXPECT_EQ(measurement.calls, 20'000U);
-    EXPECT_EQ(Machine().idle_releases, 1) << "the capture was shut down";
+    EXPECT_EQ(lab::Counts().releases_without_frame, 1) << "the capture was shut down";
 }
 
 INSTANTIATE_TEST_SUITE_P(Sources, CaptureRates, testing::Values(60, 144, 240, 1000));
@@ -96,14 +100,14 @@ TEST_F(CaptureMeasurementTest, AStillDesktopGivesOneImage) {
     EXPECT_GT(measurement.calls, 1000U);
     EXPECT_EQ(measurement.width, 40U);
     EXPECT_EQ(measurement.height, 30U);
-    EXPECT_EQ(measurement.pixels, FakePixels({.width = 40, .height = 30, .seed = 4}));
+    EXPECT_EQ(measurement.pixels, ScriptedPixels({.width = 40, .height = 30, .seed = 4}));
     EXPECT_FALSE(measurement.cross_adapter);
     EXPECT_EQ(measurement.capture_gpu_name, "Fast GPU");
     EXPECT_EQ(errors_, "");
 }
 
 TEST_F(CaptureMeasurementTest, ADesktopThatNeverGivesAnImage) {
-    Machine().next_frame = Nothing;
+    Desktop().next_frame = Nothing;
     const CaptureMeasurement measurement = Measure(3.0);
     EXPECT_FALSE(measurement.ok);
     EXPECT_EQ(measurement.error, "the capture started but never produced a frame");
@@ -112,7 +116,7 @@ TEST_F(CaptureMeasurementTest, ADesktopThatNeverGivesAnImage) {
     EXPECT_THAT(measurement.pixels, IsEmpty());
     // Ten waits of 250 ms and as many acquires, then acquires alone.
     EXPECT_NEAR(measurement.calls, 10 + 4990, 3);
-    EXPECT_THAT(std::vector<UINT>(Machine().timeouts.begin(), Machine().timeouts.begin() + 12),
+    EXPECT_THAT(std::vector<UINT>(Desktop().timeouts.begin(), Desktop().timeouts.begin() + 12),
                 ElementsAre(250, 250, 250, 250, 250, 250, 250, 250, 250, 250, 0, 0));
 }
 
@@ -132,8 +136,8 @@ TEST_F(CaptureMeasurementTest, NoTimeAtAll) {
 
 TEST_F(CaptureMeasurementTest, AVeryLongTime) {
     // An image an hour, for a year and more; the clock jumps so that the test does not.
-    Machine().next_frame = [this]() -> FakeFrame {
-        *Machine().counter += 3600 * FakeDesktop::kCounterFrequency;
+    Desktop().next_frame = [this]() -> ScriptedFrame {
+        lab::PassTime(std::int64_t{3600} * 1'000'000);
         ++delivered_;
         return {.width = 16, .height = 9};
     };
@@ -144,7 +148,7 @@ TEST_F(CaptureMeasurementTest, AVeryLongTime) {
 }
 
 TEST_F(CaptureMeasurementTest, NoMonitor) {
-    Machine().adapters[0].outputs.clear();
+    Output(0).unplugged = true;
     const CaptureMeasurement measurement = Measure(1.0);
     EXPECT_FALSE(measurement.ok);
     EXPECT_EQ(measurement.error,
@@ -156,14 +160,12 @@ TEST_F(CaptureMeasurementTest, NoMonitor) {
 
 TEST_F(CaptureMeasurementTest, CapturedOnAnotherGpu) {
     UseHybridLaptop();
-    context_.Reset();
-    device_->GetImmediateContext(&context_);
     UseFrames({{.width = 33, .height = 5, .seed = 4}});
     const CaptureMeasurement measurement = Measure(0.1);
     EXPECT_TRUE(measurement.ok);
     EXPECT_TRUE(measurement.cross_adapter);
     EXPECT_EQ(measurement.capture_gpu_name, "Panel GPU");
-    EXPECT_EQ(measurement.pixels, FakePixels({.width = 33, .height = 5, .seed = 4}));
+    EXPECT_EQ(measurement.pixels, ScriptedPixels({.width = 33, .height = 5, .seed = 4}));
 }
 
 TEST_F(CaptureMeasurementTest, LostAndRestoredMeanwhile) {
@@ -178,12 +180,12 @@ TEST_F(CaptureMeasurementTest, LostAndRestoredMeanwhile) {
 }
 
 TEST_F(CaptureMeasurementTest, ALossThatLastsCountsItsCallsAlone) {
-    Machine().counter_step = kAcquireTicks;
-    Machine().next_frame = [this]() -> FakeFrame {
+    lab::StartClock(true, kAcquireTime / 2);  // A call reads the counter and the tick count.
+    Desktop().next_frame = [this]() -> ScriptedFrame {
         if (++delivered_ == 1) {
             return {};
         }
-        Machine().adapters[0].outputs[0].duplicate_result = E_ACCESSDENIED;
+        RefuseDuplication(0, E_ACCESSDENIED);
         return {.result = DXGI_ERROR_ACCESS_LOST};
     };
     const CaptureMeasurement measurement = Measure(0.05);
@@ -191,65 +193,65 @@ TEST_F(CaptureMeasurementTest, ALossThatLastsCountsItsCallsAlone) {
     EXPECT_EQ(measurement.new_frames, 1U);
     EXPECT_NEAR(measurement.calls, 500, 5);
     EXPECT_EQ(delivered_, 2);
-    EXPECT_EQ(Machine().duplications, 2) << "the scripted tick stands still";
+    EXPECT_EQ(DuplicatedOutputs().size(), 2U) << "the scripted tick stands still";
     EXPECT_THAT(measurement.pixels, SizeIs(64 * 48 * 4));
     EXPECT_EQ(errors_, "[ScreenCaptureDxgi] Access lost. Reinitializing...\n");
 }
 
 TEST_F(CaptureMeasurementTest, RowsFurtherApartThanThePictureIsWide) {
-    Machine().extra_row_pitch = 100;
+    Desktop().extra_row_pitch = 100;
     UseFrames({{.width = 33, .height = 7, .seed = 4}});
-    EXPECT_EQ(Measure(0.01).pixels, FakePixels({.width = 33, .height = 7, .seed = 4}));
+    EXPECT_EQ(Measure(0.01).pixels, ScriptedPixels({.width = 33, .height = 7, .seed = 4}));
 }
 
 TEST_F(CaptureMeasurementTest, ALaterImageWhenTheFirstCannotBeReadBack) {
-    Machine().staging_textures_fail = true;
-    Machine().next_frame = [this]() -> FakeFrame {
-        *Machine().counter += kAcquireTicks;
-        Machine().staging_textures_fail = ++delivered_ < 3;
+    Desktop().staging_textures_fail = true;
+    Desktop().next_frame = [this]() -> ScriptedFrame {
+        lab::PassTime(kAcquireTime);
+        Desktop().staging_textures_fail = ++delivered_ < 3;
         return {.seed = static_cast<std::uint32_t>(delivered_)};
     };
     const CaptureMeasurement measurement = Measure(0.001);
     EXPECT_EQ(measurement.new_frames, 10U);
-    EXPECT_EQ(measurement.pixels, FakePixels({.seed = 3}));
+    EXPECT_EQ(measurement.pixels, ScriptedPixels({.seed = 3}));
 }
 
 TEST_F(CaptureMeasurementTest, TheFirstPresentedImageTakesThePlaceOfAnother) {
-    const FakeFrame presented = {.width = 16, .height = 9, .seed = 2, .present_ticks = kStart};
+    const ScriptedFrame presented = {.width = 16, .height = 9, .seed = 2, .present_ticks = start_};
     UseFrames({{.width = 16, .height = 9, .seed = 1},
                {.width = 16, .height = 9, .seed = 3},
                presented,
-               {.width = 16, .height = 9, .seed = 4, .present_ticks = kStart + 1}});
+               {.width = 16, .height = 9, .seed = 4, .present_ticks = start_ + 1}});
     const CaptureMeasurement measurement = Measure(1.0);
     EXPECT_EQ(measurement.new_frames, 4U);
-    EXPECT_EQ(measurement.pixels, FakePixels(presented));
+    EXPECT_EQ(measurement.pixels, ScriptedPixels(presented));
 }
 
 TEST_F(CaptureMeasurementTest, WithoutAPresentTheImageThatThereIsCounts) {
     UseFrames({{.width = 16, .height = 9, .seed = 1}, {.width = 16, .height = 9, .seed = 3}});
-    EXPECT_EQ(Measure(1.0).pixels, FakePixels({.width = 16, .height = 9, .seed = 1}));
+    EXPECT_EQ(Measure(1.0).pixels, ScriptedPixels({.width = 16, .height = 9, .seed = 1}));
 }
 
 TEST_F(CaptureMeasurementTest, AFrameThatCannotBeCarriedAcrossIsNoImage) {
     UseHybridLaptop();
-    const FakeFrame carried = {.width = 16, .height = 9, .seed = 2, .present_ticks = kStart + 1};
-    Machine().map_result = E_OUTOFMEMORY;
-    Machine().frames = {{.width = 16, .height = 9, .seed = 1, .present_ticks = kStart}};
-    Machine().next_frame = [carried]() -> FakeFrame {
-        if (Machine().map_result == S_OK) {
+    const ScriptedFrame carried = {.width = 16, .height = 9, .seed = 2, .present_ticks = start_ + 1};
+    Desktop().map_result = E_OUTOFMEMORY;
+    Desktop().frames = {{.width = 16, .height = 9, .seed = 1, .present_ticks = start_}};
+    Desktop().next_frame = [carried]() -> ScriptedFrame {
+        if (Desktop().map_result == S_OK) {
             return Nothing();
         }
         // The one before was not carried. Nothing but the benchmark device maps from now on.
-        Machine().map_result = S_OK;
+        Desktop().map_result = S_OK;
         return carried;
     };
     const CaptureMeasurement measurement = Measure(1.0);
     EXPECT_EQ(measurement.new_frames, 2U);
-    EXPECT_EQ(measurement.pixels, FakePixels(carried));
+    EXPECT_EQ(measurement.pixels, ScriptedPixels(carried));
 }
 
 TEST_F(CaptureMeasurementTest, NothingReadBackWhenMappingFails) {
-    Machine().map_result = DXGI_ERROR_DEVICE_REMOVED;
+    Desktop().map_result = DXGI_ERROR_DEVICE_REMOVED;
     UseFrames({{}, {}});
     const CaptureMeasurement measurement = Measure(0.001);
     EXPECT_TRUE(measurement.ok);
@@ -258,9 +260,9 @@ TEST_F(CaptureMeasurementTest, NothingReadBackWhenMappingFails) {
 }
 
 TEST_F(CaptureMeasurementTest, APictureOfAnotherSizeThanReportedIsNotReadBack) {
-    Machine().next_frame = [this]() -> FakeFrame {
-        *Machine().counter += kAcquireTicks;
-        Machine().staging_textures_fail = ++delivered_ == 1;
+    Desktop().next_frame = [this]() -> ScriptedFrame {
+        lab::PassTime(kAcquireTime);
+        Desktop().staging_textures_fail = ++delivered_ == 1;
         return {.width = delivered_ == 1 ? 64U : 32U, .height = delivered_ == 1 ? 48U : 24U};
     };
     const CaptureMeasurement measurement = Measure(0.001);
@@ -281,7 +283,7 @@ TEST_F(CaptureMeasurementTest, ADesktopInAFormatWithoutAPicture) {
 }
 
 TEST_F(CaptureMeasurementTest, APictureOfOtherThanFourByteTexelsIsLeftOut) {
-    Machine().gdi_flag_ignored = true;  // A driver that is more obliging than it need be.
+    Desktop().gdi_flag_ignored = true;  // A driver that is more obliging than it need be.
     UseFrames({{.format = DXGI_FORMAT_R16G16B16A16_FLOAT}});
     const ReportCapture report;
     testing::internal::CaptureStdout();

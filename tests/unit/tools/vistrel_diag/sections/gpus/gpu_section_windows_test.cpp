@@ -1,7 +1,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "tests/unit/support/fake_dxgi.h"
+#include "tests/lab/machine/machine.h"
+#include "tests/lab/machine/statistics.h"
 #include "tests/unit/support/report_capture.h"
 #include "tools/vistrel_diag/sections/gpus/gpu_section.h"
 
@@ -10,32 +11,35 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-FakeAdapter Adapter(const wchar_t* name) {
-    FakeAdapter adapter;
-    adapter.name = name;
-    return adapter;
-}
-
 class GpuProbe : public testing::Test {
   protected:
     ~GpuProbe() override {
         SetGpuList({});
-        EXPECT_EQ(dxgi_.live_objects, 0);
-        dxgi_ = {};
+        EXPECT_EQ(lab::Counts().LiveObjects(), 0);
     }
 
-    FakeDxgi& dxgi_ = FakeDxgi::Instance();
+    static void UseMachine(const char* scenario) {
+        lab::SetUpMachine(scenario);
+        lab::RestartCounts();
+    }
+    static lab::Adapter& Adapter(std::size_t position) { return Scenario().adapters.at(position); }
+    static lab::Scenario& Scenario() { return lab::TheMachine().scenario; }
 };
 
 TEST_F(GpuProbe, KeepsWhatAnAdapterDescribes) {
-    FakeAdapter adapter = Adapter(L"Gr\u00E4fik");
-    adapter.luid = {0xCAFE, -2};
-    adapter.dedicated_video_memory = 8ULL << 30;
-    adapter.shared_system_memory = 16ULL << 30;
-    adapter.vendor_id = 0x1002;
-    adapter.outputs = {{L"\\\\.\\DISPLAY1"}, {L""}, {L"\\\\.\\DISPLAY3"}};
-    adapter.memory = {1000, 100, 0, 10};
-    dxgi_.adapters = {adapter};
+    UseMachine(R"(
+adapter Gräfik
+  vendor 0x1002
+  luid FFFFFFFE:0000CAFE
+  dedicated 8192 MB
+  shared 16384 MB
+  output \\.\DISPLAY1
+  output
+  output \\.\DISPLAY3
+)");
+    Adapter(0).budget_bytes = 1000;
+    Adapter(0).used_bytes = 100;
+    Adapter(0).reserved_bytes = 10;
 
     const GpuInventory inventory = ProbeGpus();
     EXPECT_TRUE(inventory.factory_created);
@@ -59,9 +63,9 @@ TEST_F(GpuProbe, KeepsWhatAnAdapterDescribes) {
 }
 
 TEST_F(GpuProbe, KeepsTheLettersAroundHalfACharacterInAName) {
-    FakeAdapter adapter = Adapter(L"GPU \xD83D!");
-    adapter.outputs = {{L"\xDE00 DISPLAY"}};
-    dxgi_.adapters = {adapter};
+    UseMachine("adapter A\n output B\n");
+    Adapter(0).name = u"GPU \xD83D!";
+    Scenario().displays[0].name = u"\xDE00 DISPLAY";
     const GpuInventory inventory = ProbeGpus();
     ASSERT_EQ(inventory.gpus.size(), 1U);
     EXPECT_EQ(inventory.gpus[0].gpu.name, "GPU \xEF\xBF\xBD!");
@@ -69,10 +73,15 @@ TEST_F(GpuProbe, KeepsTheLettersAroundHalfACharacterInAName) {
 }
 
 TEST_F(GpuProbe, TellsSoftwareByTheSecondBitOfTheFlags) {
-    dxgi_.adapters = {Adapter(L"a"), Adapter(L"b"), Adapter(L"c")};
-    dxgi_.adapters[0].flags = DXGI_ADAPTER_FLAG_SOFTWARE;
-    dxgi_.adapters[1].flags = DXGI_ADAPTER_FLAG_REMOTE;
-    dxgi_.adapters[2].flags = DXGI_ADAPTER_FLAG_REMOTE | DXGI_ADAPTER_FLAG_SOFTWARE;
+    UseMachine(R"(
+adapter a
+  software
+adapter b
+  remote
+adapter c
+  remote
+  software
+)");
     const GpuInventory inventory = ProbeGpus();
     ASSERT_EQ(inventory.gpus.size(), 3U);
     EXPECT_TRUE(inventory.gpus[0].gpu.software);
@@ -81,9 +90,9 @@ TEST_F(GpuProbe, TellsSoftwareByTheSecondBitOfTheFlags) {
 }
 
 TEST_F(GpuProbe, ReadsAnUnterminatedNameNoFurtherThanItsField) {
-    FakeAdapter adapter = Adapter(std::wstring(200, L'x').c_str());
-    adapter.outputs = {{std::wstring(50, L'y')}};
-    dxgi_.adapters = {adapter};
+    UseMachine("adapter A\n output B\n");
+    Adapter(0).name = std::u16string(200, u'x');
+    Scenario().displays[0].name = std::u16string(50, u'y');
     const GpuInventory inventory = ProbeGpus();
     ASSERT_EQ(inventory.gpus.size(), 1U);
     EXPECT_EQ(inventory.gpus[0].gpu.name, std::string(128, 'x'));
@@ -91,8 +100,7 @@ TEST_F(GpuProbe, ReadsAnUnterminatedNameNoFurtherThanItsField) {
 }
 
 TEST_F(GpuProbe, SkipsAnAdapterWithoutADescriptionButCountsIt) {
-    dxgi_.adapters = {Adapter(L"a"), Adapter(L"b"), Adapter(L"c")};
-    dxgi_.adapters[1].description = E_FAIL;
+    UseMachine("adapter a\nadapter b\n description fails 0x80004005\nadapter c\n");
     ReportGpuSection();
     ASSERT_EQ(GpuList().size(), 2U);
     EXPECT_EQ(GpuList()[1].index, 2U);
@@ -100,13 +108,12 @@ TEST_F(GpuProbe, SkipsAnAdapterWithoutADescriptionButCountsIt) {
 }
 
 TEST_F(GpuProbe, SkipsAnOutputWithoutADescription) {
-    dxgi_.adapters = {Adapter(L"a")};
-    dxgi_.adapters[0].outputs = {{L"one"}, {L"two", S_OK, E_FAIL}, {L"three"}};
+    UseMachine("adapter a\n output one\n output two\n  description fails 0x80004005\n output three\n");
     EXPECT_THAT(ProbeGpus().gpus.at(0).gpu.displays, ElementsAre("one", "three"));
 }
 
 TEST_F(GpuProbe, WithoutAFactoryFindsNothing) {
-    dxgi_.factory = DXGI_ERROR_UNSUPPORTED;
+    UseMachine("factory fails 0x887A0004\n");
     const ReportCapture report;
     ReportGpuSection();
     EXPECT_EQ(report.Text(), R"(
@@ -114,42 +121,52 @@ TEST_F(GpuProbe, WithoutAFactoryFindsNothing) {
 !! CreateDXGIFactory1 failed - cannot enumerate GPUs.
 )");
     EXPECT_THAT(GpuList(), IsEmpty());
-    EXPECT_EQ(dxgi_.enumerations, 0);
+    EXPECT_EQ(lab::Counts().enumerations, 0);
 }
 
 TEST_F(GpuProbe, EndsTheWalkAtAnyFailure) {
     for (const HRESULT end : {DXGI_ERROR_NOT_FOUND, DXGI_ERROR_INVALID_CALL, E_FAIL, E_OUTOFMEMORY}) {
-        dxgi_.adapters = {Adapter(L"a")};
-        dxgi_.adapters[0].outputs = {{L"one"}};
-        dxgi_.behind_the_last = end;
-        dxgi_.enumerations = 0;
+        UseMachine("adapter a\n output one\n");
+        Scenario().adapters_end_with = end;
+        Adapter(0).outputs_end_with = end;
         const GpuInventory inventory = ProbeGpus();
         ASSERT_EQ(inventory.gpus.size(), 1U);
         EXPECT_THAT(inventory.gpus[0].gpu.displays, ElementsAre("one"));
-        EXPECT_EQ(dxgi_.enumerations, 4);
+        EXPECT_EQ(lab::Counts().enumerations, 4);
     }
 }
 
 TEST_F(GpuProbe, EndsTheWalkAtAnAdapterThatCannotBeHad) {
-    dxgi_.adapters = {Adapter(L"a"), Adapter(L"b"), Adapter(L"c")};
-    dxgi_.adapters[0].outputs = {{L"one"}, {L"two", E_FAIL}, {L"three"}};
-    dxgi_.adapters[1].enumeration = E_FAIL;
+    UseMachine(R"(
+adapter a
+  output one
+  output two
+    enumeration fails 0x80004005
+  output three
+adapter b
+  enumeration fails 0x80004005
+adapter c
+)");
     const GpuInventory inventory = ProbeGpus();
     ASSERT_EQ(inventory.gpus.size(), 1U);
     EXPECT_THAT(inventory.gpus[0].gpu.displays, ElementsAre("one"));
 }
 
 TEST_F(GpuProbe, EndsTheWalkAtASuccessWithoutAnObject) {
-    dxgi_.adapters = {Adapter(L"a")};
-    dxgi_.null_behind_the_last = true;
+    UseMachine("adapters end with 0x00000000\nadapter a\n  outputs end with 0x00000000\n");
     EXPECT_EQ(ProbeGpus().gpus.size(), 1U);
-    EXPECT_EQ(dxgi_.enumerations, 3);
+    EXPECT_EQ(lab::Counts().enumerations, 3);
 }
 
 TEST_F(GpuProbe, WithoutMemoryAccountingLeavesTheMemoryOut) {
-    dxgi_.adapters = {Adapter(L"a"), Adapter(L"b")};
-    dxgi_.adapters[0].accounts_memory = false;
-    dxgi_.adapters[1].memory_query = DXGI_ERROR_DEVICE_REMOVED;
+    UseMachine(R"(
+adapter a
+  luid 00000000:00000000
+  without IDXGIAdapter3
+adapter b
+  luid 00000000:00000000
+  memory fails 0x887A0005
+)");
     const ReportCapture report;
     ReportGpuSection();
     EXPECT_EQ(report.Text(), R"(
@@ -168,23 +185,24 @@ NOTE: more than one hardware GPU is present. Which one drives the monitor decide
 }
 
 TEST_F(GpuProbe, ListKeepsTheAdaptersAlive) {
-    dxgi_.adapters = {Adapter(L"a"), Adapter(L"b")};
+    UseMachine("adapter a\nadapter b\n");
     ReportGpuSection();
-    EXPECT_EQ(dxgi_.live_objects, 2);
+    EXPECT_EQ(lab::Counts().LiveObjects(), 2);
     SetGpuList({});
-    EXPECT_EQ(dxgi_.live_objects, 0);
+    EXPECT_EQ(lab::Counts().LiveObjects(), 0);
 }
 
 TEST_F(GpuProbe, VramIsWhatItIsNow) {
-    FakeAdapter software = Adapter(L"software");
-    software.flags = DXGI_ADAPTER_FLAG_SOFTWARE;
-    FakeAdapter failing = Adapter(L"failing");
-    failing.memory_query = E_FAIL;
-    FakeAdapter old = Adapter(L"old");
-    old.accounts_memory = false;
-    FakeAdapter card = Adapter(L"card");
-    card.memory = {1000ULL << 20, 901ULL << 20, 0, 0};
-    dxgi_.adapters = {software, failing, old, card};
+    UseMachine(R"(
+adapter software
+  software
+adapter failing
+  memory fails 0x80004005
+adapter old
+  without IDXGIAdapter3
+adapter card
+  memory 901 MB of 1000 MB
+)");
     ReportGpuSection();
 
     const ReportCapture report;

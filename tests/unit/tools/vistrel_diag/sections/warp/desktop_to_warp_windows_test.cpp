@@ -10,7 +10,6 @@
 #include <atomic>
 #include <cstring>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -103,8 +102,7 @@ class DesktopToWarp : public testing::Test {
   protected:
     /// Starts the machine and makes the device that Vistrel renders on.
     void UseMachine(const std::string& scenario) {
-        std::istringstream text("clock scripted\n" + scenario);
-        lab::SetUpMachine(lab::ReadScenario(text));
+        lab::SetUpMachine("clock scripted\n" + scenario);
         ComPtr<IDXGIFactory1> factory;
         ASSERT_HRESULT_SUCCEEDED(CreateDXGIFactory1(IID_PPV_ARGS(&factory)));
         const UINT last = static_cast<UINT>(lab::TheMachine().scenario.adapters.size()) - 1;

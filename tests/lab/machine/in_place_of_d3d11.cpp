@@ -1,14 +1,7 @@
-// Linked into a program, puts it on the simulated machine without patching its imports: the two functions by
-// which everything of DXGI and Direct3D begins are the machine's.
+// Linked into a program, gives it the simulated machine's D3D11CreateDevice without patching its imports.
 #include <d3d11.h>
-#include <dxgi.h>
 
-#include "tests/lab/machine/adapters.h"
 #include "tests/lab/machine/devices.h"
-
-HRESULT WINAPI CreateDXGIFactory1(REFIID wanted, void** factory) {
-    return lab::SimulatedCreateDXGIFactory1(wanted, factory);
-}
 
 HRESULT WINAPI D3D11CreateDevice(IDXGIAdapter* adapter, D3D_DRIVER_TYPE driver_type, HMODULE software,
                                  UINT flags, const D3D_FEATURE_LEVEL* levels, UINT level_count,

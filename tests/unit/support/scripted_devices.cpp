@@ -1,26 +1,19 @@
-// The scripted machine's devices: real ones, in which single calls can be made to fail.
+// The scripted desktop's devices: the machine's, in which single calls can be made to fail.
 #include <algorithm>
+#include <atomic>
 #include <cstring>
 #include <deque>
 #include <utility>
 
-#include "tests/unit/support/fake_desktop_parts.h"
+#include "tests/lab/machine/adapters.h"
+#include "tests/lab/machine/devices.h"
+#include "tests/lab/machine/simulated_object.h"
+#include "tests/lab/machine/vtable.h"
+#include "tests/unit/support/scripted_desktop_parts.h"
 
 using Microsoft::WRL::ComPtr;
 
 namespace {
-
-/// Replaces one function of the class that `object` is of, for good. Returns the function before.
-template <typename Function>
-Function PatchSlot(void* object, std::size_t slot, Function replacement) {
-    void** table = *static_cast<void***>(object);
-    DWORD protection = 0;
-    VirtualProtect(&table[slot], sizeof(void*), PAGE_READWRITE, &protection);
-    const auto before = reinterpret_cast<Function>(table[slot]);
-    table[slot] = reinterpret_cast<void*>(replacement);
-    VirtualProtect(&table[slot], sizeof(void*), protection, &protection);
-    return before;
-}
 
 using GetAdapterFunction = HRESULT(STDMETHODCALLTYPE*)(IDXGIDevice*, IDXGIAdapter**);
 using CreateTextureFunction = HRESULT(STDMETHODCALLTYPE*)(ID3D11Device*, const D3D11_TEXTURE2D_DESC*,
@@ -31,45 +24,41 @@ using CreateViewFunction = HRESULT(STDMETHODCALLTYPE*)(ID3D11Device*, ID3D11Reso
 using MapFunction = HRESULT(STDMETHODCALLTYPE*)(ID3D11DeviceContext*, ID3D11Resource*, UINT, D3D11_MAP, UINT,
                                                 D3D11_MAPPED_SUBRESOURCE*);
 
-CreateTextureFunction real_create_texture = nullptr;
-CreateViewFunction real_create_view = nullptr;
-MapFunction real_map = nullptr;
+std::atomic<GetAdapterFunction> real_get_adapter = nullptr;
+std::atomic<CreateTextureFunction> real_create_texture = nullptr;
+std::atomic<CreateViewFunction> real_create_view = nullptr;
+std::atomic<MapFunction> real_map = nullptr;
 
-HRESULT STDMETHODCALLTYPE FakeGetAdapter(IDXGIDevice* device, IDXGIAdapter** adapter) {
-    *adapter = nullptr;
-    std::size_t number = 0;
-    UINT size = sizeof(number);
-    if (FAILED(Machine().get_adapter_result)) {
-        return Machine().get_adapter_result;
+HRESULT STDMETHODCALLTYPE ScriptedGetAdapter(IDXGIDevice* device, IDXGIAdapter** adapter) {
+    if (FAILED(Desktop().get_adapter_result)) {
+        *adapter = nullptr;
+        return Desktop().get_adapter_result;
     }
-    if (FAILED(device->GetPrivateData(kAdapterTag, &size, &number))) {
-        return E_FAIL;
-    }
-    *adapter = MakeFakeAdapter(number);
-    return S_OK;
+    return real_get_adapter.load()(device, adapter);
 }
 
-HRESULT STDMETHODCALLTYPE FakeCreateTexture(ID3D11Device* device, const D3D11_TEXTURE2D_DESC* description,
-                                            const D3D11_SUBRESOURCE_DATA* data, ID3D11Texture2D** texture) {
-    if (Machine().staging_textures_fail && description->Usage == D3D11_USAGE_STAGING) {
+HRESULT STDMETHODCALLTYPE ScriptedCreateTexture(ID3D11Device* device, const D3D11_TEXTURE2D_DESC* description,
+                                                const D3D11_SUBRESOURCE_DATA* data,
+                                                ID3D11Texture2D** texture) {
+    if (Desktop().staging_textures_fail && description->Usage == D3D11_USAGE_STAGING) {
         *texture = nullptr;
         return E_OUTOFMEMORY;
     }
     D3D11_TEXTURE2D_DESC changed = *description;
-    if (Machine().gdi_flag_ignored) {
+    if (Desktop().gdi_flag_ignored) {
         changed.MiscFlags &= ~UINT{D3D11_RESOURCE_MISC_GDI_COMPATIBLE};
     }
-    return real_create_texture(device, &changed, data, texture);
+    return real_create_texture.load()(device, &changed, data, texture);
 }
 
-HRESULT STDMETHODCALLTYPE FakeCreateView(ID3D11Device* device, ID3D11Resource* resource,
-                                         const D3D11_SHADER_RESOURCE_VIEW_DESC* description,
-                                         ID3D11ShaderResourceView** view) {
-    if (Machine().shader_views_fail) {
+HRESULT STDMETHODCALLTYPE ScriptedCreateView(ID3D11Device* device, ID3D11Resource* resource,
+                                             const D3D11_SHADER_RESOURCE_VIEW_DESC* description,
+                                             ID3D11ShaderResourceView** view) {
+    if (Desktop().shader_views_fail) {
         *view = nullptr;
         return E_OUTOFMEMORY;
     }
-    return real_create_view(device, resource, description, view);
+    return real_create_view.load()(device, resource, description, view);
 }
 
 /// Copies what is mapped to rows that lie further apart.
@@ -82,7 +71,7 @@ void WidenRows(ID3D11Resource* resource, D3D11_MAPPED_SUBRESOURCE* mapped) {
     D3D11_TEXTURE2D_DESC description = {};
     texture->GetDesc(&description);
     const std::size_t row_bytes = std::size_t{description.Width} * BytesPerTexel(description.Format);
-    const std::size_t pitch = mapped->RowPitch + Machine().extra_row_pitch;
+    const std::size_t pitch = mapped->RowPitch + Desktop().extra_row_pitch;
     wide.assign(pitch * description.Height, 0xEE);
     for (UINT row = 0; row < description.Height; ++row) {
         std::memcpy(&wide[row * pitch],
@@ -93,13 +82,14 @@ void WidenRows(ID3D11Resource* resource, D3D11_MAPPED_SUBRESOURCE* mapped) {
     mapped->RowPitch = static_cast<UINT>(pitch);
 }
 
-HRESULT STDMETHODCALLTYPE FakeMap(ID3D11DeviceContext* context, ID3D11Resource* resource, UINT subresource,
-                                  D3D11_MAP type, UINT flags, D3D11_MAPPED_SUBRESOURCE* mapped) {
-    if (FAILED(Machine().map_result)) {
-        return Machine().map_result;
+HRESULT STDMETHODCALLTYPE ScriptedMap(ID3D11DeviceContext* context, ID3D11Resource* resource,
+                                      UINT subresource, D3D11_MAP type, UINT flags,
+                                      D3D11_MAPPED_SUBRESOURCE* mapped) {
+    if (FAILED(Desktop().map_result)) {
+        return Desktop().map_result;
     }
-    const HRESULT result = real_map(context, resource, subresource, type, flags, mapped);
-    if (SUCCEEDED(result) && type == D3D11_MAP_READ && Machine().extra_row_pitch != 0) {
+    const HRESULT result = real_map.load()(context, resource, subresource, type, flags, mapped);
+    if (SUCCEEDED(result) && type == D3D11_MAP_READ && Desktop().extra_row_pitch != 0) {
         WidenRows(resource, mapped);
     }
     return result;
@@ -112,17 +102,14 @@ constexpr std::size_t kCreateShaderResourceViewSlot = 7;
 constexpr std::size_t kMapSlot = 14;
 
 void PatchTables(ID3D11Device* device) {
-    if (real_map != nullptr) {
-        return;
-    }
     ComPtr<IDXGIDevice> dxgi_device;
     ComPtr<ID3D11DeviceContext> context;
     device->QueryInterface(IID_PPV_ARGS(&dxgi_device));
     device->GetImmediateContext(&context);
-    PatchSlot<GetAdapterFunction>(dxgi_device.Get(), kGetAdapterSlot, FakeGetAdapter);
-    real_create_texture = PatchSlot<CreateTextureFunction>(device, kCreateTexture2dSlot, FakeCreateTexture);
-    real_create_view = PatchSlot<CreateViewFunction>(device, kCreateShaderResourceViewSlot, FakeCreateView);
-    real_map = PatchSlot<MapFunction>(context.Get(), kMapSlot, FakeMap);
+    lab::ReplaceVtableSlot(dxgi_device.Get(), kGetAdapterSlot, &ScriptedGetAdapter, real_get_adapter);
+    lab::ReplaceVtableSlot(device, kCreateTexture2dSlot, &ScriptedCreateTexture, real_create_texture);
+    lab::ReplaceVtableSlot(device, kCreateShaderResourceViewSlot, &ScriptedCreateView, real_create_view);
+    lab::ReplaceVtableSlot(context.Get(), kMapSlot, &ScriptedMap, real_map);
 }
 
 ULONG ReferencesOf(IUnknown* object) {
@@ -138,22 +125,21 @@ std::deque<KeptDevice>& KeptDevices() {
 
 }  // namespace
 
-const KeptDevice* DeviceFor(std::size_t adapter, const wchar_t* purpose) {
-    const std::wstring key = purpose + std::to_wstring(adapter);
+const KeptDevice* DeviceFor(std::size_t adapter, const char* purpose) {
+    const std::string key = purpose + std::to_string(adapter);
     for (const KeptDevice& kept : KeptDevices()) {
         if (kept.key == key) {
             return &kept;
         }
     }
-    static const auto real = RealFunction<decltype(&D3D11CreateDevice)>(L"d3d11.dll", "D3D11CreateDevice");
+    const auto owner = lab::OwnNew(lab::NewAdapter(adapter));
     KeptDevice made;
     made.key = key;
-    if (FAILED(real(nullptr, D3D_DRIVER_TYPE_HARDWARE, nullptr, 0, nullptr, 0, D3D11_SDK_VERSION,
-                    &made.device, nullptr, &made.context))) {
+    if (FAILED(lab::SimulatedD3D11CreateDevice(owner.Get(), D3D_DRIVER_TYPE_UNKNOWN, nullptr, 0, nullptr, 0,
+                                               D3D11_SDK_VERSION, &made.device, nullptr, &made.context))) {
         return nullptr;
     }
     PatchTables(made.device.Get());
-    made.device->SetPrivateData(kAdapterTag, sizeof(adapter), &adapter);
     KeptDevice& kept = KeptDevices().emplace_back(std::move(made));
     kept.device_references = ReferencesOf(kept.device.Get());
     kept.context_references = ReferencesOf(kept.context.Get());
@@ -167,13 +153,13 @@ bool DevicesAreStillReferenced() {
     });
 }
 
-ComPtr<ID3D11Device> RenderDevice() {
-    const KeptDevice* kept = DeviceFor(Machine().render_adapter, L"render");
+ComPtr<ID3D11Device> RenderDevice(std::size_t adapter) {
+    const KeptDevice* kept = DeviceFor(adapter, "render");
     return kept == nullptr ? nullptr : kept->device;
 }
 
-ComPtr<ID3D11Device> AnotherRenderDevice() {
-    const KeptDevice* kept = DeviceFor(Machine().render_adapter, L"other");
+ComPtr<ID3D11Device> AnotherRenderDevice(std::size_t adapter) {
+    const KeptDevice* kept = DeviceFor(adapter, "other");
     return kept == nullptr ? nullptr : kept->device;
 }
 
@@ -194,12 +180,12 @@ std::vector<std::uint8_t> PixelsOf(ID3D11ShaderResourceView* view) {
     description.MiscFlags = 0;
     description.CPUAccessFlags = D3D11_CPU_ACCESS_READ;
     ComPtr<ID3D11Texture2D> copy;
-    if (FAILED(real_create_texture(device.Get(), &description, nullptr, &copy))) {
+    if (FAILED(real_create_texture.load()(device.Get(), &description, nullptr, &copy))) {
         return {};
     }
     context->CopyResource(copy.Get(), resource.Get());
     D3D11_MAPPED_SUBRESOURCE mapped = {};
-    if (FAILED(real_map(context.Get(), copy.Get(), 0, D3D11_MAP_READ, 0, &mapped))) {
+    if (FAILED(real_map.load()(context.Get(), copy.Get(), 0, D3D11_MAP_READ, 0, &mapped))) {
         return {};
     }
     std::vector<std::uint8_t> pixels;

@@ -1,0 +1,91 @@
+// The simulated machine in one test program of the screen capture: the images of its desktop are those that
+// the test says, one by one, single calls of Direct3D can be made to fail, and devices are kept from test to
+// test.
+#pragma once
+
+#include <d3d11.h>
+#include <dxgi1_2.h>
+#include <wrl/client.h>
+
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "tests/lab/machine/clock.h"
+#include "tests/lab/machine/machine.h"
+#include "tests/lab/machine/statistics.h"
+
+/// One answer of AcquireNextFrame.
+struct ScriptedFrame {
+    HRESULT result = S_OK;
+    UINT width = 64;
+    UINT height = 48;
+    DXGI_FORMAT format = DXGI_FORMAT_B8G8R8A8_UNORM;
+    std::uint32_t seed = 1;  ///< tells pictures apart
+    std::int64_t present_ticks = 0;
+    bool has_texture = true;  ///< false: a resource that is none
+};
+
+/// What the script says and what was done. All of it is read and written by the thread that calls, as the
+/// calls come in.
+struct ScriptedDesktop {
+    // The script.
+    std::deque<ScriptedFrame> frames;
+    std::function<ScriptedFrame()> next_frame;  ///< asked when `frames` is empty; none: time-outs
+    HRESULT get_adapter_result = S_OK;          ///< of IDXGIDevice::GetAdapter
+    HRESULT map_result = S_OK;                  ///< of ID3D11DeviceContext::Map
+    UINT extra_row_pitch = 0;                   ///< added to what Map tells, by way of a copy
+    bool staging_textures_fail = false;         ///< ID3D11Device::CreateTexture2D
+    bool gdi_flag_ignored = false;              ///< textures with it can be made in any format
+    bool shader_views_fail = false;             ///< ID3D11Device::CreateShaderResourceView
+    bool second_devices_lack_context = false;   ///< D3D11CreateDevice
+
+    // What happened.
+    std::vector<UINT> timeouts;             ///< of AcquireNextFrame
+    std::vector<std::string> devices_made;  ///< adapters that second devices were made on
+    int frames_acquired = 0;
+    int frames_released = 0;
+    std::vector<std::string> misuses;  ///< what Windows would have forbidden
+    struct DrawnIcon {
+        int x, y, width, height;
+        HICON icon;
+        UINT step, flags;
+        HBRUSH brush;
+    };
+    std::vector<DrawnIcon> drawn_icons;
+};
+
+/// The desktop of the running test.
+ScriptedDesktop& Desktop();
+
+/// A new, empty desktop on a machine as this scenario says.
+void SetUpDesktop(const std::string& scenario);
+
+/// Puts the desktop on another machine. The clock is scripted, and reading it takes no time.
+void UseMachine(const std::string& scenario);
+
+/// The output at this position of the scenario refuses to be duplicated; with S_OK it does no longer.
+void RefuseDuplication(std::size_t output, HRESULT result);
+
+/// The names of the outputs that duplication was asked of, in order, refused or not.
+std::vector<std::string> DuplicatedOutputs();
+
+/// Simulated factories, adapters, outputs and duplications that are still referenced.
+long LiveDxgiObjects();
+
+/// Two devices on the adapter at this position of the scenario; the same ones in every test.
+Microsoft::WRL::ComPtr<ID3D11Device> RenderDevice(std::size_t adapter);
+Microsoft::WRL::ComPtr<ID3D11Device> AnotherRenderDevice(std::size_t adapter);
+
+/// Whether any device or immediate context has more references than when it was made.
+bool DevicesAreStillReferenced();
+
+/// The bytes of a frame's picture, rows packed.
+std::vector<std::uint8_t> ScriptedPixels(const ScriptedFrame& frame);
+
+/// The bytes of the texture behind `view`, rows packed; empty when it cannot be read.
+std::vector<std::uint8_t> PixelsOf(ID3D11ShaderResourceView* view);
+
+D3D11_TEXTURE2D_DESC DescriptionOf(ID3D11ShaderResourceView* view);
