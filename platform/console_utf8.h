@@ -25,4 +25,7 @@ class ConsoleUtf8Output {
     ~ConsoleUtf8Output();
     ConsoleUtf8Output(const ConsoleUtf8Output&) = delete;
     ConsoleUtf8Output& operator=(const ConsoleUtf8Output&) = delete;
+
+  private:
+    bool is_console_;
 };

@@ -71,8 +71,8 @@ void PutConsoleCodePageBack() {
     }
 }
 
-ConsoleUtf8Output::ConsoleUtf8Output() {
-    if (!StandardOutputIsConsole()) {
+ConsoleUtf8Output::ConsoleUtf8Output() : is_console_(StandardOutputIsConsole()) {
+    if (!is_console_) {
         return;
     }
     code_page_found = GetConsoleOutputCP();
@@ -81,7 +81,7 @@ ConsoleUtf8Output::ConsoleUtf8Output() {
 }
 
 ConsoleUtf8Output::~ConsoleUtf8Output() {
-    if (code_page_found != 0) {
+    if (is_console_) {
         SetConsoleCtrlHandler(OnConsoleEvent, FALSE);
         PutConsoleCodePageBack();
     }
