@@ -2,8 +2,8 @@
 #include <vector>
 
 #include "platform/format.h"
+#include "platform/utf8.h"
 #include "tools/vistrel_report/json_output.h"
-#include "tools/vistrel_report/visible_text.h"
 
 namespace {
 

@@ -105,14 +105,3 @@ std::string VisibleText(std::string_view text) {
     }
     return visible;
 }
-
-std::string ValidUtf8(std::string_view text) {
-    std::string valid;
-    valid.reserve(text.size());
-    while (!text.empty()) {
-        const DecodedCharacter character = DecodeUtf8(text);
-        valid += character.valid ? text.substr(0, character.bytes) : kReplacement;
-        text.remove_prefix(character.bytes);
-    }
-    return valid;
-}

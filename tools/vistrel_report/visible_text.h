@@ -23,6 +23,3 @@ bool IsUnseen(char32_t code);
 /// `text` as UTF-8 in which everything can be seen: an unseen character becomes "[U+202E]", what is no UTF-8
 /// the replacement character. A tab becomes a blank.
 std::string VisibleText(std::string_view text);
-
-/// `text` with what is no UTF-8 replaced by the replacement character, and otherwise unchanged.
-std::string ValidUtf8(std::string_view text);

@@ -69,4 +69,8 @@ TEST(Utf16FromUtf8, IsEmptyForBytesThatAreNoUtf8) {
     }
 }
 
+TEST(ValidUtf8, OnlyReplacesWhatIsNotUtf8) {
+    EXPECT_EQ(ValidUtf8("a\tb\x1B\xE2\x80\xAE\xFF"), "a\tb\x1B\xE2\x80\xAE\xEF\xBF\xBD");
+}
+
 }  // namespace

@@ -29,8 +29,4 @@ TEST(VisibleText, WhatIsNoUtf8IsReplaced) {
     EXPECT_EQ(VisibleText("\xE3\x82x"), "\xEF\xBF\xBDx");
 }
 
-TEST(ValidUtf8, OnlyReplacesWhatIsNone) {
-    EXPECT_EQ(ValidUtf8("a\tb\x1B\xE2\x80\xAE\xFF"), "a\tb\x1B\xE2\x80\xAE\xEF\xBF\xBD");
-}
-
 }  // namespace
