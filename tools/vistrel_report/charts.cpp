@@ -13,6 +13,7 @@ constexpr double kBarTop = 20.0;  // Below the row's label.
 constexpr double kBarHeight = 12.0;
 constexpr double kMarkHeight = 15.0;  // Of one line of labels of marks.
 constexpr double kLetterWidth = 6.6;  // Of the marks' labels.
+constexpr double kLabelGap = 6.0;     // Left of a mark's label.
 constexpr double kCutWidth = 7.0;
 
 constexpr double kLongestShare = 200.0;  // Percent; a bar beyond is cut.
@@ -64,7 +65,7 @@ std::vector<std::size_t> LabelLines(const std::vector<ChartMark>& marks, const S
     for (const ChartMark& mark : marks) {
         const double half = static_cast<double>(mark.label.size()) * kLetterWidth / 2.0;
         std::size_t line = 0;
-        while (line < taken_up_to.size() && taken_up_to[line] > scale.Place(mark.at) - half) {
+        while (line < taken_up_to.size() && taken_up_to[line] > scale.Place(mark.at) - half - kLabelGap) {
             ++line;
         }
         if (line == taken_up_to.size()) {
@@ -333,8 +334,8 @@ Chart RateChart(const Facts& facts) {
 }  // namespace
 
 std::vector<Chart> ChartsOf(const Facts& facts) {
-    std::vector<Chart> charts = {ShareChart(facts.verdict), WarpChart(facts.warp), ModelChart(facts.models),
-                                 MemoryChart(facts.gpus), RateChart(facts)};
+    std::vector<Chart> charts = {ShareChart(facts.verdict), WarpChart(facts.warp), MemoryChart(facts.gpus),
+                                 RateChart(facts), ModelChart(facts.models)};
     charts.erase(
         std::remove_if(charts.begin(), charts.end(), [](const Chart& chart) { return chart.rows.empty(); }),
         charts.end());

@@ -270,6 +270,7 @@ void AddBrokenSections(const ReportDocument& document, Facts& facts) {
                 LineScan(line.text).Text("!! The OpenXR query ").Rest(predicate).Matches() ||
                 LineScan(line.text).Text("!! Loading onnxruntime.dll ").Rest(predicate).Matches();
             if (told && TellsOfAnEnd(predicate)) {
+                predicate.erase(predicate.find_last_not_of('.') + 1);
                 facts.broken_sections.push_back(
                     {std::string(SectionTitle(section.id)), predicate, line.number});
             }

@@ -121,7 +121,7 @@ class ReportWriter {
         for (const GpuFacts& gpu : facts_.gpus) {
             if (!gpu.software) {
                 row("GPU", FormatText("%lld: ", static_cast<long long>(gpu.number)) + gpu.name +
-                               (facts_.benchmark.gpu == gpu.number ? " (measured)" : ""));
+                               (facts_.benchmark.gpu == gpu.number ? " (benchmark GPU)" : ""));
             }
         }
         const HeadsetFacts& headset = facts_.headset_in_two.runtime ? facts_.headset_in_two : facts_.headset;

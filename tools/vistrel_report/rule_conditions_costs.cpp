@@ -154,10 +154,14 @@ Judgement GameSlow(const Facts& facts) {
 }
 
 Judgement WarpNotMeasured(const Facts& facts) {
-    std::vector<LineNumber> lines = {facts.verdict.not_measured_line, facts.warp.shader_failure_line};
-    return facts.verdict.not_measured_line == 0
-               ? NotFound()
-               : Found("The warp could not be measured, so there is no verdict.", lines);
+    if (facts.benchmark.failure || facts.gpu_list_failure_line != 0) {
+        return DoesNotApply();  // There was nothing to measure on, which another rule tells.
+    }
+    if (facts.verdict.not_measured_line == 0) {
+        return NotFound();
+    }
+    return Found("The warp could not be measured, so there is no verdict.",
+                 {facts.verdict.not_measured_line, facts.warp.shader_failure_line});
 }
 
 Judgement WarpTooDear(const Facts& facts) {
