@@ -31,8 +31,8 @@ class Result:
     console: str
     report: str | None
     counts: dict  # empty when the process did not come to its end
-    calls: list  # (function, number, site) in the order of functions
-    failed: set  # (function, number) of those that were made to fail
+    calls: list  # (process, function, number, site) in the order of functions; process 0 is the program itself
+    failed: set  # (process, function, number) of those that were made to fail
     runtime_calls: dict  # of ONNX Runtime's table, by entry
     runtime_failed: set  # (entry, number) of those that were made to fail
     wrong: list  # what was done wrongly or left alive in the scripted runtimes
@@ -66,8 +66,9 @@ class Machine:
         self.headset = openxr.connect(self.install, HEADSET + openxr.probe_script("controller_to_bare"))
         self.scenario = lab.scenario_file(both_gpus_scripted("hybrid-laptop"), folder)
 
-    def run(self, fault=None, runtime_fault=None):
-        """`fault`: (function, number, "once" or "on"); `runtime_fault`: (entry of ONNX Runtime's table, number)."""
+    def run(self, fault=None, runtime_fault=None, process=0):
+        """`fault`: (function, number, "once" or "on"), in the program or the child of it that has this number;
+        `runtime_fault`: (entry of ONNX Runtime's table, number), in whatever process loads it."""
         files = {name: self.folder / f"{name}.txt" for name in ("calls", "counts", "ledger", "runtime_calls", "openxr_log")}
         for file in (*files.values(), self.install.report):
             lab.forget_counts(file)
@@ -81,6 +82,7 @@ class Machine:
             "VISTREL_LAB_STATISTICS": lab.windows_path(files["counts"]),
             "VISTREL_LAB_CALLS": lab.windows_path(files["calls"]),
             "VISTREL_LAB_FAULT": "{} {} {}".format(*fault) if fault else "",
+            "VISTREL_LAB_FAULT_PROCESS": process or "",
             "VISTREL_ONNX_STAND_IN": orders,
         }
         launcher = lab.BUILD / "tests" / "lab" / "vistrel_lab.exe"
@@ -95,14 +97,14 @@ class Machine:
         return self.result(exit_code, console, files)
 
     def result(self, exit_code, console, files):
-        report = self.install.report
+        report, calls = self.install.report, read_calls(files["calls"])
         return Result(
             exit_code,
             console.decode("utf-8", "replace").replace("\r\n", "\n"),
             report.read_bytes().decode("utf-8") if report.is_file() else None,
             lab.read_counts(files["counts"]) if files["counts"].exists() else {},
-            read_calls(files["calls"]),
-            {(name, int(number)) for name, number, _, what in split(files["calls"]) if what == "failed"},
+            [call[:-1] for call in calls],
+            {call[:3] for call in calls if call[-1] == "failed"},
             {entry: int(count) for entry, what, count in split(files["runtime_calls"]) if what == "called"},
             {(entry, int(number)) for entry, what, number in split(files["runtime_calls"]) if what == "failed"},
             [line for line in lines_of(files["ledger"]) if not line.endswith(" alive 0")]
@@ -119,4 +121,9 @@ def split(path):
 
 
 def read_calls(path):
-    return [(name, int(number), int(site, 16)) for name, number, site, _ in split(path)]
+    """(process, function, number, site, what), of the program and of its children."""
+    return [
+        (int(file.name.removeprefix(path.name).removeprefix(".") or 0), name, int(number), int(site, 16), what)
+        for file in lab.files_of_processes(path)
+        for name, number, site, what in split(file)
+    ]

@@ -64,9 +64,11 @@ class Fault:
     which: str  # of the calls from this caller
     order: tuple  # for the machine, or for the stand-in of ONNX Runtime
     in_runtime: bool = False
+    process: int = 0  # the program itself, or which of its children
 
     def __str__(self):
-        return f"{self.function}, {self.which}" + (f", in {self.caller}" if self.caller else "")
+        child = f" of child {self.process}" if self.process else ""
+        return f"{self.function}, {self.which}" + (f", in {self.caller}{child}" if self.caller else "")
 
 
 @dataclass
@@ -104,19 +106,21 @@ def plain(name):
 def plan(baseline):
     """Every fault of the matrix, in the order of functions."""
     by_site = {}
-    for function, number, site in baseline.calls:
-        by_site.setdefault((function, site), []).append(number)
-    names = callers(sorted({site for _, site in by_site}))
+    for process, function, number, site in baseline.calls:
+        by_site.setdefault((process, function, site), []).append(number)
+    names = callers(sorted({site for _, _, site in by_site}))
     faults, seen = [], {}
-    for (function, site), numbers in by_site.items():
-        place = seen[function, names[site]] = seen.get((function, names[site]), 0) + 1
+    for (process, function, site), numbers in by_site.items():
+        place = seen[process, function, names[site]] = seen.get((process, function, names[site]), 0) + 1
         caller = names[site] + (f" ({place})" if place > 1 else "")
         picked = {"last call": numbers[-1], "middle call": numbers[len(numbers) // 2]}
         picked |= {"call 2": numbers[min(1, len(numbers) - 1)], "call 1": numbers[0]}
         unique = {number: which for which, number in picked.items()}
-        faults += [Fault(function, caller, which, (function, n, "once")) for n, which in sorted(unique.items())]
+        faults += [
+            Fault(function, caller, which, (function, n, "once"), process=process) for n, which in sorted(unique.items())
+        ]
         if function not in ENDLESS:
-            faults.append(Fault(function, caller, "call 1 and all after it", (function, numbers[0], "on")))
+            faults.append(Fault(function, caller, "call 1 and all after it", (function, numbers[0], "on"), process=process))
     for entry, count in baseline.runtime_calls.items():
         faults += [Fault(entry, "", f"call {n}", (entry, n), True) for n in sorted({1, 2, count}) if n <= count]
     return faults
@@ -137,7 +141,9 @@ def defects(result):
 
 def struck(fault, result):
     """Whether the call was made to fail, as the machine or the stand-in of the runtime noted it."""
-    return tuple(fault.order[:2]) in (result.runtime_failed if fault.in_runtime else result.failed)
+    if fault.in_runtime:
+        return tuple(fault.order) in result.runtime_failed
+    return (fault.process, *fault.order[:2]) in result.failed
 
 
 def judge(fault, result, baseline_report, where, reviewed=None):
@@ -220,7 +226,7 @@ def attempt(fault, baseline_report, machines, reviewed):
     try:
         for _ in range(MOST_ATTEMPTS):
             order = {"runtime_fault" if fault.in_runtime else "fault": fault.order}
-            outcome = judge(fault, where.run(**order), baseline_report, where, reviewed)
+            outcome = judge(fault, where.run(**order, process=fault.process), baseline_report, where, reviewed)
             if NEVER_FAILED not in outcome.problems:
                 break
         return outcome
@@ -288,7 +294,7 @@ def run_matrix(options):
     baseline_report = normal(baseline.report, first.install)
     nothing = judge(None, baseline, baseline_report, first)
     assert not nothing.problems, nothing.problems
-    left_out = imports_left_out(first.install.exe, {name for name, _, _ in baseline.calls})
+    left_out = imports_left_out(first.install.exe, {name for _, name, _, _ in baseline.calls})
     if left_out:
         print("\n".join(left_out))
         return 1

@@ -31,6 +31,7 @@ STAGES = ("native", "sanitized", "windows")
 EQUIVALENT = pathlib.Path(__file__).resolve().parent / "equivalent.txt"
 RESULTS = WORK / "results.jsonl"
 SURVIVORS = WORK / "survivors.txt"
+FIGURES = WORK / "figures.txt"
 
 
 class Mutant:
@@ -208,9 +209,11 @@ def report(mutants, results, judged, out=sys.stdout):
     left = [mutant for mutant in mutants if is_left(results.verdict(mutant)) and mutant.key not in judged]
     counts = collections.Counter(results.verdict(mutant) or "not tried" for mutant in mutants if mutant.key not in judged)
     counts["judged equivalent"] = len(judged)
-    for name in (KILLED, SURVIVED, UNSEEN, NOT_BUILT, "judged equivalent", "not tried"):
-        print(f"{name:<20} {counts[name]}", file=out)
+    kinds = (KILLED, SURVIVED, UNSEEN, NOT_BUILT, "judged equivalent", "not tried")
+    figures = "".join(f"{'changes, ' + kind:<34} {counts[kind]}\n" for kind in kinds)
+    print(figures, end="", file=out)
     SURVIVORS.parent.mkdir(parents=True, exist_ok=True)
+    FIGURES.write_text(figures, encoding="utf-8")
     SURVIVORS.write_text("\n".join(map(str, left)), encoding="utf-8")
     for mutant in left:
         print(f"\n{results.verdict(mutant)}: {mutant}", end="", file=out)

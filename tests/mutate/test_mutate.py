@@ -47,6 +47,7 @@ def project(tmp_path, monkeypatch):
         monkeypatch.setattr(module, "ROOT", tmp_path)
         monkeypatch.setattr(module, "WORK", tmp_path / "build" / "mutate")
     monkeypatch.setattr(mutate, "SURVIVORS", tmp_path / "build" / "survivors.txt")
+    monkeypatch.setattr(mutate, "FIGURES", tmp_path / "build" / "figures.txt")
     monkeypatch.delenv("CMAKE_CXX_COMPILER_LAUNCHER", raising=False)
     return tmp_path
 
@@ -192,7 +193,9 @@ def test_the_survivors_are_told(scripted):
     expected = "lib/sum.cpp:2  comparison\n- if (a < b) {\n+ if (a <= b) {\n"
     assert str(left) == expected == mutate.SURVIVORS.read_text(encoding="utf-8")
     assert f"survived: {expected}" in out.getvalue()
-    assert "killed               " + str(len(mutants) - 1) in out.getvalue()
+    figures = (scripted / "build" / "figures.txt").read_text(encoding="utf-8")
+    assert f"{'changes, killed':<34} {len(mutants) - 1}\n{'changes, survived':<34} 1\n" in figures
+    assert out.getvalue().startswith(figures)
     assert mutate.report(mutants, results, {left.key}, io.StringIO()) == []
 
 

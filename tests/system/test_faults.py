@@ -25,10 +25,11 @@ def healthy(tmp_path_factory):
         yield where, report, result
 
 
-def judged(healthy, order, in_runtime=False):
+def judged(healthy, order, in_runtime=False, process=0):
     where, report, _ = healthy
-    fault = matrix.Fault(order[0], "", "", order, in_runtime)
-    return matrix.judge(fault, where.run(**{"runtime_fault" if in_runtime else "fault": order}), report, where)
+    fault = matrix.Fault(order[0], "", "", order, in_runtime, process)
+    run = where.run(**{"runtime_fault" if in_runtime else "fault": order}, process=process)
+    return matrix.judge(fault, run, report, where)
 
 
 def outcome(healthy, order, in_runtime=False):
@@ -59,10 +60,19 @@ def test_a_failed_entry_of_onnx_runtime(healthy):
     assert "+ Could not time it: onnxruntime: the runtime's own words" in changes
 
 
+def test_a_call_of_a_child_fails_in_that_child_alone(healthy):
+    order = ("xrGetSystem", 1, "once")
+    first, last = (judged(healthy, order, process=number) for number in (1, 3))
+    assert first.problems == last.problems == []
+    assert first.changes and last.changes and first.changes != last.changes
+    assert judged(healthy, order, process=2).problems == [matrix.NEVER_FAILED]
+
+
 def test_every_call_is_noted_with_its_place(healthy):
     calls = healthy[2].calls
-    assert [number for name, number, _ in calls if name == "D3D11CreateDevice"] == [1, 2, 3]
-    sites = [site for name, _, site in calls if name == "CreateToolhelp32Snapshot"]
+    devices = [(process, number) for process, name, number, _ in calls if name == "D3D11CreateDevice"]
+    assert devices == [(0, 1), (0, 2), (0, 3)]
+    sites = [site for _, name, _, site in calls if name == "CreateToolhelp32Snapshot"]
     assert set(matrix.callers(sorted(set(sites))).values()) == {"TakeProcessSnapshot"}
 
 
@@ -130,12 +140,12 @@ def test_the_table_of_outcomes_is_read_as_it_is_written():
 
 def test_every_import_is_made_to_fail_or_has_a_reason(healthy):
     where, _, ordinary = healthy
-    assert matrix.imports_left_out(where.install.exe, {name for name, _, _ in ordinary.calls}) == []
+    assert matrix.imports_left_out(where.install.exe, {name for _, name, _, _ in ordinary.calls}) == []
 
 
 def test_an_import_that_nobody_thought_of_is_told(healthy):
     where, _, ordinary = healthy
-    failing = {name for name, _, _ in ordinary.calls}
+    failing = {name for _, name, _, _ in ordinary.calls}
     assert matrix.imports_left_out(where.install.exe, failing - {"GlobalMemoryStatusEx"}) == [
         "GlobalMemoryStatusEx is imported, is not made to fail, and has no reason for that"
     ]
