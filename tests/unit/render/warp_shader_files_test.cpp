@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <random>
 
 namespace {
 
@@ -40,7 +41,9 @@ class ReadWholeFileTest : public testing::Test {
     }
 
   private:
-    std::filesystem::path folder_ = std::filesystem::temp_directory_path() / "warp_shader_files_test";
+    // The same program may be running elsewhere.
+    std::filesystem::path folder_ = std::filesystem::temp_directory_path() /
+                                    ("warp_shader_files_test_" + std::to_string(std::random_device{}()));
 };
 
 TEST_F(ReadWholeFileTest, ReadsEveryByte) {

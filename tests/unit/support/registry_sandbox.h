@@ -16,6 +16,7 @@ class RegistrySandbox {
   public:
     explicit RegistrySandbox(HKEY root) : root_(root) {
         name_ = L"Software\\VistrelDiagTest" + std::to_wstring(GetCurrentProcessId());
+        RegDeleteTreeW(HKEY_CURRENT_USER, name_.c_str());  // Left by a test that was killed.
         EXPECT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, name_.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr,
                                   &key_, nullptr),
                   ERROR_SUCCESS);

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
+#include <random>
+#include <string>
 #include <string_view>
 
 /// Standard input reads exactly `typed`, and then its end. The file it comes from goes with the object.
@@ -13,8 +15,8 @@ class ConsoleInput {
   public:
     explicit ConsoleInput(std::string_view typed)
         : path_(std::filesystem::path(testing::TempDir()) /
-                (std::string("console_input_") +
-                 testing::UnitTest::GetInstance()->current_test_info()->name())) {
+                // The same test may be running in another program.
+                ("console_input_" + std::to_string(std::random_device{}()))) {
         std::ofstream(path_, std::ios::binary)
             .write(typed.data(), static_cast<std::streamsize>(typed.size()));
         opened_ = std::freopen(path_.string().c_str(), "r", stdin) != nullptr;

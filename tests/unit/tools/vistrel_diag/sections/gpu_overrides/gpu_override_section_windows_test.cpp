@@ -22,6 +22,7 @@ class GpuOverrideProbe : public ::testing::Test {
   protected:
     void SetUp() override {
         root_path_ = L"Software\\vistrel_diag_test_" + std::to_wstring(GetCurrentProcessId());
+        RegDeleteTreeW(HKEY_CURRENT_USER, root_path_.c_str());  // Left by a test that was killed.
         ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, root_path_.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
                                   nullptr, &root_, nullptr),
                   ERROR_SUCCESS);
