@@ -16,9 +16,15 @@ Function Genuine(const char* name) {
     return reinterpret_cast<Function>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), name));
 }
 
+/// In the environment of a process in which there is no stand-in.
+constexpr const wchar_t* kGenuineIsMeant = L"VISTREL_TEST_GENUINE_COMPILER";
+
 /// The same path or bare name, of the stand-in instead of the compiler.
 std::wstring OfStandIn(const wchar_t* name) {
     std::filesystem::path path(name);
+    if (GetEnvironmentVariableW(kGenuineIsMeant, nullptr, 0) != 0) {
+        return path.wstring();
+    }
     return path.filename() == L"d3dcompiler_47.dll" ? path.replace_filename(kStandIn).wstring()
                                                     : path.wstring();
 }
@@ -75,7 +81,9 @@ class ShaderCompilerTest : public testing::Test {
     void PutStandIn(const std::filesystem::path& folder) {
         std::filesystem::create_directories(folder);
         stand_in_ = folder / kStandIn;
-        std::filesystem::copy_file("C:\\windows\\system32\\d3dcompiler_47.dll", stand_in_,
+        std::wstring system(MAX_PATH, L'\0');
+        system.resize(GetSystemDirectoryW(system.data(), MAX_PATH));
+        std::filesystem::copy_file(std::filesystem::path(system) / "d3dcompiler_47.dll", stand_in_,
                                    std::filesystem::copy_options::overwrite_existing);
     }
     ~ShaderCompilerTest() override {
@@ -95,8 +103,10 @@ TEST_F(ShaderCompilerTest, IsFoundInTheProgramsFolder) {
 }
 
 TEST_F(ShaderCompilerTest, IsFoundInTheSystemsFolder) {
-    PutStandIn("C:\\windows\\system32");
+    // There, where only an administrator may write, the genuine one lies.
+    SetEnvironmentVariableW(kGenuineIsMeant, L"1");
     EXPECT_EQ(RunAlone("DISABLED_Compiles"), 0);
+    SetEnvironmentVariableW(kGenuineIsMeant, nullptr);
 }
 
 /// Anybody may have put it there, into a folder of downloads for instance.
