@@ -15,6 +15,8 @@
 #include <utility>
 #include <vector>
 
+#include "tests/lab/machine/simulated_object.h"
+
 /// Gives one object a table of methods of its own, of `Slots` methods, until this goes away.
 template <std::size_t Slots>
 class MethodTable {
@@ -45,46 +47,24 @@ using DeviceMethods = MethodTable<54>;
 using ContextMethods = MethodTable<134>;
 using AdapterMethods = MethodTable<18>;
 
-#pragma GCC diagnostic push
-// No COM interface has a virtual destructor; Release() deletes the whole object.
-#pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 /// Counts the objects that carry it as private data: it is released when the last reference to its object
 /// goes.
-class ObjectCounter final : public IUnknown {
+class ObjectCounter final : public lab::SimulatedUnknown<IUnknown> {
   public:
-    static std::atomic<int>& Living() {
-        static std::atomic<int> living = 0;
+    static std::atomic<long>& Living() {
+        static std::atomic<long> living = 0;
         return living;
     }
 
     static void Attach(ID3D11DeviceChild* object) {
         static constexpr GUID kKey = {
             0x6d3f8a41, 0x51c7, 0x4b02, {0x9e, 0x18, 0x33, 0x70, 0xc4, 0x2a, 0x95, 0x0b}};
-        auto* const counter = new ObjectCounter;
-        object->SetPrivateDataInterface(kKey, counter);
-        counter->Release();
-    }
-
-    HRESULT STDMETHODCALLTYPE QueryInterface(REFIID, void** object) override {
-        *object = nullptr;
-        return E_NOINTERFACE;
-    }
-    ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
-    ULONG STDMETHODCALLTYPE Release() override {
-        const ULONG left = --references_;
-        if (left == 0) {
-            delete this;
-        }
-        return left;
+        object->SetPrivateDataInterface(kKey, lab::OwnNew(new ObjectCounter).Get());
     }
 
   private:
-    ObjectCounter() { ++Living(); }
-    ~ObjectCounter() { --Living(); }
-
-    std::atomic<ULONG> references_ = 1;
+    ObjectCounter() : SimulatedUnknown(Living()) {}
 };
-#pragma GCC diagnostic pop
 
 /// A device whose creating calls can be made to fail. One at a time.
 class ScriptedDevice {
@@ -108,7 +88,7 @@ class ScriptedDevice {
     int Calls() const { return calls_; }
 
     /// Objects that the device has made and that still live.
-    int LivingObjects() const { return ObjectCounter::Living(); }
+    long LivingObjects() const { return ObjectCounter::Living(); }
 
     /// What becomes of the creating call with this number, counted from 1.
     std::function<HRESULT(int)> result_of_call = [](int) { return S_OK; };

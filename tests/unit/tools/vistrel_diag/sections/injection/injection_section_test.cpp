@@ -6,23 +6,13 @@
 #include <string>
 
 #include "tests/unit/support/report_capture.h"
+#include "tests/unit/tools/vistrel_diag/sections/injection/injection_advice.h"
 
 namespace {
 
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::StrEq;
-
-constexpr const char* kAdvice =
-    "\n"
-    ">>> Something is injecting itself into Vistrel. This is what to undo first, before anything else in "
-    "this "
-    "report is worth reading.\n"
-    ">>> ReShade belongs on the GAME, never on Vistrel.exe. Run the ReShade uninstaller against this folder, "
-    "or "
-    "delete the files listed above.\n"
-    ">>> The symptom it produces is AI depth that runs and reports timings while no 3D ever reaches the "
-    "headset.\n";
 
 std::string Printed(const std::optional<InjectedFiles>& found) {
     const ReportCapture report;

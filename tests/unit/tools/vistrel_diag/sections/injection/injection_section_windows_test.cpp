@@ -10,6 +10,7 @@
 
 #include "platform/utf8.h"
 #include "tests/unit/support/report_capture.h"
+#include "tests/unit/tools/vistrel_diag/sections/injection/injection_advice.h"
 #include "tools/vistrel_diag/sections/injection/injection_section.h"
 
 namespace {
@@ -70,16 +71,6 @@ std::string Reported(std::string_view folder) {
 
 const std::string kHeader = "\n== INJECTED INTO VISTREL'S OWN FOLDER " + std::string(28, '=') + "\n";
 const std::string kNothing = "Nothing found. No proxy DLL and no ReShade files beside Vistrel.exe.\n";
-const std::string kAdvice =
-    "\n"
-    ">>> Something is injecting itself into Vistrel. This is what to undo first, before anything else in "
-    "this "
-    "report is worth reading.\n"
-    ">>> ReShade belongs on the GAME, never on Vistrel.exe. Run the ReShade uninstaller against this folder, "
-    "or "
-    "delete the files listed above.\n"
-    ">>> The symptom it produces is AI depth that runs and reports timings while no 3D ever reaches the "
-    "headset.\n";
 
 TEST(InjectionProbe, CannotTellWithoutAFolder) {
     EXPECT_EQ(Reported(""), kHeader + "Cannot tell - the folder this is running from is not known.\n");
