@@ -2,12 +2,17 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <optional>
+#include <string>
 
 namespace {
 
 /// The thread's error mode while a library is being loaded; empty when none was.
 std::optional<DWORD> mode_while_loading;
+
+/// A loading that fails and does not say why.
+bool fails_in_silence = false;
 
 template <typename Function>
 Function Genuine(const char* name) {
@@ -21,12 +26,24 @@ HMODULE WINAPI LoadAndNoteMode(const wchar_t* name) {
 
 HMODULE WINAPI LoadExAndNoteMode(const wchar_t* name, HANDLE file, DWORD flags) {
     mode_while_loading = GetThreadErrorMode();
+    if (fails_in_silence) {
+        SetLastError(ERROR_SUCCESS);
+        return nullptr;
+    }
     return Genuine<decltype(&LoadLibraryExW)>("LoadLibraryExW")(name, file, flags);
+}
+
+/// A call that succeeds may leave any last error behind.
+BOOL WINAPI SetModeAndSpoilLastError(DWORD mode, LPDWORD previous) {
+    const BOOL done = Genuine<decltype(&SetThreadErrorMode)>("SetThreadErrorMode")(mode, previous);
+    SetLastError(ERROR_ALREADY_EXISTS);
+    return done;
 }
 
 }  // namespace
 
 extern "C" {
+decltype(&SetThreadErrorMode) __imp_SetThreadErrorMode = SetModeAndSpoilLastError;
 decltype(&LoadLibraryW) __imp_LoadLibraryW = LoadAndNoteMode;
 decltype(&LoadLibraryExW) __imp_LoadLibraryExW = LoadExAndNoteMode;
 }
@@ -67,6 +84,23 @@ TEST_F(LoadLibraryQuietlyTest, TellsWhyThereIsNone) {
     EXPECT_EQ(GetLastError(), DWORD{ERROR_MOD_NOT_FOUND});
 }
 
+TEST(NeverLoadFromCurrentDirectory, TakesItOutOfTheSearch) {
+    std::wstring system(MAX_PATH, L'\0');
+    system.resize(GetSystemDirectoryW(system.data(), MAX_PATH));
+    const std::filesystem::path before = std::filesystem::current_path();
+    const std::filesystem::path here = std::filesystem::temp_directory_path() / "vistrel library test";
+    std::filesystem::create_directories(here);
+    std::filesystem::copy_file(std::filesystem::path(system) / "version.dll", here / "vistrel_lies_here.dll",
+                               std::filesystem::copy_options::overwrite_existing);
+    std::filesystem::current_path(here);
+    EXPECT_TRUE(UniqueLibrary(LoadLibraryQuietly(L"vistrel_lies_here.dll")));
+    NeverLoadFromCurrentDirectory();
+    EXPECT_FALSE(UniqueLibrary(LoadLibraryQuietly(L"vistrel_lies_here.dll")));
+    SetDllDirectoryW(nullptr);
+    std::filesystem::current_path(before);
+    std::filesystem::remove_all(here);
+}
+
 TEST(FindSystemFunction, FindsAFunctionOfADllInTheSystemFolder) {
     const LibraryFunction found = FindSystemFunction(L"kernel32.dll", "GetTickCount64");
     EXPECT_EQ(found.function, GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "GetTickCount64"));
@@ -77,6 +111,14 @@ TEST(FindSystemFunction, TellsThatThereIsNoSuchDll) {
     const LibraryFunction found = FindSystemFunction(L"no_such_library.dll", "GetTickCount64");
     EXPECT_EQ(found.function, nullptr);
     EXPECT_EQ(found.missing, HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND));
+}
+
+TEST(FindSystemFunction, FailsAlsoWhenWindowsDoesNotSayWhy) {
+    fails_in_silence = true;
+    const LibraryFunction found = FindSystemFunction(L"kernel32.dll", "GetTickCount64");
+    fails_in_silence = false;
+    EXPECT_EQ(found.function, nullptr);
+    EXPECT_EQ(found.missing, E_FAIL);
 }
 
 TEST(FindSystemFunction, TellsThatTheDllLacksTheFunction) {
