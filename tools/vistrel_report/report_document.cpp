@@ -306,15 +306,17 @@ void TakeCutShortLine(ReportDocument& document, std::size_t last_heading) {
     }
 }
 
-/// Cuts off what stands behind the report's last line.
-void CutBehindLastLine(ReportDocument& document) {
+/// Cuts off what stands behind the report's last line, and returns it.
+std::vector<SourceLine> CutBehindLastLine(ReportDocument& document) {
     std::vector<SourceLine>& lines = document.lines;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         if (IsLine(lines[i].text, kLastLine)) {
+            std::vector<SourceLine> behind = Between(lines, i + 1, lines.size());
             lines.resize(i + 1);
-            return;
+            return behind;
         }
     }
+    return {};
 }
 
 bool HasLastLine(const ReportDocument& document) {
@@ -501,9 +503,7 @@ ReportFile ReportFile::FromBytes(std::string bytes) {
                     "The ends of lines are lost; lines were told apart by how they begin.");
         }
         Clean(document, beginnings[i].prefix, file.storage_->joined);
-        const std::size_t with_text = CountWithText(document.lines);
-        CutBehindLastLine(document);
-        file.lines_outside_ += with_text - CountWithText(document.lines);
+        file.lines_outside_ += CountWithText(CutBehindLastLine(document));
         MakeSections(document);
     }
     return file;

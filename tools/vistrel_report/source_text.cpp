@@ -459,7 +459,7 @@ void SplitLostLineEnds(std::vector<SourceLine>& lines, std::size_t position) {
         // A heading's rule goes on to its end, and what follows a label belongs to it.
         const bool heading_ends = before.starts_with("== ") && before.ends_with('=') && whole.text[i] != '=';
         if (heading_ends ||
-            (!before.empty() && before.back() != ':' && StartsAnyLine(whole.text.substr(i)))) {
+            (!before.empty() && !before.ends_with(" :") && StartsAnyLine(whole.text.substr(i)))) {
             parts.push_back({before, whole.number});
             begin =
                 i + (heading_ends && whole.text[i] == ' ' && !StartsAnyLine(whole.text.substr(i)) ? 1 : 0);

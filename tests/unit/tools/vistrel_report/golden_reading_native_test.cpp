@@ -108,9 +108,11 @@ Facts FactsOf(const Reading& reading) {
     AddPartOne(facts, reading.part_one);
     AddPartTwo(facts, reading.part_two);
     AddSection(facts, "verdict", reading.verdict);
-    if (reading.verdict) {
+    if (reading.verdict && reading.verdict->grade) {
         AddValue(facts, "grade", reading.verdict->percent);
-        AddValue(facts, "rows", reading.verdict->rows.size());
+    }
+    for (const RefreshRowReading& row : reading.verdict.value_or(VerdictReading()).rows) {
+        AddValue(facts, "row", row.refresh_hz);
     }
     AddSection(facts, "cut short", reading.cut_short);
     return facts;
@@ -315,6 +317,11 @@ TEST(GoldenReading, WithoutLineEndsIsReadAsFarAsItCanBe) {
             const ReportFile file = ReportFile::FromBytes(Replaced(report.text, "\n", end));
             ASSERT_THAT(file.Reports(), SizeIs(1));
             EXPECT_TRUE(file.Reports().front().HasNote(DocumentNoteKind::LineEndsLost));
+            const Facts found = FactsOf(ReadReport(file.Reports().front()));
+            EXPECT_GT(found.size(), whole.size() / 2);
+            for (const std::string& fact : found) {
+                EXPECT_THAT(whole, Contains(fact));
+            }
         }
     }
 }

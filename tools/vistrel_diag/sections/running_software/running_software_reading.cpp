@@ -106,6 +106,7 @@ std::size_t WindowTitleLines(SourceLines lines) {
 
 std::optional<RunningSoftwareReading> ReadRunningSoftwareSection(SourceLines lines, UnreadLines& unread) {
     RunningSoftwareReading reading;
+    const std::size_t unread_before = unread.size();
     bool any = false;
     for (std::size_t i = 0; i < lines.size(); ++i) {
         const SourceLine& line = lines[i];
@@ -129,9 +130,10 @@ std::optional<RunningSoftwareReading> ReadRunningSoftwareSection(SourceLines lin
         }
         any = any || understood;
     }
-    if (reading.warning_line != 0 &&
-        std::none_of(reading.software.notable.begin(), reading.software.notable.end(), IsVistrelExecutable)) {
-        // The report warns of a product that it lists. This warning is somebody else's.
+    const bool lists_product =
+        std::any_of(reading.software.notable.begin(), reading.software.notable.end(), IsVistrelExecutable);
+    if (reading.warning_line != 0 && !lists_product && unread.size() == unread_before) {
+        // All programs are known, and the product is none of them. This warning is somebody else's.
         reading.warning_line = 0;
         TellWarning(lines, unread);
     }
