@@ -61,6 +61,25 @@ TEST_F(LoadLibraryQuietlyTest, LoadsALibrary) {
     EXPECT_TRUE(library);
 }
 
+/// A function that calls others of Windows, as one can only in a library that was made ready for it.
+void ExpectToWork(FARPROC allocate) {
+    ASSERT_NE(allocate, nullptr);
+    void* memory = nullptr;
+    using Allocate = DWORD(WINAPI*)(DWORD, void**);
+    EXPECT_EQ(reinterpret_cast<Allocate>(allocate)(16, &memory), DWORD{ERROR_SUCCESS});
+    EXPECT_NE(memory, nullptr);
+}
+
+TEST_F(LoadLibraryQuietlyTest, LoadsALibraryThatCanBeUsed) {
+    const UniqueLibrary library(LoadLibraryQuietly(L"netapi32.dll"));
+    ExpectToWork(GetProcAddress(library.get(), "NetApiBufferAllocate"));
+}
+
+TEST(FindSystemFunction, FindsAFunctionThatWorks) {
+    ASSERT_EQ(GetModuleHandleW(L"netapi32.dll"), nullptr);
+    ExpectToWork(FindSystemFunction(L"netapi32.dll", "NetApiBufferAllocate").function);
+}
+
 TEST_F(LoadLibraryQuietlyTest, ShowsNoMessageBoxMeanwhile) {
     LoadLibraryQuietly(L"no such library.dll");
     ASSERT_TRUE(mode_while_loading);
