@@ -137,10 +137,17 @@ ComparedRow CompareValues(const Value& before, const Value& now) {
     return row;
 }
 
-const Value* FindValue(const std::vector<Value>& values, const std::string& what) {
-    const auto found = std::find_if(values.begin(), values.end(),
-                                    [&what](const Value& value) { return value.what == what; });
-    return found == values.end() ? nullptr : &*found;
+/// The value in `others` that is to `value` of `values` what it is to itself: of the same name, and as many
+/// of that name before it, for a damaged report can hold a row twice. Null when there is none.
+const Value* Counterpart(const std::vector<Value>& values, const Value& value,
+                         const std::vector<Value>& others) {
+    const auto same_name = [&value](const Value& other) { return other.what == value.what; };
+    auto before = std::count_if(values.data(), &value, same_name);
+    auto found = std::find_if(others.begin(), others.end(), same_name);
+    for (; before > 0 && found != others.end(); --before) {
+        found = std::find_if(found + 1, others.end(), same_name);
+    }
+    return found == others.end() ? nullptr : &*found;
 }
 
 bool WasFound(const Findings& findings, const Rule* rule) {
@@ -198,13 +205,13 @@ Comparison Compare(const Facts& old_facts, const Findings& old_findings, const F
     const std::vector<Value> before = ValuesOf(old_facts);
     const std::vector<Value> now = ValuesOf(new_facts);
     for (const Value& value : before) {
-        const Value* const other = FindValue(now, value.what);
+        const Value* const other = Counterpart(before, value, now);
         comparison.rows.push_back(other != nullptr
                                       ? CompareValues(value, *other)
                                       : ComparedRow{value.what, value.text, {}, RowState::OnlyInOld, {}});
     }
     for (const Value& value : now) {
-        if (FindValue(before, value.what) == nullptr) {
+        if (Counterpart(now, value, before) == nullptr) {
             comparison.rows.push_back({value.what, {}, value.text, RowState::OnlyInNew, {}});
         }
     }
