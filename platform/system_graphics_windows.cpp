@@ -32,13 +32,13 @@ void LoadSystemGraphics() {
     Loaded();
 }
 
-HRESULT WINAPI CreateDXGIFactory1(REFIID wanted, void** factory) {
+HRESULT WINAPI CreateDXGIFactory1(REFIID riid, void** factory) {
     const LibraryFunction& create = Loaded().create_factory;
     if (create.function == nullptr) {
         Clear(factory);
         return create.missing;
     }
-    return reinterpret_cast<decltype(&CreateDXGIFactory1)>(create.function)(wanted, factory);
+    return reinterpret_cast<decltype(&CreateDXGIFactory1)>(create.function)(riid, factory);
 }
 
 HRESULT WINAPI D3D11CreateDevice(IDXGIAdapter* adapter, D3D_DRIVER_TYPE driver_type, HMODULE software,
