@@ -134,12 +134,14 @@ TEST_F(Registry, ReadsNumbersThatAreNumbers) {
     sandbox_.WriteBytes(L"Key", L"Binary", REG_BINARY, {2, 0, 0, 0});
     sandbox_.WriteBytes(L"Key", L"Wide", REG_QWORD, {2, 0, 0, 0, 0, 0, 0, 0});
     sandbox_.WriteBytes(L"Key", L"Short", REG_DWORD, {2, 0});
+    sandbox_.WriteBytes(L"Key", L"Untyped", REG_NONE, {2, 0, 0, 0});
     const RegistryKey key(HKEY_CURRENT_USER, L"Key");
     EXPECT_EQ(key.ReadNumber(L"Number"), 0xFFFFFFFFU);
     EXPECT_FALSE(key.ReadNumber(L"Text"));
     EXPECT_FALSE(key.ReadNumber(L"Binary"));
     EXPECT_FALSE(key.ReadNumber(L"Wide"));
     EXPECT_FALSE(key.ReadNumber(L"Short"));
+    EXPECT_FALSE(key.ReadNumber(L"Untyped"));
     EXPECT_FALSE(key.ReadNumber(L"Missing"));
 }
 
