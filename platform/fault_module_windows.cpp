@@ -1,10 +1,25 @@
 #include "platform/fault_module.h"
 
 // windows.h first
-#include <psapi.h>
+#include <winternl.h>
 
 #include <array>
 #include <string_view>
+
+extern "C" NTSTATUS NTAPI NtQueryVirtualMemory(HANDLE process, const void* address, int what, void* answer,
+                                               SIZE_T size, SIZE_T* needed);
+
+namespace {
+
+constexpr int kMappedFileName = 2;  // MemoryMappedFilenameInformation
+
+/// The answer: the text it points to follows it. Small enough for the stack that is left after an overflow.
+struct MappedFileName {
+    UNICODE_STRING path;
+    std::array<wchar_t, 520> text;
+};
+
+}  // namespace
 
 const void* FaultAddress(const EXCEPTION_RECORD& exception) {
     constexpr DWORD kCppException = 0xE06D7363;
@@ -20,15 +35,14 @@ void FindFaultModule(const void* address, char* buffer, std::size_t size) {
         return;
     }
     buffer[0] = '\0';
-    // A device path, "\Device\HarddiskVolume3\Windows\System32\name.dll". Small enough for the stack that is
-    // left after an overflow; a longer path is cut, and then has no name.
-    std::array<wchar_t, 520> path = {};
-    const DWORD length = K32GetMappedFileNameW(GetCurrentProcess(), const_cast<void*>(address), path.data(),
-                                               static_cast<DWORD>(path.size()));
-    if (length == 0 || length >= path.size() - 1) {
+    // A device path, "\Device\HarddiskVolume3\Windows\System32\name.dll". A longer one has no name here.
+    MappedFileName answer = {};
+    if (NtQueryVirtualMemory(GetCurrentProcess(), address, kMappedFileName, &answer, sizeof(answer),
+                             nullptr) < 0 ||
+        answer.path.Buffer == nullptr) {
         return;
     }
-    const std::wstring_view whole(path.data(), length);
+    const std::wstring_view whole(answer.path.Buffer, answer.path.Length / sizeof(wchar_t));
     const std::wstring_view name = whole.substr(whole.find_last_of(L"\\/") + 1);
     const int written = WideCharToMultiByte(CP_UTF8, 0, name.data(), static_cast<int>(name.size()), buffer,
                                             static_cast<int>(size) - 1, nullptr, nullptr);

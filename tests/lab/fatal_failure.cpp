@@ -2,7 +2,6 @@
 
 #include <windows.h>
 
-#include <climits>
 #include <cstddef>
 #include <cstdlib>
 #include <map>
@@ -58,12 +57,16 @@ void ThrowAsMicrosoft() {
     RaiseException(kCppException, EXCEPTION_NONCONTINUABLE, 4, arguments);
 }
 
+/// INT_MIN / -1, as Windows has it: an exception of that instruction whenever it is tried again. Wine makes a
+/// division by zero of the real one.
 void OverflowInteger() {
-    // Written in assembly: what no compiler may translate otherwise.
-    int quotient = INT_MIN;
-    int remainder = -1;
-    const int divisor = -1;
-    asm volatile("idivl %2" : "+a"(quotient), "+d"(remainder) : "r"(divisor) : "cc");
+    const auto raise = reinterpret_cast<void(NTAPI*)(EXCEPTION_RECORD*)>(
+        GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlRaiseException"));
+    for (;;) {
+        EXCEPTION_RECORD exception = {};
+        exception.ExceptionCode = EXCEPTION_INT_OVERFLOW;
+        raise(&exception);
+    }
 }
 
 [[noreturn]] void Hang() {

@@ -137,8 +137,17 @@ def test_a_crash_leaves_the_console_as_it_was(install, end):
     scenario = f"{end} D3D11CreateDevice\n" + lab.scenario_text("desktop-pc")
     sitting = sit(install, console.answers(READY), "clicks", scenario=scenario, dies=True)
     assert sitting.happened("write") and "THIS RUN WAS CUT SHORT" in sitting.shown
+    assert sitting.shown.endswith("please send that file.\r\n\r\nPress Enter to close.\r\n")
     assert not sitting.happened("frozen")
     check_put_back(sitting)
+
+
+def test_a_crash_waits_for_nobody_on_a_console_of_others(install):
+    """Started at a prompt, whose window stays."""
+    scenario = "crash D3D11CreateDevice\n" + lab.scenario_text("desktop-pc")
+    sitting = sit(install, console.answers(READY), scenario=scenario, settings={"processes": 2}, dies=True)
+    assert "THIS RUN WAS CUT SHORT" in sitting.shown
+    assert "Press Enter to close." not in sitting.shown
 
 
 def test_a_closed_window_leaves_the_console_as_it_was(install):

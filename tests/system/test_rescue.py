@@ -16,10 +16,13 @@ HANDS = "HAND TRACKING (bare hand vs controller)"
 CAPTURE = "SCREEN CAPTURE"
 WARP = "STEREO WARP COST  (both eyes, one headset frame)"
 PLACE = "\nThe lines found so far are in vistrel_diag_report.txt; please send that file.\n"
-CRASHED = "the program crashed (exception 0x{:08X})"
+# In which module the lab lets it happen, and what Windows calls it.
+CRASHED = "the program crashed in {} ({}, 0x{:08X})"
+MACHINE_MODULE, RUNTIME_MODULE = "vistrel_lab_machine.dll", "scripted_runtime.dll"
+CRASHED_IN_DRIVER = CRASHED.format(MACHINE_MODULE, "access violation", 0xC0000005)
 ABORTED = "the program aborted"
 STOPPED = "the user stopped it with Ctrl-C"
-ACCESS_VIOLATION, STACK_OVERFLOW = 0xC0000005, 0xC00000FD
+ACCESS_VIOLATION = 0xC0000005
 MACHINE = lab.patient("frames-60")
 QUICK = ("--quick", "--no-models", "--capture-seconds", "0.5")
 GUIDED = QUICK[1:]  # In a terminal it is read from before anything hangs.
@@ -90,7 +93,7 @@ def test_openxr_session(tmp_path):
     answers = {"arguments": GUIDED, "stdin": b"\n\n\n\n"}
     probed = ground(tmp_path, lambda install: openxr.connect(install, script).env, **answers)
     runtime = openxr.connect(probed.install, script + "crash xrWaitFrame\n")
-    cause = CRASHED.format(ACCESS_VIOLATION)
+    cause = CRASHED.format(RUNTIME_MODULE, "access violation", ACCESS_VIOLATION)
     check_death(probed.dies(*GUIDED, env=runtime.env, stdin=answers["stdin"]), ACCESS_VIOLATION, HANDS, cause)
     probed.check_report("  hand L : CONTROLLER (held)", HANDS, cause)
 
@@ -99,7 +102,7 @@ def test_openxr_session(tmp_path):
     "function, section, following",
     [
         ("CreateDXGIFactory1", "GPUs", "GPU 0           : "),
-        ("QueryVideoMemoryInfo", "GPUs", "GPU 0           : "),
+        ("QueryVideoMemoryInfo", "GPUs", "  VRAM in use   : "),
         ("D3D11CreateDevice", "BENCHMARK SETUP", f"\n{lab.header(CAPTURE)}\n"),
         ("DuplicateOutput", CAPTURE, "Duplicated      : "),
         ("AcquireNextFrame at call 20", CAPTURE, "Duplicated      : "),
@@ -107,9 +110,47 @@ def test_openxr_session(tmp_path):
     ],
 )
 def test_driver(machine, function, section, following):
-    cause = CRASHED.format(ACCESS_VIOLATION)
+    cause = CRASHED_IN_DRIVER
     check_death(machine.dies(*QUICK, scenario=f"crash {function}\n{MACHINE}"), ACCESS_VIOLATION, section, cause)
     machine.check_report(following, section, cause)
+
+
+@pytest.mark.parametrize(
+    "kind, exception, exit_code",
+    [
+        ("crash_elsewhere", "access violation", 0xC0000005),
+        ("overflow", "stack overflow", 0xC00000FD),
+        ("cpp_exception", "C++ exception", 0xE06D7363),
+        ("overflow_of_integer", "integer overflow", 0xC0000095),
+    ],
+)
+def test_every_exception_of_a_driver_ends_in_the_rescue(machine, kind, exception, exit_code):
+    """On the main thread the C runtime's own frame would try the instruction of the last one again for ever."""
+    cause = CRASHED.format(MACHINE_MODULE, exception, exit_code)
+    check_death(machine.dies(*QUICK, scenario=f"{kind} AcquireNextFrame\n{MACHINE}"), exit_code, CAPTURE, cause)
+    machine.check_report("Duplicated      : ", CAPTURE, cause)
+
+
+@pytest.mark.parametrize("kind", ["abort", "ucrt_abort"])
+def test_abort_in_a_driver(machine, kind):
+    """Of mingw's runtime and of that of Windows, which has handlers of its own."""
+    run = machine.dies(*QUICK, scenario=f"{kind} AcquireNextFrame\n{MACHINE}")
+    assert run.exit_code == 3
+    assert run.console_text.endswith(f"\n{closing_line(CAPTURE, ABORTED)}{PLACE}")
+    machine.check_report("Duplicated      : ", CAPTURE, ABORTED)
+
+
+def test_a_driver_that_crashes_on_gpu_1_leaves_the_lines_of_gpu_0(tmp_path):
+    install = lab.Install(tmp_path / "install")
+    scenario = lab.patient("two-hardware-gpus")
+    ordinary = lab.run_tool(install, *QUICK, scenario=scenario)
+    ground_of_two = Ground(install, ordinary.report)
+    ground_of_two.dies(*QUICK, scenario=f"crash QueryVideoMemoryInfo at call 2\n{scenario}")
+    report = steady(install.report.read_bytes()).decode()
+    assert report.count("  VRAM in use   : ") == 1
+    start = report.index("\r\n\r\n!! THIS RUN WAS CUT SHORT")
+    assert report[:start].split("\r\n")[-4].startswith("GPU 1           : ")
+    assert steady(ordinary.report).decode().startswith(report[:start])
 
 
 def test_driver_that_hangs(machine):
@@ -118,7 +159,7 @@ def test_driver_that_hangs(machine):
     machine.check_report("Duplicated      : ", CAPTURE, STOPPED)
 
 
-@pytest.mark.parametrize("kind, cause", [("crash", CRASHED.format(ACCESS_VIOLATION)), ("abort", ABORTED)])
+@pytest.mark.parametrize("kind, cause", [("crash", CRASHED_IN_DRIVER), ("abort", ABORTED)])
 def test_crash_in_front_of_a_person_puts_the_consoles_code_page_back(machine, kind, cause):
     """The launcher on the same console says when it does not."""
     scenario = f"{kind} AcquireNextFrame\n{MACHINE}"

@@ -33,8 +33,7 @@ DEATHS = {
     "crash": "crashed in %s (access violation, 0xC0000005)",
     "crash_elsewhere": "crashed in %s (access violation, 0xC0000005)",
     "overflow": "crashed in %s (stack overflow, 0xC00000FD)",
-    # On Windows it is "integer overflow, 0xC0000095"; Wine tells the two apart by nothing.
-    "overflow_of_integer": "crashed in %s (division by zero, 0xC0000094)",
+    "overflow_of_integer": "crashed in %s (integer overflow, 0xC0000095)",
     "cpp_exception": "crashed in %s (C++ exception, 0xE06D7363)",
     "fail_fast": "crashed (fail-fast, 0xC0000409)",
     "heap_corruption": "crashed (heap corruption, 0xC0000374)",

@@ -141,4 +141,5 @@ void CarryOutRun(const RunOptions& options) {
     rescue.WriteOrdinaryReport([&tool_folder] { Report::WriteFile(tool_folder); });
 
     WaitForEnter("\nPress Enter to close.\n");
+    SetGpuList({});  // The process ends without the destructors of what is static.
 }

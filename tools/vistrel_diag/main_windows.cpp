@@ -1,8 +1,11 @@
 #include <array>
+#include <cstdio>
 #include <string>
 #include <vector>
 
+#include "platform/end_process.h"
 #include "platform/library.h"
+#include "platform/own_thread.h"
 #include "platform/system_graphics.h"
 #include "platform/utf8.h"
 #include "tools/vistrel_diag/command_line.h"
@@ -35,8 +38,11 @@ int wmain(int argument_count, wchar_t** argument_values) {
     if (command_line.help) {
         PrintUsage();
     } else {
-        const ConsoleState console;
-        CarryOutRun(command_line.options);
+        RunOnOwnThread([&command_line] {
+            const ConsoleState console;
+            CarryOutRun(command_line.options);
+        });
     }
-    return 0;
+    std::fflush(nullptr);
+    EndProcess(0);
 }

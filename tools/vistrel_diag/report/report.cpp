@@ -63,6 +63,11 @@ std::atomic<bool>& FoundSomething() {
     return found;
 }
 
+std::atomic<void (*)()>& SectionListener() {
+    static std::atomic<void (*)()> listener = nullptr;
+    return listener;
+}
+
 void AddLine(const std::string& line) {
     ConsolePrint("%s\n", WithLineBreaks(line, "\n").c_str());
     FlushConsole();
@@ -89,6 +94,13 @@ bool HasFindings() {
 void EnterSection(std::string_view title) {
     Progress::Clear();
     SectionTitle().Set(title);
+    if (const auto listener = SectionListener().load(); listener != nullptr) {
+        listener();
+    }
+}
+
+void SetSectionListener(void (*listener)()) {
+    SectionListener() = listener;
 }
 
 void Section(std::string_view title) {
@@ -118,10 +130,15 @@ WrittenFile WriteFile(std::string_view tool_folder) {
                        std::ios::binary | std::ios::trunc);
     if (!file) {
         ConsolePrint("\n!! Could not write the report file. Copy the text above instead.\n");
-        return {false, path};
+        return {false, false, path};
     }
     const std::string text = Kept().Copy();
     file.write(text.data(), static_cast<std::streamsize>(text.size()));
+    file.close();  // What is still in its buffer is written here, and may not fit the disk either.
+    if (!file) {
+        ConsolePrint("\n!! Could not write the whole report file. Copy the text above instead.\n");
+        return {true, false, path};
+    }
     ConsolePrint(
         "\n=====================================================\n"
         " Done. Report written to:\n"
@@ -130,7 +147,7 @@ WrittenFile WriteFile(std::string_view tool_folder) {
         " Please send that one file.\n"
         "=====================================================\n",
         path.c_str());
-    return {true, path};
+    return {true, true, path};
 }
 
 }  // namespace Report

@@ -26,6 +26,10 @@ void Section(std::string_view title);
 /// what stands below it.
 void EnterSection(std::string_view title);
 
+/// From now on `listener` is called whenever a section is entered, on the thread that enters it; null:
+/// nobody.
+void SetSectionListener(void (*listener)());
+
 /// Everything kept so far, with the line ends of the file (CR LF). Another thread may read it while lines are
 /// added.
 const KeptText& Text();
@@ -43,11 +47,12 @@ std::string FilePath(std::string_view tool_folder);
 /// What became of the report file.
 struct WrittenFile {
     bool opened = false;
-    std::string path;  ///< UTF-8; where the file was to be written, also when it could not be opened
+    bool whole = false;  ///< all of the text is in it
+    std::string path;    ///< UTF-8; where the file was to be written, also when it could not be opened
 };
 
 /// Writes everything kept so far to FilePath(tool_folder), replacing an older file, and tells the person at
-/// the console where it is or that it could not be opened. Errors while writing are not looked at.
+/// the console where it is, that it could not be opened, or that it could not be written whole.
 WrittenFile WriteFile(std::string_view tool_folder);
 
 }  // namespace Report

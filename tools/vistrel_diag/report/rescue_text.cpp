@@ -2,16 +2,20 @@
 #include <array>
 #include <cstdio>
 
+#include "platform/exception_name.h"
 #include "tools/vistrel_diag/report/rescue.h"
 
 namespace {
 
-/// What happened, in the reader's words; into `buffer` where it takes a number.
-const char* Cause(RunEnd end, unsigned exception_code, std::array<char, 64>& buffer) {
+/// What happened, in the reader's words; into `buffer` where it takes a name or a number.
+const char* Cause(RunEnd end, const CrashSite& site, std::array<char, 192>& buffer) {
+    const char* const name = ExceptionName(site.exception_code);
     switch (end) {
         case RunEnd::Crash:
-            std::snprintf(buffer.data(), buffer.size(), "the program crashed (exception 0x%08X)",
-                          exception_code);
+            std::snprintf(buffer.data(), buffer.size(), "the program crashed%s%s (%s%s0x%08X)",
+                          site.module[0] != '\0' ? " in " : "", site.module,
+                          name != nullptr ? name : "exception", name != nullptr ? ", " : " ",
+                          site.exception_code);
             return buffer.data();
         case RunEnd::Abort:
             return "the program aborted";
@@ -29,13 +33,13 @@ const char* Cause(RunEnd end, unsigned exception_code, std::array<char, 64>& buf
 
 }  // namespace
 
-std::size_t FormatCutShortLine(char* buffer, std::size_t size, RunEnd end, unsigned exception_code,
+std::size_t FormatCutShortLine(char* buffer, std::size_t size, RunEnd end, const CrashSite& site,
                                const char* section) {
-    std::array<char, 64> cause = {};
+    std::array<char, 192> cause = {};
     const bool in_section = section[0] != '\0';
     const int length =
         std::snprintf(buffer, size, "!! THIS RUN WAS CUT SHORT %s%s%s: %s. Whatever would follow is missing.",
                       in_section ? "in the section \"" : "before its first section", section,
-                      in_section ? "\"" : "", Cause(end, exception_code, cause));
+                      in_section ? "\"" : "", Cause(end, site, cause));
     return length < 0 ? 0 : std::min(static_cast<std::size_t>(length), size - 1);
 }

@@ -1,12 +1,16 @@
 #include "tools/vistrel_diag/report/rescue.h"
 
 #include <windows.h>
+// windows.h first
+#include <winternl.h>
 
 #include <array>
 #include <atomic>
-#include <csignal>
 #include <string_view>
 
+#include "platform/abort_handler.h"
+#include "platform/end_process.h"
+#include "platform/fault_module.h"
 #include "platform/long_path.h"
 #include "platform/utf8.h"
 #include "tools/vistrel_diag/report/console_state.h"
@@ -15,7 +19,7 @@
 
 namespace {
 
-enum class Stage { Idle, Armed, OrdinaryReport, Rescuing, Rescued };
+enum class Stage { Idle, Armed, OrdinaryReport, Written, Rescuing, Rescued };
 
 /// Together, so that nobody sees one without the other.
 struct State {
@@ -29,10 +33,20 @@ constexpr std::size_t kLongestPath = 32767;    // In UTF-16 units; Windows has n
 
 std::atomic<State> state = State{};
 static_assert(std::atomic<State>::is_always_lock_free);
-std::array<wchar_t, kLongestPath + 1> path = {};
+std::array<wchar_t, kLongestPath + 1> path = {};  ///< as the kernel knows it, "\??\C:\..."
+std::size_t path_length = 0;
+DWORD guaranteed_thread = 0;  ///< has stack left after an overflow
+const void* overflow_address = nullptr;
 LPTOP_LEVEL_EXCEPTION_FILTER filter_found = nullptr;
 HANDLE overflow_seen = nullptr;    ///< event
 HANDLE overflow_writer = nullptr;  ///< thread, waits for the event
+
+/// What ends the run.
+struct Death {
+    RunEnd end = RunEnd::Crash;
+    DWORD exception_code = 0;       ///< of a crash
+    const void* address = nullptr;  ///< where that happened
+};
 
 /// Whether all of it was written.
 bool WriteAll(HANDLE file, std::string_view text) {
@@ -41,13 +55,28 @@ bool WriteAll(HANDLE file, std::string_view text) {
            written == text.size();
 }
 
+/// The report file, empty. By the kernel's own function: CreateFileW allocates, and the heap may be what the
+/// crashed thread has locked.
+HANDLE CreateReportFile() {
+    UNICODE_STRING name = {static_cast<USHORT>(path_length * sizeof(wchar_t)),
+                           static_cast<USHORT>(path_length * sizeof(wchar_t)), path.data()};
+    OBJECT_ATTRIBUTES attributes = {};
+    InitializeObjectAttributes(&attributes, &name, OBJ_CASE_INSENSITIVE, nullptr, nullptr);
+    // An older report is worth more than one that found nothing.
+    const ULONG disposition = Report::HasFindings() ? FILE_OVERWRITE_IF : FILE_CREATE;
+    HANDLE file = nullptr;
+    IO_STATUS_BLOCK status = {};
+    const NTSTATUS result =
+        NtCreateFile(&file, GENERIC_WRITE | SYNCHRONIZE | FILE_READ_ATTRIBUTES, &attributes, &status, nullptr,
+                     FILE_ATTRIBUTE_NORMAL, FILE_SHARE_READ | FILE_SHARE_WRITE, disposition,
+                     FILE_SYNCHRONOUS_IO_NONALERT | FILE_NON_DIRECTORY_FILE, nullptr, 0);
+    return result >= 0 ? file : nullptr;
+}
+
 /// Whether the file now holds everything kept and the closing line.
 bool WriteFileCutShort(std::string_view closing_line) {
-    // An older report is worth more than one that found nothing.
-    const DWORD disposition = Report::HasFindings() ? CREATE_ALWAYS : CREATE_NEW;
-    HANDLE file = CreateFileW(path.data(), GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                              disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
-    if (file == INVALID_HANDLE_VALUE) {
+    HANDLE file = CreateReportFile();
+    if (file == nullptr) {
         return false;
     }
     bool whole = true;
@@ -60,10 +89,14 @@ bool WriteFileCutShort(std::string_view closing_line) {
 
 /// Uses no heap, no lock and no C stream: any of them may be what broke. Not inlined, for its callers may run
 /// on a stack that has overflowed.
-__attribute__((noinline)) void WriteReportCutShort(RunEnd end, unsigned exception_code) {
-    std::array<char, 256> line = {};
-    const std::size_t length =
-        FormatCutShortLine(line.data(), line.size(), end, exception_code, Report::CurrentSection());
+__attribute__((noinline)) void WriteReportCutShort(const Death& death) {
+    std::array<char, 64> module = {};
+    if (death.address != nullptr) {
+        FindFaultModule(death.address, module.data(), module.size());
+    }
+    std::array<char, 512> line = {};
+    const std::size_t length = FormatCutShortLine(
+        line.data(), line.size(), death.end, {death.exception_code, module.data()}, Report::CurrentSection());
     const std::string_view closing_line(line.data(), length);
     const bool written = WriteFileCutShort(closing_line);
 
@@ -76,13 +109,31 @@ __attribute__((noinline)) void WriteReportCutShort(RunEnd end, unsigned exceptio
     PutConsoleBack();
 }
 
-/// What is left of an overflowed stack is too little for that, above all on a thread that is not ours; so a
-/// thread stands by for it. For anything else it would be the wrong one: the crashed thread may hold a lock
-/// of Windows' that only itself can pass again.
+/// Somebody who double-clicked the tool must have time to read what its window says before that is gone.
+void LetThePersonRead() {
+    if (!HasConsoleOfItsOwn()) {
+        return;
+    }
+    WriteAll(GetStdHandle(STD_OUTPUT_HANDLE), "\r\nPress Enter to close.\r\n");
+    HANDLE input = GetStdHandle(STD_INPUT_HANDLE);
+    FlushConsoleInputBuffer(input);
+    std::array<char, 64> answer = {};
+    DWORD read = 0;
+    ReadFile(input, answer.data(), static_cast<DWORD>(answer.size()), &read, nullptr);
+}
+
+/// A thread that is not ours keeps too little stack after an overflow; so another one stands by for it. It
+/// takes nothing from the heap, which the overflowed thread may have locked. For anything else it would be
+/// the wrong one: the crashed thread may hold a lock of Windows' that only itself can pass again.
 DWORD WINAPI WaitForOverflow(void* /*unused*/) {
+    // The C runtime allocates what it keeps of a thread when that first formats a text.
+    std::array<char, 64> unused = {};
+    FormatCutShortLine(unused.data(), unused.size(), RunEnd::Crash, {}, "");
     WaitForSingleObject(overflow_seen, INFINITE);
     if (state.load().stage == Stage::Rescuing) {
-        WriteReportCutShort(RunEnd::Crash, EXCEPTION_STACK_OVERFLOW);
+        WriteReportCutShort({RunEnd::Crash, EXCEPTION_STACK_OVERFLOW, overflow_address});
+        state = State{Stage::Rescued};
+        LetThePersonRead();
     }
     return 0;
 }
@@ -139,27 +190,47 @@ void WaitForOtherWriter() {
     }
 }
 
+/// On the thread that stands by. Somebody may read for as long as they like.
+void RescueOnOtherThread(const void* address) {
+    overflow_address = address;
+    SetEvent(overflow_seen);
+    WaitForSingleObject(overflow_writer, HasConsoleOfItsOwn() ? INFINITE : kLongestWaitMs);
+}
+
 /// Returns when the report stands in its file as well as it can: then the process may end. False when there
 /// was nothing to do, or another thread did it.
-bool RescueReport(RunEnd end, unsigned exception_code) {
-    if (!ClaimRescue(end)) {
+bool RescueReport(const Death& death) {
+    if (!ClaimRescue(death.end)) {
         WaitForOtherWriter();
         return false;
     }
-    if (exception_code == EXCEPTION_STACK_OVERFLOW && overflow_writer != nullptr) {
-        SetEvent(overflow_seen);
-        WaitForSingleObject(overflow_writer, kLongestWaitMs);
-    } else {
-        WriteReportCutShort(end, exception_code);
+    const bool little_stack =
+        death.exception_code == EXCEPTION_STACK_OVERFLOW && GetCurrentThreadId() != guaranteed_thread;
+    if (little_stack && overflow_writer != nullptr) {
+        RescueOnOtherThread(death.address);
+        return true;
     }
+    WriteReportCutShort(death);
     state = State{Stage::Rescued};
+    if (death.end == RunEnd::Crash || death.end == RunEnd::Abort) {
+        LetThePersonRead();
+    }
     return true;
+}
+
+/// The report is on the disk and nothing is left to do but to let go of what the run has used. A driver that
+/// crashes over that takes nothing from anybody.
+void EndWellOnceWritten() {
+    if (state.load().stage == Stage::Written) {
+        EndProcess(0);
+    }
 }
 
 LONG WINAPI OnUnhandledException(EXCEPTION_POINTERS* exception) {
     const DWORD code = exception->ExceptionRecord->ExceptionCode;
-    const bool rescued = RescueReport(RunEnd::Crash, code);
+    const bool rescued = RescueReport({RunEnd::Crash, code, FaultAddress(*exception->ExceptionRecord)});
     PutConsoleBack();
+    EndWellOnceWritten();
     if (rescued) {
         // At once and with the exception's code, as Windows would; nothing more runs in what is broken, and
         // no dialog of the system's holds the console.
@@ -169,27 +240,48 @@ LONG WINAPI OnUnhandledException(EXCEPTION_POINTERS* exception) {
 }
 
 void OnAbort(int /*signal*/) {
-    RescueReport(RunEnd::Abort, 0);
+    RescueReport({RunEnd::Abort});
     PutConsoleBack();
+    EndWellOnceWritten();
 }
 
 BOOL WINAPI OnConsoleEvent(DWORD event) {
-    RescueReport(event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT ? RunEnd::ControlC
-                 : event == CTRL_CLOSE_EVENT                        ? RunEnd::ConsoleClosed
-                                                                    : RunEnd::SessionEnded,
-                 0);
+    RescueReport({event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT ? RunEnd::ControlC
+                  : event == CTRL_CLOSE_EVENT                        ? RunEnd::ConsoleClosed
+                                                                     : RunEnd::SessionEnded});
     return FALSE;  // The event then ends the program as it would have.
 }
 
 void OnSessionEnd(SessionEnd end) {
     if (end == SessionEnd::LogOffOrShutDown) {
-        RescueReport(RunEnd::SessionEnded, 0);
+        RescueReport({RunEnd::SessionEnded});
         return;
     }
     // The Restart Manager waits for the end of the process.
-    RescueReport(RunEnd::ClosedByInstaller, 0);
+    RescueReport({RunEnd::ClosedByInstaller});
     PutConsoleBack();
     ExitProcess(0);
+}
+
+/// A runtime or a driver may have put its own crash handlers in the rescue's places, which would leave no
+/// report of the next crash.
+void TakePlacesBack() {
+    SetUnhandledExceptionFilter(OnUnhandledException);
+    HandleAbort(OnAbort);
+}
+
+/// The path as the kernel takes it; empty when there is none.
+std::wstring KernelPath(const std::wstring& wide_path) {
+    if (wide_path.starts_with(LR"(\\?\)")) {
+        return LR"(\??\)" + wide_path.substr(4);
+    }
+    std::wstring whole(kLongestPath + 1, L'\0');
+    whole.resize(
+        GetFullPathNameW(wide_path.c_str(), static_cast<DWORD>(whole.size()), whole.data(), nullptr));
+    if (whole.empty()) {
+        return {};
+    }
+    return whole.starts_with(LR"(\\)") ? LR"(\??\UNC)" + whole.substr(1) : LR"(\??\)" + whole;
 }
 
 /// Does not return once another thread has begun to write the report cut short: the process is about to end.
@@ -207,24 +299,25 @@ void GoOnTo(State next) {
 
 void EndByControlC() {
     constexpr UINT kControlCExit = 0xC000013A;  // What Windows itself ends such a process with.
-    RescueReport(RunEnd::ControlC, 0);
+    RescueReport({RunEnd::ControlC});
     PutConsoleBack();
     ExitProcess(kControlCExit);
 }
 
 Rescue::Rescue(const std::string& report_path) {
-    const std::wstring wide_path = WideFromUtf8(OpenablePath(report_path));
-    if (wide_path.empty() || wide_path.size() > kLongestPath) {
+    const std::wstring kernel_path = KernelPath(WideFromUtf8(OpenablePath(report_path)));
+    if (kernel_path.empty() || kernel_path.size() > kLongestPath) {
         return;
     }
-    path.fill(L'\0');
-    wide_path.copy(path.data(), wide_path.size());
+    path_length = kernel_path.copy(path.data(), kernel_path.size());
+    guaranteed_thread = GetCurrentThreadId();
     state = State{Stage::Armed};
     ULONG stack = kStackForHandler;
     SetThreadStackGuarantee(&stack);
     BeginToWaitForOverflow();
     filter_found = SetUnhandledExceptionFilter(OnUnhandledException);
-    std::signal(SIGABRT, OnAbort);
+    HandleAbort(OnAbort);
+    Report::SetSectionListener(TakePlacesBack);
     SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
     WatchForSessionEnd(OnSessionEnd);
 }
@@ -232,7 +325,7 @@ Rescue::Rescue(const std::string& report_path) {
 void Rescue::WriteOrdinaryReport(const std::function<void()>& write) {
     GoOnTo({Stage::OrdinaryReport, GetCurrentThreadId()});
     write();
-    GoOnTo({Stage::Idle});
+    GoOnTo({Stage::Written});
 }
 
 Rescue::~Rescue() {
@@ -240,6 +333,7 @@ Rescue::~Rescue() {
     StopWaitingForOverflow();
     StopWatchingForSessionEnd();
     SetConsoleCtrlHandler(OnConsoleEvent, FALSE);
-    std::signal(SIGABRT, SIG_DFL);
+    Report::SetSectionListener(nullptr);
+    HandleAbort(nullptr);
     SetUnhandledExceptionFilter(filter_found);
 }

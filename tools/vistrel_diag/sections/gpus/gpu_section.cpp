@@ -49,6 +49,16 @@ std::string Joined(const std::vector<std::string>& names) {
     return text;
 }
 
+}  // namespace
+
+const std::vector<GpuInfo>& GpuList() {
+    return MutableGpuList();
+}
+
+void SetGpuList(std::vector<GpuInfo> gpus) {
+    MutableGpuList() = std::move(gpus);
+}
+
 void PrintGpu(const GpuInfo& gpu) {
     Report::Line("GPU %u           : %s [%s]%s", gpu.index, gpu.name.c_str(), VendorName(gpu.vendor_id),
                  gpu.software ? " (software)" : "");
@@ -62,7 +72,7 @@ void PrintGpu(const GpuInfo& gpu) {
     }
 }
 
-void PrintMemory(const VideoMemoryUse& memory) {
+void PrintGpuMemory(const VideoMemoryUse& memory) {
     Report::Line("  VRAM in use   : %.0f MB of %.0f MB budget (%.0f%%)", Megabytes(memory.usage),
                  Megabytes(memory.budget), BudgetPercent(memory));
     if (memory.reservation != 0) {
@@ -70,26 +80,10 @@ void PrintMemory(const VideoMemoryUse& memory) {
     }
 }
 
-}  // namespace
-
-const std::vector<GpuInfo>& GpuList() {
-    return MutableGpuList();
-}
-
-void SetGpuList(std::vector<GpuInfo> gpus) {
-    MutableGpuList() = std::move(gpus);
-}
-
-void PrintGpuSection(const GpuInventory& inventory) {
+void PrintGpuSectionEnd(const GpuInventory& inventory) {
     if (!inventory.factory_created) {
         Report::Line("!! CreateDXGIFactory1 failed - cannot enumerate GPUs.");
         return;
-    }
-    for (const ProbedGpu& probed : inventory.gpus) {
-        PrintGpu(probed.gpu);
-        if (probed.memory) {
-            PrintMemory(*probed.memory);
-        }
     }
     const auto hardware_gpus = std::count_if(inventory.gpus.begin(), inventory.gpus.end(),
                                              [](const ProbedGpu& probed) { return !probed.gpu.software; });

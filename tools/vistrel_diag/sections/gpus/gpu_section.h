@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -42,10 +43,23 @@ struct GpuInventory {
     std::vector<ProbedGpu> gpus;  ///< only adapters that could be described
 };
 
-GpuInventory ProbeGpus();
-void PrintGpuSection(const GpuInventory& inventory);
+/// What is called with each part of the inventory as soon as it is found; each may be empty.
+struct GpuVisitor {
+    std::function<void(const GpuInfo& gpu)> described;
+    std::function<void(const VideoMemoryUse& memory)> memory_told;  ///< of the adapter described last
+};
 
-/// Reports the adapters and fills GpuList. Called once, before anything that reads the list.
+GpuInventory ProbeGpus(const GpuVisitor& visitor = {});
+
+/// One adapter, and then its memory, where Windows tells it.
+void PrintGpu(const GpuInfo& gpu);
+void PrintGpuMemory(const VideoMemoryUse& memory);
+
+/// What is said once all adapters are printed, or none could be asked for.
+void PrintGpuSectionEnd(const GpuInventory& inventory);
+
+/// Reports the adapters, each as it is found, for a driver may crash over the next; and fills GpuList. Called
+/// once, before anything that reads the list.
 void ReportGpuSection();
 
 /// The listed adapters with their memory as it is now.

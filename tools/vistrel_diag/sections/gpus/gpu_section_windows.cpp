@@ -38,9 +38,22 @@ GpuInfo Describe(UINT index, const ComPtr<IDXGIAdapter1>& adapter, const DXGI_AD
     return gpu;
 }
 
+/// Tells the visitor of the adapter before its driver is asked for the memory.
+ProbedGpu ProbeGpu(GpuInfo gpu, const GpuVisitor& visitor) {
+    if (visitor.described) {
+        visitor.described(gpu);
+    }
+    ProbedGpu probed = {std::move(gpu), {}};
+    probed.memory = QueryLocalVideoMemory(probed.gpu.adapter.get());
+    if (probed.memory && visitor.memory_told) {
+        visitor.memory_told(*probed.memory);
+    }
+    return probed;
+}
+
 }  // namespace
 
-GpuInventory ProbeGpus() {
+GpuInventory ProbeGpus(const GpuVisitor& visitor) {
     GpuInventory inventory;
     ComPtr<IDXGIFactory1> factory;
     if (FAILED(CreateDXGIFactory1(IID_PPV_ARGS(&factory))) || !factory) {
@@ -50,8 +63,7 @@ GpuInventory ProbeGpus() {
     for (UINT i = 0; const ComPtr<IDXGIAdapter1> adapter = AdapterAt(factory.Get(), i); ++i) {
         DXGI_ADAPTER_DESC1 description = {};
         if (SUCCEEDED(adapter->GetDesc1(&description))) {
-            inventory.gpus.push_back(
-                {Describe(i, adapter, description), QueryLocalVideoMemory(adapter.Get())});
+            inventory.gpus.push_back(ProbeGpu(Describe(i, adapter, description), visitor));
         }
     }
     return inventory;
@@ -59,8 +71,8 @@ GpuInventory ProbeGpus() {
 
 void ReportGpuSection() {
     Report::Section("GPUs");
-    const GpuInventory inventory = ProbeGpus();
-    PrintGpuSection(inventory);
+    const GpuInventory inventory = ProbeGpus({PrintGpu, PrintGpuMemory});
+    PrintGpuSectionEnd(inventory);
     std::vector<GpuInfo> gpus;
     for (const ProbedGpu& probed : inventory.gpus) {
         gpus.push_back(probed.gpu);

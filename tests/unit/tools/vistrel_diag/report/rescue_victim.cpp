@@ -39,9 +39,11 @@ HANDLE StartThread(Action action) {
 std::atomic<bool> writes_are_slow = false;
 std::atomic<int> slow_writes = 0;
 
+/// Looked up before anything dies: that takes locks.
+const auto real_write_file =
+    reinterpret_cast<decltype(&WriteFile)>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "WriteFile"));
+
 BOOL WINAPI WriteSlowly(HANDLE file, const void* text, DWORD size, DWORD* written, OVERLAPPED* overlapped) {
-    static const auto real_write_file = reinterpret_cast<decltype(&WriteFile)>(
-        GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "WriteFile"));
     if (writes_are_slow) {
         ++slow_writes;
         Sleep(150);
@@ -57,6 +59,24 @@ void OneUponTheOther(Action first, Action second) {
         Sleep(1);
     }
     second();
+}
+
+/// In the middle of an allocation, which the thread then never leaves.
+void OverflowStackWithHeapLocked() {
+    HeapLock(GetProcessHeap());
+    OverflowStack();
+}
+
+LONG WINAPI FilterOfALibrary(EXCEPTION_POINTERS* /*exception*/) {
+    TerminateProcess(GetCurrentProcess(), 77);
+    return EXCEPTION_EXECUTE_HANDLER;
+}
+
+/// As a runtime with a crash reporter of its own does it in one section, and a driver crashes in the next.
+void CrashAfterALibraryTookTheFilter() {
+    SetUnhandledExceptionFilter(FilterOfALibrary);
+    Report::EnterSection("HEADSET / OPENXR");
+    AccessNothing();
 }
 
 /// The main thread writes one line after the other.
@@ -169,6 +189,11 @@ int main(int argument_count, char** arguments) {
         {"uncaught-exception", [] { throw std::runtime_error("nobody catches this"); }},
         {"other-thread", [] { lab::FailFatally("crash_elsewhere"); }},
         {"stack-overflow-on-other-thread", [] { WaitForSingleObject(StartThread(OverflowStack), INFINITE); }},
+        {"stack-overflow-with-heap-locked", OverflowStackWithHeapLocked},
+        {"stack-overflow-with-heap-locked-on-other-thread",
+         [] { WaitForSingleObject(StartThread(OverflowStackWithHeapLocked), INFINITE); }},
+        {"universal-abort", [] { lab::Suffer("ucrt_abort"); }},
+        {"library-took-the-filter", CrashAfterALibraryTookTheFilter},
         {"amid-lines", CrashAmidLines},
         {"crash-upon-crash", [] { OneUponTheOther(AccessNothing, AccessNothing); }},
         {"abort-upon-crash", [] { OneUponTheOther(AccessNothing, std::abort); }},
@@ -176,6 +201,7 @@ int main(int argument_count, char** arguments) {
         {"crash-upon-ctrl-c", [] { OneUponTheOther(SendControlC, AccessNothing); }},
         {"end-upon-ctrl-c", [] { OneUponTheOther(SendControlC, [] {}); }},
         {"crash-in-ordinary-report", [] {}},
+        {"crash-after-ordinary-report", [] {}},
         {"hang", Hang},
         {"ctrl-c", PressControlC},
         {"session-end", EndSession},
@@ -206,5 +232,8 @@ int main(int argument_count, char** arguments) {
             AccessNothing();
         }
     });
+    if (way == "crash-after-ordinary-report") {
+        AccessNothing();
+    }
     return 0;
 }

@@ -11,6 +11,11 @@
 
 namespace {
 
+constexpr const char* kAccessViolation =
+    "the program crashed in rescue_victim.exe (access violation, 0xC0000005)";
+constexpr const char* kStackOverflow =
+    "the program crashed in rescue_victim.exe (stack overflow, 0xC00000FD)";
+
 std::filesystem::path VictimProgram() {
     wchar_t path[MAX_PATH] = {};
     GetModuleFileNameW(nullptr, path, MAX_PATH);
@@ -98,12 +103,12 @@ TEST_F(RescueTest, ChangesNoByteOfAnOrdinaryRun) {
 
 TEST_F(RescueTest, AfterAnAccessViolation) {
     EXPECT_NE(RunVictim("access-violation"), 0U);
-    ExpectReport(CutShort("the program crashed (exception 0xC0000005)"));
+    ExpectReport(CutShort(kAccessViolation));
 }
 
 TEST_F(RescueTest, AfterAStackOverflow) {
     EXPECT_NE(RunVictim("stack-overflow"), 0U);
-    ExpectReport(CutShort("the program crashed (exception 0xC00000FD)"));
+    ExpectReport(CutShort(kStackOverflow));
 }
 
 TEST_F(RescueTest, AfterAnAbort) {
@@ -118,19 +123,39 @@ TEST_F(RescueTest, AfterAnExceptionThatNobodyCatches) {
 
 TEST_F(RescueTest, AfterACrashOnAThreadOfALibrary) {
     EXPECT_NE(RunVictim("other-thread"), 0U);
-    ExpectReport(CutShort("the program crashed (exception 0xC0000005)"));
+    ExpectReport(CutShort(kAccessViolation));
 }
 
 TEST_F(RescueTest, AfterAStackOverflowOnAThreadOfALibrary) {
     EXPECT_NE(RunVictim("stack-overflow-on-other-thread"), 0U);
-    ExpectReport(CutShort("the program crashed (exception 0xC00000FD)"));
+    ExpectReport(CutShort(kStackOverflow));
+}
+
+TEST_F(RescueTest, AfterAStackOverflowWhileTheHeapIsLocked) {
+    EXPECT_NE(RunVictim("stack-overflow-with-heap-locked"), 0U);
+    ExpectReport(CutShort(kStackOverflow));
+}
+
+TEST_F(RescueTest, AfterAStackOverflowOnAThreadOfALibraryThatHasLockedTheHeap) {
+    EXPECT_NE(RunVictim("stack-overflow-with-heap-locked-on-other-thread"), 0U);
+    ExpectReport(CutShort(kStackOverflow));
+}
+
+TEST_F(RescueTest, AfterAnAbortInTheRuntimeOfWindows) {
+    EXPECT_NE(RunVictim("universal-abort"), 0U);
+    ExpectReport(CutShort("the program aborted"));
+}
+
+TEST_F(RescueTest, TakesItsPlaceBackFromALibraryWhenASectionBegins) {
+    EXPECT_EQ(RunVictim("library-took-the-filter"), EXCEPTION_ACCESS_VIOLATION);
+    ExpectReport(CutShort(kAccessViolation));
 }
 
 TEST_F(RescueTest, AfterACrashAmidLinesHoldsWholeLines) {
     EXPECT_NE(RunVictim("amid-lines"), 0U);
     std::string expected = KeptLines();
     const std::string found = ReportFile();
-    const std::string end = CutShort("the program crashed (exception 0xC0000005)").substr(expected.size());
+    const std::string end = CutShort(kAccessViolation).substr(expected.size());
     for (int line = 0; expected.size() + end.size() < found.size(); ++line) {
         const std::string number = std::to_string(line);
         expected += std::string(8 - number.size(), '0') + number + "\r\n";
@@ -140,14 +165,14 @@ TEST_F(RescueTest, AfterACrashAmidLinesHoldsWholeLines) {
 
 TEST_F(RescueTest, IsNotDisturbedByASecondCrash) {
     EXPECT_NE(RunVictim("crash-upon-crash"), 0U);
-    ExpectReport(CutShort("the program crashed (exception 0xC0000005)"));
+    ExpectReport(CutShort(kAccessViolation));
     EXPECT_NE(RunVictim("abort-upon-crash"), 0U);
-    ExpectReport(CutShort("the program crashed (exception 0xC0000005)"));
+    ExpectReport(CutShort(kAccessViolation));
 }
 
 TEST_F(RescueTest, IsNotDisturbedByCtrlC) {
     EXPECT_NE(RunVictim("ctrl-c-upon-crash"), 0U);
-    ExpectReport(CutShort("the program crashed (exception 0xC0000005)"));
+    ExpectReport(CutShort(kAccessViolation));
 }
 
 TEST_F(RescueTest, AtCtrlCIsNotDisturbedByACrash) {
@@ -162,8 +187,13 @@ TEST_F(RescueTest, AtCtrlCIsNotReplacedByAnOrdinaryReport) {
 
 TEST_F(RescueTest, AfterACrashWhileTheOrdinaryReportIsWritten) {
     EXPECT_NE(RunVictim("crash-in-ordinary-report"), 0U);
-    std::string expected = CutShort("the program crashed (exception 0xC0000005)");
+    std::string expected = CutShort(kAccessViolation);
     ExpectReport(expected.insert(KeptLines().size(), "the last line\r\n"));
+}
+
+TEST_F(RescueTest, AfterTheOrdinaryReportACrashIsNobodysBusiness) {
+    EXPECT_EQ(RunVictim("crash-after-ordinary-report"), 0U);
+    ExpectReport(KeptLines() + "the last line\r\n");
 }
 
 TEST_F(RescueTest, ReachesAFolderWithALongPath) {
@@ -230,7 +260,7 @@ TEST_F(RescueTest, WritesAReportThatAnotherProgramHasOpen) {
         ASSERT_NE(editor, INVALID_HANDLE_VALUE);
         EXPECT_NE(RunVictim("access-violation"), 0U);
         CloseHandle(editor);
-        ExpectReport(CutShort("the program crashed (exception 0xC0000005)"));
+        ExpectReport(CutShort(kAccessViolation));
     }
 }
 

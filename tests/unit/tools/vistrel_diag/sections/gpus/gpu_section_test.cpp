@@ -26,7 +26,13 @@ ProbedGpu SoftwareGpu(std::uint32_t index) {
 
 std::string SectionOf(std::vector<ProbedGpu> gpus) {
     const ReportCapture report;
-    PrintGpuSection({true, std::move(gpus)});
+    for (const ProbedGpu& probed : gpus) {
+        PrintGpu(probed.gpu);
+        if (probed.memory) {
+            PrintGpuMemory(*probed.memory);
+        }
+    }
+    PrintGpuSectionEnd({true, std::move(gpus)});
     return report.Text();
 }
 
@@ -80,7 +86,7 @@ TEST(GpuSection, DoesNotNoteSoftwareAdapters) {
 
 TEST(GpuSection, WithoutDxgi) {
     const ReportCapture report;
-    PrintGpuSection({});
+    PrintGpuSectionEnd({});
     EXPECT_EQ(report.Text(), "!! CreateDXGIFactory1 failed - cannot enumerate GPUs.\n");
 }
 
