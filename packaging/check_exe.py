@@ -11,7 +11,8 @@ import sys
 
 # The known DLLs of every Windows 10: it takes them, and what they import, from its system folder alone. Any other DLL of
 # an import table is looked for in the program's folder first, and the wrong file there keeps the program from starting.
-KNOWN_DLLS = {"advapi32.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "shell32.dll", "user32.dll"}
+# ntdll is in every process before any other.
+KNOWN_DLLS = {"advapi32.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "ntdll.dll", "shell32.dll", "user32.dll"}
 DLL_CHARACTERISTICS = {"high-entropy VA": 0x0020, "ASLR (dynamic base)": 0x0040, "NX": 0x0100}
 MANIFEST = {
     "asks for no administrator rights": '<requestedExecutionLevel level="asInvoker" uiAccess="false"/>',
