@@ -165,6 +165,7 @@ NO_HANDLE = {
     "AddVectoredExceptionHandler": "no handle: RemoveVectoredExceptionHandler takes it back",
     "LoadLibraryExW": "libraries stay until the process ends",
     "LoadLibraryW": "libraries stay until the process ends",
+    "NtCreateFile": "only a run that is cut short calls it",
     "RegisterClassW": "no handle: a class goes with its process",
 }
 MAKES_HANDLES = re.compile(r"Create|Open|Duplicate|Register|FindFirst|MapView|Load|Accept|fopen|fdopen|begin|^Add|^socket$")

@@ -13,6 +13,7 @@
 namespace {
 
 constexpr int kNotAWorker = 2;            // The exit code when nothing could be begun.
+constexpr UINT kCannotTell = 4;           // The exit code when the pipe is broken.
 constexpr ULONGLONG kSignEveryMs = 1000;  // Often enough for any limit, too seldom to disturb a measurement.
 
 /// Handles that the parent let this process inherit, in the order of the command line.
@@ -33,7 +34,11 @@ class PipeChannel : public WorkerChannel {
     void Tell(const WorkerMessage& message) override {
         const std::string line = message.ToLine();
         DWORD written = 0;
-        WriteFile(pipe_, line.data(), static_cast<DWORD>(line.size()), &written, nullptr);
+        if (WriteFile(pipe_, line.data(), static_cast<DWORD>(line.size()), &written, nullptr) == FALSE ||
+            written != line.size()) {
+            // What is found from here on would be missing, and nobody would know.
+            TerminateProcess(GetCurrentProcess(), kCannotTell);
+        }
         SetEvent(spoke_);
     }
 
