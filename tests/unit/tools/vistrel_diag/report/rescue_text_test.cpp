@@ -13,18 +13,19 @@ std::string CutShortLine(RunEnd end, const CrashSite& site, const char* section)
     return {buffer.data(), length};
 }
 
-std::string Crashed(const std::string& how) {
-    return "!! THIS RUN WAS CUT SHORT in the section \"HEADSET / OPENXR\": the program crashed" + how +
+std::string InHeadset(const std::string& cause) {
+    return "!! THIS RUN WAS CUT SHORT in the section \"HEADSET / OPENXR\": " + cause +
            ". Whatever would follow is missing.";
 }
 
 TEST(CutShortLine, NamesTheSectionTheModuleAndTheException) {
     constexpr const char* kSection = "HEADSET / OPENXR";
     EXPECT_EQ(CutShortLine(RunEnd::Crash, {0xC0000005, "vrclient_x64.dll"}, kSection),
-              Crashed(" in vrclient_x64.dll (access violation, 0xC0000005)"));
+              InHeadset("the program crashed in vrclient_x64.dll (access violation, 0xC0000005)"));
     EXPECT_EQ(CutShortLine(RunEnd::Crash, {0xC00000FD, ""}, kSection),
-              Crashed(" (stack overflow, 0xC00000FD)"));
-    EXPECT_EQ(CutShortLine(RunEnd::Crash, {0xC0001234, ""}, kSection), Crashed(" (exception 0xC0001234)"));
+              InHeadset("the program crashed (stack overflow, 0xC00000FD)"));
+    EXPECT_EQ(CutShortLine(RunEnd::Crash, {0xC0001234, ""}, kSection),
+              InHeadset("the program crashed (exception 0xC0001234)"));
 }
 
 TEST(CutShortLine, NamesEveryOtherEnd) {
