@@ -5,6 +5,8 @@
 #include <string_view>
 #include <utility>
 
+#include "tools/vistrel_diag/worker/worker_end_reading.h"
+
 namespace {
 
 bool ReadCause(std::string_view text, CutShortReading& reading) {
@@ -20,12 +22,17 @@ bool ReadCause(std::string_view text, CutShortReading& reading) {
         reading.end = kEnds.at(end);
         return true;
     }
+    // Worded as a worker process that crashed.
+    std::string what;
+    const std::optional<WorkerEnd> crash =
+        LineScan(text).Text("the program ").Rest(what).Matches() ? ReadWorkerEnd(what) : std::nullopt;
+    if (!crash || crash->kind != WorkerEnd::Kind::Crashed) {
+        return false;
+    }
     reading.end = RunEnd::Crash;
-    return LineScan(text)
-        .Text("the program crashed (exception 0x")
-        .Hex(reading.exception_code)
-        .Text(")")
-        .IsWhole();
+    reading.exception_code = crash->code;
+    reading.module = crash->module;
+    return true;
 }
 
 }  // namespace

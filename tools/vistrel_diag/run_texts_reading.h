@@ -16,12 +16,12 @@ struct OpeningReading {
     std::uint32_t folder_line = 0;
 };
 
-/// The line that closes the report of a run that died. Its print loses the exception's number unless it was a
-/// crash.
+/// The line that closes the report of a run that died. Exception and module are those of a crash.
 struct CutShortReading {
     std::string section;  ///< title of the section that the run was in; empty before the first
     RunEnd end = RunEnd::Crash;
     std::uint32_t exception_code = 0;
+    std::string module;  ///< that crashed; empty when unknown
     std::uint32_t line = 0;
 };
 

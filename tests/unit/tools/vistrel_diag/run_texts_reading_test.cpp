@@ -10,16 +10,16 @@
 namespace {
 
 /// The line as a run cut short writes it, read back.
-std::optional<CutShortReading> ReadBack(RunEnd end, unsigned exception_code, const char* section) {
-    std::array<char, 256> buffer = {};
-    const std::size_t length = FormatCutShortLine(buffer.data(), buffer.size(), end, exception_code, section);
+std::optional<CutShortReading> ReadBack(RunEnd end, const CrashSite& site, const char* section) {
+    std::array<char, 512> buffer = {};
+    const std::size_t length = FormatCutShortLine(buffer.data(), buffer.size(), end, site, section);
     return ReadCutShortLine({std::string_view(buffer.data(), length), 7});
 }
 
 TEST(CutShortLineReading, GivesBackEveryEnd) {
     for (const RunEnd end : {RunEnd::Crash, RunEnd::Abort, RunEnd::ControlC, RunEnd::ConsoleClosed,
                              RunEnd::SessionEnded, RunEnd::ClosedByInstaller}) {
-        const std::optional<CutShortReading> reading = ReadBack(end, 0xC0000005, "GPUs");
+        const std::optional<CutShortReading> reading = ReadBack(end, {0xC0000005, "name.dll"}, "GPUs");
         ASSERT_TRUE(reading) << static_cast<int>(end);
         EXPECT_EQ(reading->end, end);
         EXPECT_EQ(reading->section, "GPUs");
@@ -28,14 +28,22 @@ TEST(CutShortLineReading, GivesBackEveryEnd) {
 }
 
 TEST(CutShortLineReading, GivesBackTheExceptionAndNoSection) {
-    const std::optional<CutShortReading> reading = ReadBack(RunEnd::Crash, 0xC00000FD, "");
+    const std::optional<CutShortReading> reading = ReadBack(RunEnd::Crash, {0xC00000FD, ""}, "");
     ASSERT_TRUE(reading);
     EXPECT_EQ(reading->exception_code, 0xC00000FDU);
+    EXPECT_EQ(reading->module, "");
     EXPECT_EQ(reading->section, "");
 }
 
+TEST(CutShortLineReading, GivesBackTheModule) {
+    const std::optional<CutShortReading> reading = ReadBack(RunEnd::Crash, {0xC0001234, "name.dll"}, "GPUs");
+    ASSERT_TRUE(reading);
+    EXPECT_EQ(reading->exception_code, 0xC0001234U);
+    EXPECT_EQ(reading->module, "name.dll");
+}
+
 TEST(CutShortLineReading, TakesNoOtherLine) {
-    EXPECT_FALSE(ReadBack(static_cast<RunEnd>(99), 0, "GPUs")) << "an end that nobody knows";
+    EXPECT_FALSE(ReadBack(static_cast<RunEnd>(99), {}, "GPUs")) << "an end that nobody knows";
     EXPECT_FALSE(ReadCutShortLine({"!! THIS RUN WAS CUT SHORT", 1}));
     EXPECT_FALSE(ReadCutShortLine({"Nothing notable", 1}));
 }

@@ -99,6 +99,17 @@ RC_GTEST_PROP(RoundTrip, Opening, ()) {
     RC_ASSERT(reading.version == "1.0");
 }
 
+/// As the section prints them while it asks.
+void PrintGpus(const GpuInventory& inventory) {
+    for (const ProbedGpu& probed : inventory.gpus) {
+        PrintGpu(probed.gpu);
+        if (probed.memory) {
+            PrintGpuMemory(*probed.memory);
+        }
+    }
+    PrintGpuSectionEnd(inventory);
+}
+
 RC_GTEST_PROP(RoundTrip, TheLineOfARunCutShort, ()) {
     const std::string section = *rc::gen::oneOf(rc::gen::just(std::string()), Word());
     const auto end = *rc::gen::element(RunEnd::Crash, RunEnd::Abort, RunEnd::ControlC, RunEnd::ConsoleClosed,
@@ -106,8 +117,8 @@ RC_GTEST_PROP(RoundTrip, TheLineOfARunCutShort, ()) {
     const auto code = end == RunEnd::Crash ? *rc::gen::arbitrary<std::uint32_t>() : 0;
     const auto print = [](RunEnd how, std::uint32_t exception, const std::string& title) {
         std::array<char, 4096> buffer = {};
-        return std::string(buffer.data(),
-                           FormatCutShortLine(buffer.data(), buffer.size(), how, exception, title.c_str()));
+        return std::string(buffer.data(), FormatCutShortLine(buffer.data(), buffer.size(), how,
+                                                             {exception, "name.dll"}, title.c_str()));
     };
     const std::string line = print(end, code, section);
     const auto reading = ReadCutShortLine({line, 7});
@@ -202,7 +213,7 @@ RC_GTEST_PROP(RoundTrip, Gpus, ()) {
     if (inventory.factory_created) {
         inventory.gpus = *rc::gen::container<std::vector<ProbedGpu>>(Gpu());
     }
-    const auto print = [](const GpuInventory& gpus) { return Printed([&gpus] { PrintGpuSection(gpus); }); };
+    const auto print = [](const GpuInventory& gpus) { return Printed([&gpus] { PrintGpus(gpus); }); };
     const std::string text = print(inventory);
     const GpuReading reading = ReadBack(text, ReadGpuSection);
     RC_ASSERT(print(reading.inventory) == text);
