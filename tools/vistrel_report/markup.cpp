@@ -6,44 +6,44 @@
 #include "tools/vistrel_report/visible_text.h"
 
 Markup::Attribute::Attribute(const Literal& attribute_name, double number)
-    : name(attribute_name.view()), value(ShortNumber(number)) {}
+    : name(attribute_name.View()), value(ShortNumber(number)) {}
 
 Markup::Attribute::Attribute(const Literal& attribute_name, std::size_t number)
-    : name(attribute_name.view()), value(std::to_string(number)) {}
+    : name(attribute_name.View()), value(std::to_string(number)) {}
 
 Markup::Attribute Markup::Attribute::Text(const Literal& attribute_name, std::string_view outside) {
-    Attribute attribute(attribute_name.view());
+    Attribute attribute(attribute_name.View());
     attribute.value = EscapedText(outside);
     return attribute;
 }
 
 Markup::Attribute Markup::Attribute::Numbered(const Literal& attribute_name, const Literal& prefix,
                                               std::size_t number) {
-    Attribute attribute(attribute_name.view());
-    attribute.value = std::string(prefix.view()) + std::to_string(number);
+    Attribute attribute(attribute_name.View());
+    attribute.value = std::string(prefix.View()) + std::to_string(number);
     return attribute;
 }
 
 Markup::Attribute Markup::Attribute::Numbered(const Literal& attribute_name, const Literal& prefix,
                                               std::size_t first, const Literal& middle, std::size_t second) {
     Attribute attribute = Numbered(attribute_name, prefix, first);
-    attribute.value.append(middle.view()).append(std::to_string(second));
+    attribute.value.append(middle.View()).append(std::to_string(second));
     return attribute;
 }
 
 Markup::Element Markup::Open(const Literal& name, const Attributes& attributes) {
-    Begin(name.view(), attributes);
+    Begin(name.View(), attributes);
     text_ += '>';
-    return {*this, name.view()};
+    return {*this, name.View()};
 }
 
 void Markup::Void(const Literal& name, const Attributes& attributes) {
-    Begin(name.view(), attributes);
+    Begin(name.View(), attributes);
     text_ += ">\n";
 }
 
 void Markup::Shape(const Literal& name, const Attributes& attributes) {
-    Begin(name.view(), attributes);
+    Begin(name.View(), attributes);
     text_ += "/>\n";
 }
 

@@ -13,7 +13,7 @@ class Literal {
   public:
     // NOLINTNEXTLINE(google-explicit-constructor): literals are written as they are.
     consteval Literal(const char* text) : text_(text) {}
-    constexpr std::string_view view() const { return text_; }
+    constexpr std::string_view View() const { return text_; }
 
   private:
     std::string_view text_;
@@ -39,7 +39,7 @@ class Markup {
     /// One attribute, which the constructor that is used says how to write.
     struct Attribute {
         Attribute(const Literal& attribute_name, const Literal& fixed)
-            : name(attribute_name.view()), value(fixed.view()) {}
+            : name(attribute_name.View()), value(fixed.View()) {}
         Attribute(const Literal& attribute_name, double number);
         Attribute(const Literal& attribute_name, std::size_t number);
         /// From outside: escaped, and unseen characters made visible.
@@ -71,10 +71,10 @@ class Markup {
     void TextOf(std::string_view outside);
 
     /// A part of the page that is written as it is: the style sheet and the document's first line.
-    void Verbatim(const Literal& text) { text_ += text.view(); }
+    void Verbatim(const Literal& text) { text_ += text.View(); }
 
     /// What has been written so far; whole once every element has gone.
-    const std::string& text() const { return text_; }
+    const std::string& Text() const { return text_; }
 
   private:
     void Begin(std::string_view name, const Attributes& attributes);

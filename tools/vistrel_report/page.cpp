@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <limits>
 #include <map>
 
@@ -72,7 +73,7 @@ std::string Document(const std::string& title, Write write) {
         page.TextElement("h1", title);
         write(page);
     }
-    return page.text();
+    return page.Text();
 }
 
 /// One report's part of a page; `number_` makes its names unique.
@@ -321,7 +322,7 @@ void WriteFindingSpread(Markup& page, const std::vector<ReportSummary>& reports)
 }
 
 double Quantile(const std::vector<double>& sorted, double share) {
-    return sorted[static_cast<std::size_t>(share * static_cast<double>(sorted.size() - 1) + 0.5)];
+    return sorted[static_cast<std::size_t>(std::lround(share * static_cast<double>(sorted.size() - 1)))];
 }
 
 /// How the warp's cost spreads, for each GPU and size: one value a machine, the median of its reports.

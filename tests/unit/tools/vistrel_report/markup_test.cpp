@@ -12,7 +12,7 @@ TEST(Markup, ElementsCloseInTheOrderInWhichTheyMust) {
         page.Void("br");
         page.Shape("rect", {{"x", 1.5}, {"y", std::size_t{2}}});
     }
-    EXPECT_EQ(page.text(), "<div class=\"lines\"><span>text</span><br>\n<rect x=\"1.5\" y=\"2\"/>\n</div>\n");
+    EXPECT_EQ(page.Text(), "<div class=\"lines\"><span>text</span><br>\n<rect x=\"1.5\" y=\"2\"/>\n</div>\n");
 }
 
 TEST(Markup, TextFromOutsideIsEscapedWhereverItGoes) {
@@ -21,14 +21,14 @@ TEST(Markup, TextFromOutsideIsEscapedWhereverItGoes) {
     Markup page;
     page.TextElement("b", kHostile, {Markup::Attribute::Text("title", kHostile)});
     page.TextOf(kHostile);
-    EXPECT_EQ(page.text(), std::string("<b title=\"") + kEscaped + "\">" + kEscaped + "</b>" + kEscaped);
+    EXPECT_EQ(page.Text(), std::string("<b title=\"") + kEscaped + "\">" + kEscaped + "</b>" + kEscaped);
 }
 
 TEST(Markup, NamesWithinThePage) {
     Markup page;
     page.Void("a", {Markup::Attribute::Numbered("id", "r", 3),
                     Markup::Attribute::Numbered("href", "#r", 3, "-l", 12)});
-    EXPECT_EQ(page.text(), "<a id=\"r3\" href=\"#r3-l12\">\n");
+    EXPECT_EQ(page.Text(), "<a id=\"r3\" href=\"#r3-l12\">\n");
 }
 
 TEST(ShortNumber, HasNoMoreDigitsThanItNeeds) {
