@@ -44,6 +44,7 @@ const std::map<std::string_view, Failure>& Failures() {
         {"GetExitCodeProcess", kFalse},
         {"GetExitCodeThread", kFalse},
         {"GetFileAttributesW", kInvalidHandle},
+        {"GetFullPathNameW", kFalse},
         {"GetHandleInformation", kFalse},
         {"GetModuleFileNameW", kFalse},
         {"GetModuleHandleExW", kFalse},
