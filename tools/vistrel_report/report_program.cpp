@@ -36,7 +36,7 @@ class Program {
                 WriteFindings();
                 break;
             case Task::Reply:
-                ForEachReport([this](JudgedReport report) { out_ << ReplyText(report.findings); });
+                ForEachReport([this](const JudgedReport& report) { out_ << ReplyText(report.findings); });
                 break;
             case Task::Compare:
                 WriteComparison();
