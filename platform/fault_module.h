@@ -13,3 +13,7 @@ const void* FaultAddress(const EXCEPTION_RECORD& exception);
 /// terminating zero. Writes an empty name when no file is mapped there (generated code) or the name does not
 /// fit. Asks the kernel alone: takes no lock of the loader and no heap, which a crash may have left locked.
 void FindFaultModule(const void* address, char* buffer, std::size_t size);
+
+/// How far `address` lies behind the start of the module that holds it, in bytes; 0 when nothing is mapped
+/// there. Asks the kernel alone, too.
+std::size_t OffsetInModule(const void* address);

@@ -4,6 +4,7 @@
 #include <winternl.h>
 
 #include <array>
+#include <cstddef>
 #include <string_view>
 
 extern "C" NTSTATUS NTAPI NtQueryVirtualMemory(HANDLE process, const void* address, int what, void* answer,
@@ -47,4 +48,13 @@ void FindFaultModule(const void* address, char* buffer, std::size_t size) {
     const int written = WideCharToMultiByte(CP_UTF8, 0, name.data(), static_cast<int>(name.size()), buffer,
                                             static_cast<int>(size) - 1, nullptr, nullptr);
     buffer[written > 0 ? written : 0] = '\0';
+}
+
+std::size_t OffsetInModule(const void* address) {
+    MEMORY_BASIC_INFORMATION region = {};
+    if (VirtualQuery(address, &region, sizeof(region)) == 0 || region.AllocationBase == nullptr) {
+        return 0;
+    }
+    return static_cast<std::size_t>(static_cast<const std::byte*>(address) -
+                                    static_cast<const std::byte*>(region.AllocationBase));
 }

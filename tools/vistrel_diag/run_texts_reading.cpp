@@ -1,6 +1,7 @@
 #include "tools/vistrel_diag/run_texts_reading.h"
 
 #include <array>
+#include <charconv>
 #include <cstddef>
 #include <string_view>
 #include <utility>
@@ -8,6 +9,27 @@
 #include "tools/vistrel_diag/worker/worker_end_reading.h"
 
 namespace {
+
+/// Takes " at +0x1A2B" out of "crashed in NAME (..., 0xC0000005 at +0x1A2B)" and returns the number; 0 when
+/// it is not there.
+std::uint64_t TakeOffset(std::string& what) {
+    constexpr std::string_view kMark = " at +0x";
+    constexpr int kHexadecimal = 16;
+    const std::size_t at = what.rfind(kMark);
+    if (at == std::string::npos || !what.ends_with(')')) {
+        return 0;
+    }
+    const char* const begin = what.data() + at + kMark.size();
+    const char* const end = what.data() + what.size() - 1;
+    std::uint64_t offset = 0;
+    const auto [stop, error] = std::from_chars(begin, end, offset, kHexadecimal);
+    if (error != std::errc() || stop != end) {
+        return 0;
+    }
+    what.resize(at);
+    what += ')';
+    return offset;
+}
 
 bool ReadCause(std::string_view text, CutShortReading& reading) {
     constexpr std::array kEnds = {RunEnd::Abort, RunEnd::ControlC, RunEnd::ConsoleClosed,
@@ -22,10 +44,13 @@ bool ReadCause(std::string_view text, CutShortReading& reading) {
         reading.end = kEnds.at(end);
         return true;
     }
-    // Worded as a worker process that crashed.
+    // Worded as a worker process that crashed, with the place in the module besides.
     std::string what;
-    const std::optional<WorkerEnd> crash =
-        LineScan(text).Text("the program ").Rest(what).Matches() ? ReadWorkerEnd(what) : std::nullopt;
+    if (!LineScan(text).Text("the program ").Rest(what).Matches()) {
+        return false;
+    }
+    reading.offset = TakeOffset(what);
+    const std::optional<WorkerEnd> crash = ReadWorkerEnd(what);
     if (!crash || crash->kind != WorkerEnd::Kind::Crashed) {
         return false;
     }

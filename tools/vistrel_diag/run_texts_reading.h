@@ -21,7 +21,8 @@ struct CutShortReading {
     std::string section;  ///< title of the section that the run was in; empty before the first
     RunEnd end = RunEnd::Crash;
     std::uint32_t exception_code = 0;
-    std::string module;  ///< that crashed; empty when unknown
+    std::string module;        ///< that crashed; empty when unknown
+    std::uint64_t offset = 0;  ///< of the instruction in that module; 0 when unknown
     std::uint32_t line = 0;
 };
 

@@ -19,6 +19,7 @@ enum class RunEnd { Crash, Abort, ControlC, ConsoleClosed, SessionEnded, ClosedB
 struct CrashSite {
     std::uint32_t exception_code = 0;
     const char* module = "";
+    std::size_t offset = 0;  ///< of the instruction, from the start of the module; 0 when unknown
 };
 
 /// The line that closes the report of a run cut short: in which section, and by what; `site` is that of a

@@ -10,12 +10,16 @@ namespace {
 /// What happened, in the reader's words; into `buffer` where it takes a name or a number.
 const char* Cause(RunEnd end, const CrashSite& site, std::array<char, 192>& buffer) {
     const char* const name = ExceptionName(site.exception_code);
+    std::array<char, 32> place = {};
+    if (site.offset != 0) {
+        std::snprintf(place.data(), place.size(), " at +0x%zX", site.offset);
+    }
     switch (end) {
         case RunEnd::Crash:
-            std::snprintf(buffer.data(), buffer.size(), "the program crashed%s%s (%s%s0x%08X)",
+            std::snprintf(buffer.data(), buffer.size(), "the program crashed%s%s (%s%s0x%08X%s)",
                           site.module[0] != '\0' ? " in " : "", site.module,
                           name != nullptr ? name : "exception", name != nullptr ? ", " : " ",
-                          site.exception_code);
+                          site.exception_code, place.data());
             return buffer.data();
         case RunEnd::Abort:
             return "the program aborted";

@@ -91,12 +91,16 @@ bool WriteFileCutShort(std::string_view closing_line) {
 /// on a stack that has overflowed.
 __attribute__((noinline)) void WriteReportCutShort(const Death& death) {
     std::array<char, 64> module = {};
+    std::size_t offset = 0;
     if (death.address != nullptr) {
         FindFaultModule(death.address, module.data(), module.size());
+        // Without a module there is nothing that an offset could be looked up in.
+        offset = module[0] != '\0' ? OffsetInModule(death.address) : 0;
     }
     std::array<char, 512> line = {};
-    const std::size_t length = FormatCutShortLine(
-        line.data(), line.size(), death.end, {death.exception_code, module.data()}, Report::CurrentSection());
+    const std::size_t length =
+        FormatCutShortLine(line.data(), line.size(), death.end, {death.exception_code, module.data(), offset},
+                           Report::CurrentSection());
     const std::string_view closing_line(line.data(), length);
     const bool written = WriteFileCutShort(closing_line);
 

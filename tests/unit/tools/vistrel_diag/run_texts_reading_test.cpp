@@ -42,6 +42,15 @@ TEST(CutShortLineReading, GivesBackTheModule) {
     EXPECT_EQ(reading->module, "name.dll");
 }
 
+TEST(CutShortLineReading, GivesBackThePlaceInTheModule) {
+    const std::optional<CutShortReading> reading =
+        ReadBack(RunEnd::Crash, {0xC0000005, "name.dll", 0x1A2B}, "GPUs");
+    ASSERT_TRUE(reading);
+    EXPECT_EQ(reading->exception_code, 0xC0000005U);
+    EXPECT_EQ(reading->module, "name.dll");
+    EXPECT_EQ(reading->offset, 0x1A2BU);
+}
+
 TEST(CutShortLineReading, TakesNoOtherLine) {
     EXPECT_FALSE(ReadBack(static_cast<RunEnd>(99), {}, "GPUs")) << "an end that nobody knows";
     EXPECT_FALSE(ReadCutShortLine({"!! THIS RUN WAS CUT SHORT", 1}));

@@ -22,6 +22,8 @@ TEST(CutShortLine, NamesTheSectionTheModuleAndTheException) {
     constexpr const char* kSection = "HEADSET / OPENXR";
     EXPECT_EQ(CutShortLine(RunEnd::Crash, {0xC0000005, "vrclient_x64.dll"}, kSection),
               InHeadset("the program crashed in vrclient_x64.dll (access violation, 0xC0000005)"));
+    EXPECT_EQ(CutShortLine(RunEnd::Crash, {0xC0000005, "vrclient_x64.dll", 0x1A2B}, kSection),
+              InHeadset("the program crashed in vrclient_x64.dll (access violation, 0xC0000005 at +0x1A2B)"));
     EXPECT_EQ(CutShortLine(RunEnd::Crash, {0xC00000FD, ""}, kSection),
               InHeadset("the program crashed (stack overflow, 0xC00000FD)"));
     EXPECT_EQ(CutShortLine(RunEnd::Crash, {0xC0001234, ""}, kSection),

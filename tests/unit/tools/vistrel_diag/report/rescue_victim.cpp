@@ -192,7 +192,7 @@ int main(int argument_count, char** arguments) {
         {"stack-overflow-with-heap-locked", OverflowStackWithHeapLocked},
         {"stack-overflow-with-heap-locked-on-other-thread",
          [] { WaitForSingleObject(StartThread(OverflowStackWithHeapLocked), INFINITE); }},
-        {"universal-abort", [] { lab::Suffer("ucrt_abort"); }},
+        {"universal-abort", [] { lab::FailFatally("ucrt_abort"); }},
         {"library-took-the-filter", CrashAfterALibraryTookTheFilter},
         {"amid-lines", CrashAmidLines},
         {"crash-upon-crash", [] { OneUponTheOther(AccessNothing, AccessNothing); }},

@@ -72,10 +72,19 @@ class RescueTest : public testing::Test {
 
     /// Compares the whole file, and shows only its end.
     void ExpectReport(const std::string& expected) const {
-        const std::string found = ReportFile();
+        const std::string found = WithoutPlace(ReportFile());
         EXPECT_TRUE(found == expected)
             << found.size() << " bytes instead of " << expected.size() << ", ending in:\n"
             << found.substr(found.size() - std::min<std::size_t>(found.size(), 300));
+    }
+
+    /// The report without the place in the module that crashed, which is another one in every build.
+    static std::string WithoutPlace(std::string report) {
+        if (const std::size_t at = report.rfind(" at +0x"); at != std::string::npos) {
+            EXPECT_NE(report[at + 7], '0');
+            report.erase(at, report.find_first_not_of("0123456789ABCDEF", at + 7) - at);
+        }
+        return report;
     }
 
     /// What the victim keeps before it dies.
@@ -154,7 +163,7 @@ TEST_F(RescueTest, TakesItsPlaceBackFromALibraryWhenASectionBegins) {
 TEST_F(RescueTest, AfterACrashAmidLinesHoldsWholeLines) {
     EXPECT_NE(RunVictim("amid-lines"), 0U);
     std::string expected = KeptLines();
-    const std::string found = ReportFile();
+    const std::string found = WithoutPlace(ReportFile());
     const std::string end = CutShort(kAccessViolation).substr(expected.size());
     for (int line = 0; expected.size() + end.size() < found.size(); ++line) {
         const std::string number = std::to_string(line);
