@@ -18,9 +18,9 @@ SCRIPT = ROOT / "packaging" / "package.py"
 
 
 def load():
-    specification = importlib.util.spec_from_file_location("package", SCRIPT)
-    module = importlib.util.module_from_spec(specification)
-    specification.loader.exec_module(module)
+    found = importlib.util.spec_from_file_location("package", SCRIPT)
+    module = importlib.util.module_from_spec(found)
+    found.loader.exec_module(module)
     return module
 
 

@@ -28,3 +28,7 @@ void PrintBenchmarkGpu(const std::vector<GpuInfo>& gpus, std::int32_t index, boo
             "for the cross-adapter case.");
     }
 }
+
+void PrintNoBenchmarkDevice(std::uint32_t error) {
+    Report::Line("!! D3D11CreateDevice failed (0x%08X). Cannot benchmark.", static_cast<unsigned>(error));
+}

@@ -19,3 +19,6 @@ BenchmarkGpu LargestHardwareGpu(const std::vector<GpuInfo>& gpus);
 /// Says which GPU is measured and why. `runtime_named_adapter`: the OpenXR runtime named the adapter that it
 /// requires, whether or not that one was found. The name is that of the entry at position `index` of `gpus`.
 void PrintBenchmarkGpu(const std::vector<GpuInfo>& gpus, std::int32_t index, bool runtime_named_adapter);
+
+/// Says that there is no device to measure on; `error` is the HRESULT of its creation.
+void PrintNoBenchmarkDevice(std::uint32_t error);

@@ -78,4 +78,10 @@ TEST(BenchmarkGpuLines, CallAnUnlistedGpuDefault) {
     EXPECT_EQ(FirstLineFor({}, 0), "Benchmark GPU   : GPU 0 (default)");
 }
 
+TEST(BenchmarkGpuLines, SayThatThereIsNoDevice) {
+    const ReportCapture report;
+    PrintNoBenchmarkDevice(0x887A0004);
+    EXPECT_EQ(report.Text(), "!! D3D11CreateDevice failed (0x887A0004). Cannot benchmark.\n");
+}
+
 }  // namespace

@@ -1,5 +1,7 @@
 #include "tools/vistrel_diag/sections/benchmark_setup/benchmark_device.h"
 
+#include <cstdint>
+
 #include "platform/com.h"
 #include "platform/dxgi_walk.h"
 #include "tools/vistrel_diag/report/report.h"
@@ -41,8 +43,7 @@ BenchmarkDevice ReportBenchmarkSetup(const std::optional<AdapterLuid>& required_
 
     const HRESULT result = CreateDevice(benchmark);
     if (FAILED(result)) {
-        Report::Line("!! D3D11CreateDevice failed (0x%08X). Cannot benchmark.",
-                     static_cast<unsigned>(result));
+        PrintNoBenchmarkDevice(static_cast<std::uint32_t>(result));
         benchmark.device.Reset();
         benchmark.context.Reset();
     }
