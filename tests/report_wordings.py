@@ -125,8 +125,12 @@ FREE_WHEN_CHANGED = (
     "  !! The file could not",
 )
 
-# Texts that are read as whatever stands in their place: a name, a path, a message; and a cause that no run has.
-FREE_TEXTS = {"default", "NOT FOUND", "custom model", "-", "(not found)", "unknown"}
+# What stands in place of the %s of a text that others are part of.
+TEXT_VALUES = {"the program crashed%s%s (%s%s0x%08X%s)": [" in ", "name.dll", "exception", " ", " at +0x1A2B"]}
+
+# Texts that are read as whatever stands in their place: a name, a path, a message; a cause that no run has; and a part of
+# a text above.
+FREE_TEXTS = {" at +0x%zX", "default", "NOT FOUND", "custom model", "-", "(not found)", "unknown"}
 
 # Sources all of whose texts are of that kind, or are for the console alone.
 FREE_SOURCES = (
@@ -246,7 +250,7 @@ def main():
     for text in lines:
         if text.kind != "text" or text in printed or text.text in FREE_TEXTS:
             continue
-        value = filled(text.text, ["Some text"] * 9)
+        value = filled(text.text, TEXT_VALUES.get(text.text, ["Some text"] * 9))
         cases = [(("title", value), ("title", changed(value)))]
         if pathlib.Path(text.source).stem in SECTIONS:
             place = SECTIONS[pathlib.Path(text.source).stem]
