@@ -1,13 +1,13 @@
-// One desktop image on loan from desktop duplication.
+// One desktop image acquired from desktop duplication.
 #pragma once
 
 #include <d3d11.h>
 #include <dxgi1_2.h>
 #include <wrl/client.h>
 
-/// Gives the image back when it goes, and lets go of every reference to it before that: the next image may
-/// be made only then, and the texture must not be touched after it. Keeps a reference to the duplication
-/// meanwhile, which counts: an output that is duplicated anew needs the old one gone.
+/// The destructor drops every reference to the image and then releases the frame: only then can the next
+/// image be made, and the texture must not be used afterwards. Until then the object holds a reference to the
+/// duplication. Drop it before the output is duplicated again: the old duplication must be gone by then.
 class AcquiredFrame {
   public:
     explicit AcquiredFrame(IDXGIOutputDuplication* duplication) : duplication_(duplication) {}
@@ -21,7 +21,7 @@ class AcquiredFrame {
     /// The performance counter when the image was presented; 0 when only the pointer changed.
     LONGLONG PresentTicks() const { return information_.LastPresentTime.QuadPart; }
 
-    /// The image, on the device that duplicates. Null when it is no texture.
+    /// The image, on the device that duplicates. Null when it is not a texture.
     ID3D11Texture2D* Texture() const { return texture_.Get(); }
 
   private:

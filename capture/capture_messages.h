@@ -1,4 +1,4 @@
-// Everything that the screen capture says to the user, in one place.
+// All texts of the screen capture for the user.
 #pragma once
 
 #include <cstdint>
@@ -17,11 +17,11 @@ inline constexpr const char* kAccessLost = "Access lost. Reinitializing...";
 inline constexpr const char* kRestored = "Duplication restored.";
 }  // namespace CaptureMessage
 
-/// Stand-ins for adapters whose description is empty.
+/// Names for adapters whose description is empty.
 inline constexpr const char* kUnnamedRenderGpu = "the GPU Vistrel renders on";
 inline constexpr const char* kUnnamedDisplayGpu = "the GPU that drives this display";
 
-/// The answers of IDXGIOutput1::DuplicateOutput that have a text of their own (HRESULT bit patterns).
+/// The errors of IDXGIOutput1::DuplicateOutput with a text of their own (HRESULT bit patterns).
 namespace DuplicationResult {
 inline constexpr std::uint32_t kNotCurrentlyAvailable = 0x887A0022;
 inline constexpr std::uint32_t kAccessDenied = 0x80070005;
@@ -31,18 +31,18 @@ inline constexpr std::uint32_t kUnsupported = 0x887A0004;
 /// Why a display could not be duplicated; `result` is the HRESULT's bit pattern.
 std::string DuplicationFailureMessage(std::uint32_t result, std::string_view display_gpu);
 
-/// A monitor asked for by name is gone; `displays` are the ones there are, may be empty.
+/// A monitor requested by name is not attached; `displays` lists those that are, and may be empty.
 std::string NotAttachedMessage(std::string_view source_name, std::string_view displays);
 
-/// No device could be made on the display's GPU; `result` is the HRESULT's bit pattern.
+/// No device could be created on the display's GPU; `result` is the HRESULT's bit pattern.
 std::string SecondDeviceFailureMessage(std::string_view source_name, std::string_view display_gpu,
                                        std::string_view render_gpu, std::uint32_t result);
 
-/// Frames will be carried from one GPU to another.
+/// Frames will be copied from one GPU to another.
 std::string CrossAdapterMessage(std::string_view source_name, std::string_view display_gpu,
                                 std::string_view render_gpu);
 
-/// A frame could not be carried from one GPU to another.
+/// A frame could not be copied from one GPU to another.
 std::string CarryFailureMessage(std::string_view display_gpu, std::string_view render_gpu);
 
 /// Writes one line, "[ScreenCaptureDxgi] " and `text`, to the standard error stream.

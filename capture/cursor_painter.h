@@ -1,4 +1,4 @@
-// The mouse pointer, which desktop duplication leaves out of its images.
+// The mouse pointer, which desktop duplication does not include in its images.
 #pragma once
 
 #include <d3d11.h>

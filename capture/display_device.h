@@ -7,27 +7,27 @@
 
 #include "platform/luid.h"
 
-/// Either the caller's own device, or, when the display hangs on another GPU, a second one, which reads each
-/// image into main memory and hands it to the caller's.
+/// Either the caller's own device, or, when the display is connected to another GPU, a second device. Each
+/// image is then read into main memory and copied to the caller's device.
 class DisplayDevice {
   public:
-    /// The display hangs on the caller's GPU.
+    /// Uses the caller's device: the display is connected to its GPU.
     void ShareRenderDevice(ID3D11Device* device, ID3D11DeviceContext* context, const AdapterLuid& luid);
 
     /// Whether this already is a second device on the adapter with `luid`.
     bool IsSecondDeviceOn(const AdapterLuid& luid) const;
 
-    /// Replaces whatever there is by a second device on `adapter`. Left without a device on failure.
+    /// Replaces any current device with a second device on `adapter`. On failure there is no device.
     HRESULT CreateSecondDevice(IDXGIAdapter1* adapter, const AdapterLuid& luid);
 
-    /// Copies `acquired`, an image on the second device, into `picture` on the caller's. False when that
-    /// cannot be done; the picture is untouched then.
+    /// Copies `acquired`, an image on the second device, into `picture` on the caller's. False on failure;
+    /// the picture is then unchanged.
     bool Carry(ID3D11Texture2D* acquired, ID3D11DeviceContext* render_context, ID3D11Texture2D* picture);
 
-    /// Lets go of the texture that images are carried through; the next one makes it anew.
+    /// Releases the texture that images are copied through; the next image creates it again.
     void ReleaseStaging() { staging_.Reset(); }
 
-    /// Back to the state after construction.
+    /// Returns to the state after construction.
     void Release();
 
     bool IsCrossAdapter() const { return cross_adapter_; }

@@ -6,25 +6,25 @@
 
 /// What a picture shows.
 enum class PictureContent {
-    Nothing,      ///< no image was copied into it, or none could be
-    Unpresented,  ///< an image that no present brought: duplication may begin with one that is still black
+    Nothing,      ///< no image has been copied into it, or the copy failed
+    Unpresented,  ///< an image without a present: the first image of a duplication may still be black
     Desktop,      ///< an image of the desktop
 };
 
-/// A texture on the caller's device and a shader's view of it; both or neither.
+/// A texture on the caller's device and its shader resource view; both exist, or neither.
 class FramePicture {
   public:
-    /// Makes the picture one that can take a copy of a texture described by `acquired`, replacing an older
-    /// one of another size or format. False when Direct3D cannot make it; there is no picture then.
+    /// Prepares the picture for a copy of a texture described by `acquired`; replaces a picture of another
+    /// size or format. False when Direct3D cannot create it; there is then no picture.
     bool Fit(ID3D11Device* device, const D3D11_TEXTURE2D_DESC& acquired);
 
-    /// An image was copied into the picture. `presented`: by a present, and not by a move of the pointer
-    /// alone, which brings the last image once more.
+    /// Records that an image was copied into the picture. `presented` is true for an image that came from a
+    /// present, false for a mere move of the pointer, which delivers the last image again.
     void NoteImage(bool presented);
 
     PictureContent Content() const { return content_; }
 
-    /// Lets go of the picture. Views handed out before stay usable.
+    /// Releases the picture. Views handed out before stay usable.
     void Release();
 
     ID3D11Texture2D* Texture() const { return texture_.Get(); }

@@ -1,4 +1,4 @@
-// Which monitor is captured, out of all that hang on the machine's GPUs.
+// Which of the monitors connected to the machine's GPUs is captured.
 #pragma once
 
 #include <cstddef>
@@ -19,9 +19,9 @@ struct OutputRecord {
     std::int32_t top = 0;
 };
 
-/// The position in `outputs` (in enumeration order) of the one to capture; empty when there is none. A
-/// non-empty `source_name` names it exactly, case included. Otherwise it is the first on the GPU with
-/// `render_luid`, or else the first of all; being the primary display plays no part.
+/// The position in `outputs` (in enumeration order) of the monitor to capture; empty when there is none. A
+/// non-empty `source_name` is its exact name, case-sensitive. Otherwise it is the first monitor on the GPU
+/// with `render_luid`, or else the first of all; whether it is the primary display does not matter.
 std::optional<std::size_t> ChooseOutput(const std::vector<OutputRecord>& outputs,
                                         const AdapterLuid& render_luid, std::string_view source_name);
 

@@ -1,4 +1,4 @@
-// The monitors that hang on the machine's GPUs right now, as DXGI tells.
+// The monitors that are connected to the machine's GPUs now, as DXGI reports them.
 #pragma once
 
 #include <dxgi.h>
@@ -8,7 +8,7 @@
 
 #include "capture/output_choice.h"
 
-/// The same position in both lists is the same output.
+/// Entries at the same position of both lists belong to the same output.
 struct AttachedOutputs {
     struct Interfaces {
         Microsoft::WRL::ComPtr<IDXGIAdapter1> adapter;

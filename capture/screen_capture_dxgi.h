@@ -15,13 +15,13 @@
 #include "capture/frame_picture.h"
 #include "capture/output_enumeration.h"
 
-/// Hands each new image of a monitor to the caller as a texture on the caller's own device, also when another
+/// Hands each new image of a monitor to the caller as a texture on the caller's own device, even when another
 /// GPU drives the monitor. Duplication that is lost (a mode change, a UAC prompt, the lock screen) is
-/// recreated in GetFrame; the caller notices nothing but a picture that stands still.
+/// recreated in GetFrame; the caller notices only that the picture does not change meanwhile.
 ///
 /// Every operation may be called from any thread. The immediate context of the caller's device is used inside
-/// Initialize, GetFrame and Shutdown; keeping other users of it away meanwhile is up to the caller. Messages
-/// go to the standard error stream.
+/// Initialize, GetFrame and Shutdown; the caller must make sure that no other thread uses it during these
+/// calls. Messages go to the standard error stream.
 class ScreenCaptureDxgi {
   public:
     ScreenCaptureDxgi() = default;
@@ -29,13 +29,13 @@ class ScreenCaptureDxgi {
     ScreenCaptureDxgi(const ScreenCaptureDxgi&) = delete;
     ScreenCaptureDxgi& operator=(const ScreenCaptureDxgi&) = delete;
 
-    /// Starts to capture the monitor with the device name `source_name` (UTF-8, such as \\.\DISPLAY2), or,
-    /// when that is empty, the first one of the GPU of `device`, else the first one of any GPU. False when it
-    /// cannot; LastError() tells why then.
+    /// Starts to capture the monitor with the device name `source_name` (UTF-8, such as \\.\DISPLAY2). When
+    /// that is empty, it captures the first monitor of the GPU of `device`, or else the first one of any GPU.
+    /// False on failure; LastError() then says why.
     bool Initialize(ID3D11Device* device, std::string_view source_name);
 
-    /// The latest image, null before the first one. Never waits, but for a capture without any image yet: its
-    /// first ten calls wait up to 250 ms each. The view stays usable for as long as the caller holds it.
+    /// The latest image, null before the first one. Waits only while there is no image yet: the first ten
+    /// calls then wait up to 250 ms each. The view stays usable for as long as the caller holds it.
     Microsoft::WRL::ComPtr<ID3D11ShaderResourceView> GetFrame();
 
     /// Whether the last GetFrame got a new image.
@@ -44,19 +44,20 @@ class ScreenCaptureDxgi {
     /// How old the last new image was when it arrived, in milliseconds.
     float LastFrameAgeMs() const;
 
-    /// The performance counter when the last new image was presented; 0 when no present brought it, but a
-    /// move of the pointer.
+    /// The performance counter when the last new image was presented; 0 when it came from a move of the
+    /// pointer, not from a present.
     std::int64_t LastPresentTime() const;
 
     /// What the picture behind GetFrame's view shows.
     PictureContent Content() const;
 
-    /// Whether the monitor hangs on another GPU than the caller's device, and the names of both.
+    /// Whether the monitor is connected to another GPU than the caller's device's, and the names of both
+    /// GPUs.
     bool IsCrossAdapter() const;
     std::string DisplayGpuName() const;
     std::string RenderGpuName() const;
 
-    /// Why the last set-up failed, in words for the user.
+    /// Why the last initialization failed, in words for the user.
     std::string LastError() const;
 
     /// Releases everything; Initialize may follow.
@@ -80,7 +81,7 @@ class ScreenCaptureDxgi {
     Microsoft::WRL::ComPtr<IDXGIOutputDuplication> duplication_;
     FramePicture picture_;
     bool initialized_ = false;
-    bool carry_failure_reported_ = false;  ///< once for each object, whatever is initialized anew
+    bool carry_failure_reported_ = false;  ///< once per object, even after another Initialize
     std::string display_gpu_name_;
     std::string render_gpu_name_;
     bool new_frame_ = false;

@@ -16,5 +16,5 @@ struct DepthModelPreset {
 /// The list; an index into it is a value of DiagSettings::depth_model_quality.
 const std::array<DepthModelPreset, 12>& DepthModelPresets();
 
-/// The row that `quality` selects; null for every value that is no index, which means a custom model.
+/// The row that `quality` selects; null for every value that is not an index, which means a custom model.
 const DepthModelPreset* FindDepthModelPreset(std::int32_t quality);

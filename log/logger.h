@@ -1,4 +1,4 @@
-// The product's leveled log. Its lines are apart from the report and never reach it.
+// The product's leveled log. Its lines never go into the report.
 #pragma once
 
 #include <chrono>
@@ -12,8 +12,8 @@
 
 enum class LogLevel { Debug = 0, Info = 1, Warn = 2, Error = 3 };
 
-/// The shared memory of an attached ring: 24 bytes of header, of which the last 8 count all bytes ever
-/// written, then the data.
+/// The shared memory of an attached ring: 24 bytes of header, of which the last 8 hold the number of all
+/// bytes ever written, followed by the data.
 struct LogRing {
     static constexpr std::size_t kCountOffset = 16;
     static constexpr std::size_t kHeaderBytes = 24;
@@ -32,8 +32,8 @@ class Logger {
 
     static constexpr std::size_t kLongestHistory = 1000;  // Lines.
 
-    /// The logger of the process. Making it, on the first call, also takes quick-edit from the console
-    /// (console_mode.h).
+    /// The logger of the process. The first call creates it, and also switches off the console's quick-edit
+    /// mode (console_mode.h).
     static Logger& instance();
 
     explicit Logger(Clock clock = std::chrono::system_clock::now);
@@ -46,7 +46,7 @@ class Logger {
     void Error(std::string_view message);
 
     /// Lines from now on are also written into `ring`: memory of LogRing::kHeaderBytes + LogRing::kDataBytes,
-    /// aligned to 8 bytes, which must stay until another ring, or null for none, is attached.
+    /// aligned to 8 bytes, which must stay valid until another ring, or null, is attached.
     void AttachRing(std::byte* ring);
 
     /// A copy of the kept lines, oldest first.

@@ -1,8 +1,8 @@
-// Being told when the process aborts.
+// A handler for abort.
 #pragma once
 
-/// `handler` is called when anything in the process calls abort: of this program's own C runtime, or of
-/// Windows' (ucrtbase.dll), which keeps its handlers apart. Null: nobody is told any more. A library with a C
-/// runtime inside itself has handlers of its own, out of reach. Can be called again, after a library has put
-/// its own handler in that place.
+/// From now on `handler` is called when code in the process calls abort, either that of this program's own C
+/// runtime or that of Windows' (ucrtbase.dll), which has separate handlers. Null removes the handler. A
+/// library with a statically linked C runtime has its own handlers and is not covered. May be called again,
+/// after a library has installed its own handler instead.
 void HandleAbort(void (*handler)(int signal));

@@ -1,4 +1,4 @@
-// A console that shows the program's UTF-8 text as it is meant.
+// Correct output of the program's UTF-8 text on a console.
 #pragma once
 
 #include <string_view>
@@ -6,19 +6,19 @@
 /// Whether standard output is a real console, and not a pipe or a file.
 bool StandardOutputIsConsole();
 
-/// Puts UTF-8 text on the console that standard output is. The C runtime hands a console byte for byte, in
-/// which most characters are lost; this hands it characters. What is not well formed shows as replacement
-/// characters, a bare line feed as CR LF, and a control character other than tab, carriage return and line
-/// feed as its picture.
+/// Writes UTF-8 text to the console behind standard output. The C runtime writes to a console byte by byte,
+/// which loses most characters; this writes whole characters. Ill-formed text becomes replacement characters,
+/// a bare line feed becomes CR LF, and a control character other than tab, carriage return and line feed
+/// becomes its visible symbol.
 void WriteToConsole(std::string_view text);
 
-/// Gives a real console the code page back that ConsoleUtf8Output found. For a process that dies: takes no
-/// lock and allocates nothing. Does nothing the second time.
+/// Restores the code page of a real console that ConsoleUtf8Output found. Safe in a crashing process: takes
+/// no lock and allocates nothing. A second call does nothing.
 void PutConsoleCodePageBack();
 
-/// While it lives, a real console also takes the bytes of standard error as UTF-8. The code page found is put
-/// back at the end, also when the person ends the program with Ctrl-C or closes the console; a program that
-/// crashes calls PutConsoleCodePageBack. Does nothing for a pipe or a file. At most one at a time.
+/// While this object exists, a real console also reads the bytes of standard error as UTF-8. The destructor
+/// restores the code page; so do Ctrl-C and closing the console. A program that crashes calls
+/// PutConsoleCodePageBack. Does nothing for a pipe or a file. At most one object at a time.
 class ConsoleUtf8Output {
   public:
     ConsoleUtf8Output();

@@ -1,7 +1,7 @@
-// The process's end, past everybody's clean-up.
+// Ends the process without running clean-up code.
 #pragma once
 
-/// Ends the process at once with this exit code: no DLL's detach code runs, which in another vendor's driver
-/// or runtime may crash or hang at the very end. What must be flushed is flushed before. In a build that
-/// counts its lines it is an ordinary exit, for the counts are written there.
+/// Ends the process at once with this exit code: no DLL's detach code runs, because that of another vendor's
+/// driver or runtime may crash or hang. The caller must flush its files first. In a coverage build this is an
+/// ordinary exit, because the counts are written there.
 [[noreturn]] void EndProcess(unsigned exit_code);

@@ -1,8 +1,8 @@
-// Names of the codes that Windows ends a process with.
+// Names of the exception codes with which Windows ends a process.
 #pragma once
 
 #include <cstdint>
 
-/// What support calls the exception of this code, in lower case, as in "access violation". Null for a code
-/// that has no such name. Allocates nothing.
+/// The common name of the exception with this code, in lower case, such as "access violation". Null for a
+/// code without a name. Allocates nothing.
 const char* ExceptionName(std::uint32_t code);

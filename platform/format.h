@@ -1,5 +1,5 @@
-// The one printf-style formatter of the program. Numbers come out by IEEE rules, exact ties to even, the same
-// in the Windows build and in the native tests.
+// The program's only printf-style formatter. Numbers are rounded by IEEE rules, exact ties to even, and give
+// the same text in the Windows build and in the native tests.
 #pragma once
 
 #include <cstdarg>
@@ -14,10 +14,10 @@
     __attribute__((format(printf, format_index, first_argument)))
 #endif
 
-/// Formats into text of any length. Text from outside is only ever an argument, never the format.
+/// Formats into text of any length. Text from outside must be an argument, never the format.
 std::string FormatText(const char* format, ...) VISTREL_PRINTF(1, 2);
 
-/// As FormatText, from an argument list. Returns empty text when the format cannot be carried out.
+/// As FormatText, from an argument list. Returns an empty text when formatting fails.
 std::string FormatTextV(const char* format, std::va_list arguments) VISTREL_PRINTF(1, 0);
 
 /// As FormatTextV, but cut after `limit` bytes.

@@ -1,12 +1,12 @@
-// Letter case of ASCII only, independent of any locale. Every other byte, those of non-ASCII letters in UTF-8
-// included, stays as it is.
+// Letter case of ASCII only, independent of any locale. Every other byte stays unchanged, including those of
+// non-ASCII letters in UTF-8.
 #pragma once
 
 #include <string>
 #include <string_view>
 
-/// `text` with A to Z as a to z.
+/// `text` with A to Z replaced by a to z.
 std::string AsciiLowered(std::string_view text);
 
-/// Whether both texts are the same but for the case of ASCII letters.
+/// Whether both texts are equal except for the case of ASCII letters.
 bool EqualsIgnoringAsciiCase(std::string_view left, std::string_view right);

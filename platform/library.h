@@ -1,4 +1,4 @@
-// Loading a DLL at run time.
+// Loads DLLs at run time.
 #pragma once
 
 #include <windows.h>
@@ -13,13 +13,13 @@ struct LibraryTraits {
 
 using UniqueLibrary = UniqueHandle<LibraryTraits>;
 
-/// Takes the current directory out of the folders in which Windows looks for DLLs, for the whole process.
-/// The executable's own folder stays the first.
+/// Removes the current directory from the folders in which Windows looks for DLLs, for the whole process. The
+/// executable's own folder is still searched first.
 void NeverLoadFromCurrentDirectory();
 
-/// LoadLibraryW, which looks in the executable's own folder before any other. Null when there is no such
-/// library; GetLastError tells why then. A file that is no DLL opens no message box in front of the person,
-/// as it would by itself.
+/// LoadLibraryW without message boxes: by default Windows shows one for a file that is not a DLL. The
+/// executable's own folder is searched first. Null when the library cannot be loaded; GetLastError then
+/// returns the reason.
 HMODULE LoadLibraryQuietly(const wchar_t* name);
 
 /// A function of a DLL, or why there is none.
@@ -28,8 +28,8 @@ struct LibraryFunction {
     HRESULT missing = S_OK;  ///< a failure when `function` is null
 };
 
-/// The function `name` of the DLL `library` in Windows' system folder. No other folder is looked into,
-/// neither for the DLL nor for those that it needs, so that a file of that name beside the executable is
-/// passed by. (As ever, a module of that name that the process has loaded already is taken.) The DLL stays
-/// loaded. Opens no message box either.
+/// The function `name` of the DLL `library` in Windows' system folder. No other folder is searched, neither
+/// for the DLL nor for those that it needs, so a file of that name next to the executable is ignored. (As
+/// always, a module of that name that the process has already loaded is used.) The DLL stays loaded. Shows no
+/// message box either.
 LibraryFunction FindSystemFunction(const wchar_t* library, const char* name);

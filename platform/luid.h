@@ -1,10 +1,10 @@
-// The identifier by which one graphics adapter is known to every graphics interface of a Windows session.
+// The identifier of a graphics adapter, the same in every graphics interface of a Windows session.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
-/// A locally unique identifier, in the two halves that Windows keeps it in.
+/// A locally unique identifier, in the two halves that Windows stores.
 struct AdapterLuid {
     std::uint32_t low = 0;
     std::int32_t high = 0;

@@ -1,11 +1,12 @@
-// Running something on a thread of its own.
+// Runs a function on a thread of its own.
 #pragma once
 
 #include <functional>
 
-/// Calls `work` on a new thread and waits for its end; on the calling thread when no thread can be made.
+/// Calls `work` on a new thread and waits until it returns. Calls it on the calling thread when no thread can
+/// be created.
 ///
-/// The C runtime's start-up code puts a frame around main that answers some exceptions of hardware, an
-/// integer overflow among them, by trying the same instruction again, for ever. A thread of its own has no
-/// such frame: there they reach the unhandled-exception filter like any other.
+/// The C runtime's start-up code puts an exception handler around main that handles some hardware exceptions,
+/// such as integer overflow, by repeating the same instruction for ever. A new thread has no such handler:
+/// there these exceptions reach the unhandled-exception filter like any other.
 void RunOnOwnThread(const std::function<void()>& work);

@@ -15,5 +15,5 @@ struct RunningProcess {
 /// The processes in the order in which the system lists them.
 using ProcessSnapshot = std::vector<RunningProcess>;
 
-/// Every process that runs now. Empty when the system gives no snapshot.
+/// Every process that is running now. Empty when the system provides no snapshot.
 std::optional<ProcessSnapshot> TakeProcessSnapshot();

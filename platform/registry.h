@@ -1,4 +1,4 @@
-// The registry, read only.
+// Read access to the registry.
 #pragma once
 
 #include <windows.h>
@@ -11,7 +11,7 @@
 
 #include "platform/unique_handle.h"
 
-/// One value of a key as text. The stored type is not looked at.
+/// One value of a key as text. The stored type is ignored.
 struct RegistryValue {
     std::string name;  ///< UTF-8; empty for the key's default value
     std::string text;  ///< UTF-8; see TextFromRegistryData
@@ -26,7 +26,8 @@ class RegistryKey {
     static constexpr std::size_t kLongestName = 512;
     static constexpr std::size_t kLongestData = 1024;
 
-    /// `root` is one of the predefined keys. The result is false when there is no such key or no right to it.
+    /// `root` is one of the predefined keys. The object converts to false when the key does not exist or may
+    /// not be read.
     RegistryKey(HKEY root, const wchar_t* path);
 
     explicit operator bool() const { return static_cast<bool>(key_); }
@@ -37,8 +38,8 @@ class RegistryKey {
     /// A value stored as a 32-bit number. Empty when it is missing or of any other type or size.
     std::optional<std::uint32_t> ReadNumber(const wchar_t* name) const;
 
-    /// The key's values in the order in which Windows lists them, up to the first that cannot be read for any
-    /// reason, a name or data beyond the limits included.
+    /// The key's values in the order in which Windows lists them, up to the first one that cannot be read for
+    /// any reason, such as a name or data beyond the limits.
     std::vector<RegistryValue> ReadValues() const;
 
   private:

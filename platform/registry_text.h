@@ -1,4 +1,5 @@
-// Registry data as text. The registry keeps whatever bytes a program wrote, under whatever type it named.
+// Registry data as text. The registry stores any bytes that a program writes, under any type that the program
+// names.
 #pragma once
 
 #include <cstdint>
@@ -6,6 +7,6 @@
 #include <string>
 
 /// The UTF-16 text (little-endian) at the start of `data`, as UTF-8. It ends at the first zero unit or where
-/// the data ends: a stored string need not be terminated. Half a unit at the end is left out. Empty when the
+/// the data ends: a stored string need not be terminated. Half a unit at the end is ignored. Empty when the
 /// text is not well formed.
 std::string TextFromRegistryData(std::span<const std::uint8_t> data);

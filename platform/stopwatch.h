@@ -6,10 +6,10 @@
 /// Ticks of the performance counter since some fixed moment.
 std::int64_t PerformanceTicks();
 
-/// Ticks a second; fixed while the system runs, never 0.
+/// Ticks per second; constant while the system runs, never 0.
 std::int64_t PerformanceFrequency();
 
-/// Runs from its construction.
+/// Measures time from its construction.
 class Stopwatch {
   public:
     Stopwatch();

@@ -5,7 +5,7 @@
 
 #include <utility>
 
-/// `Traits` names the handle type, the value that stands for "none" and the closing call:
+/// `Traits` names the handle type, the value that means "none" and the closing call:
 ///     struct Traits { using Handle = ...; static Handle Invalid(); static void Close(Handle); };
 template <typename Traits>
 class UniqueHandle {

@@ -1,19 +1,19 @@
-// UTF-8 is the only text inside the program; Windows' wide strings are converted where they come in or go
-// out.
+// All text inside the program is UTF-8; Windows' wide strings are converted where they enter or leave it.
 #pragma once
 
 #include <cstddef>
 #include <string>
 #include <string_view>
 
-/// UTF-16 to UTF-8. Half a character (an unpaired surrogate) has no UTF-8 form and becomes U+FFFD, as Windows
-/// itself converts it: a name keeps its other letters. A path with such a character no longer names its file.
+/// UTF-16 to UTF-8. Half a character (an unpaired surrogate) has no UTF-8 form and becomes U+FFFD, as in
+/// Windows' own conversion; the other characters are kept. A path with such a character no longer names its
+/// file.
 std::string Utf8FromUtf16(std::u16string_view text);
 
 /// UTF-8 to UTF-16. Empty when the text is not well formed.
 std::u16string Utf16FromUtf8(std::string_view text);
 
-/// `text` with U+FFFD in place of whatever is not UTF-8.
+/// `text` with everything that is not UTF-8 replaced by U+FFFD.
 std::string ValidUtf8(std::string_view text);
 
 #ifdef _WIN32

@@ -1,4 +1,4 @@
-// Compiling HLSL at run time with the shader compiler that Windows carries.
+// Compiles HLSL at run time with the shader compiler that is part of Windows.
 #pragma once
 
 #include <d3dcommon.h>
@@ -14,7 +14,7 @@ struct CompiledShader {
 };
 
 /// Compiles `entry_point` of `source` for `target` ("ps_5_0") without macros or includes. `source_name` is
-/// what the compiler's messages call the source; null for none. `flags` are D3DCOMPILE_*. A system without
-/// d3dcompiler_47.dll compiles nothing and has nothing to say.
+/// what the compiler's messages call the source; may be null. `flags` are D3DCOMPILE_*. Without
+/// d3dcompiler_47.dll on the system, the result has neither bytecode nor a message.
 CompiledShader CompileShader(std::string_view source, const char* source_name, const char* entry_point,
                              const char* target, UINT flags);

@@ -1,11 +1,11 @@
-// The constant buffer of the stereo warp shader, computed without any Direct3D.
+// The constant buffer of the stereo warp shader, computed without Direct3D.
 #pragma once
 
 #include <cstdint>
 
 #include "settings/diag_settings.h"
 
-/// What the shader reads at register b0. Order, types and size are the interface with the shader's file.
+/// What the shader reads at register b0. Order, types and size are fixed by the shader's file.
 struct StereoWarpConstants {
     float separation;  ///< of the eyes, as a share of the screen's width (of its arc when curved)
     float screen_depth;
@@ -38,7 +38,8 @@ struct StereoWarpConstants {
 };
 static_assert(sizeof(StereoWarpConstants) == 112, "the shader's buffer has 28 values of four bytes");
 
-/// Settings of the product that no settings file carries here, at the product's built-in values.
+/// Settings of the product that this tool does not read from a settings file, with the product's built-in
+/// values.
 struct FixedWarpSettings {
     float curve_radius = 5.0F;
     float curve_radius_override = 0.0F;  ///< used by the shader instead of the radius when above 0
@@ -53,17 +54,17 @@ struct FixedWarpSettings {
 /// What the caller knows about one eye's draw.
 struct StereoWarpArguments {
     std::uint32_t eye = 0;        ///< 0 left, 1 right
-    float screen_size = 0.0F;     ///< metres; not above 0.01 counts as 1
+    float screen_size = 0.0F;     ///< metres; 0.01 or less counts as 1
     bool depth_has_mips = false;  ///< the depth texture has more than one mip level
     bool second_flag = false;
-    float depth_resolution = 0.0F;  ///< pixels; below 64 stands for the settings' ai_resolution
-    float threshold = 0.0F;         ///< not above 0.03 stands for 0.063
+    float depth_resolution = 0.0F;  ///< pixels; below 64 means the settings' ai_resolution
+    float threshold = 0.0F;         ///< 0.03 or less means 0.063
     std::uint32_t curve_mode = 0;   ///< 0 flat, 1 full circle, 2 half circle, 3 `curve_angle`
-    float curve_angle = 0.0F;       ///< radians; below 0.1 leaves no separation
+    float curve_angle = 0.0F;       ///< radians; below 0.1 the separation is 0
 };
 
-/// The buffer's contents for one eye, whose separation is scaled by `separation_multiplier`. All arithmetic
-/// is in single precision.
+/// The buffer's contents for one eye, whose separation is scaled by `separation_multiplier`. All calculations
+/// are in single precision.
 StereoWarpConstants ComputeStereoWarpConstants(const DiagSettings& settings,
                                                const StereoWarpArguments& arguments,
                                                float separation_multiplier,

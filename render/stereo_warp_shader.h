@@ -11,15 +11,15 @@
 class StereoWarpShader {
   public:
     /// Finds, compiles and creates the warp on `device`. True when it is ready, also on every later call. A
-    /// load that failed is never tried again; LastError() says why it failed. Without a device nothing is
-    /// tried.
+    /// failed load is never tried again; LastError() says why it failed. A null `device` does not count as a
+    /// try.
     bool Load(ID3D11Device* device);
 
-    /// Why the load failed, in the compiler's own words where it has any; empty before.
+    /// Why the load failed, in the compiler's own words where there are any; empty before that.
     const std::string& LastError() const { return last_error_; }
 
-    /// Fills the constants for one eye from the settings of the process and binds them, at slot 0, and the
-    /// pixel shader for the next draw. Does nothing before a successful load or without a context.
+    /// Fills the constants for one eye from the settings of the process. Binds them (slot 0) and the pixel
+    /// shader for the next draw. Does nothing before a successful load or without a context.
     void Apply(ID3D11DeviceContext* context, const StereoWarpArguments& arguments) const;
 
     float separation_multiplier = 1.0F;  ///< scales the eyes' separation

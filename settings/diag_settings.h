@@ -1,19 +1,19 @@
-// The product's settings that the tool measures against.
+// The product's settings on which the measurements are based.
 #pragma once
 
 #include <cstdint>
 #include <string>
 
 /// The product's built-in defaults until the settings file overlays them (settings_overlay.h). Fields are
-/// named after their keys in the file, less the "vistrel_" prefix; those marked "never read" keep their
-/// default.
+/// named after their keys in the file, without the "vistrel_" prefix; those marked "never read" always keep
+/// their default.
 struct DiagSettings {
-    /// The record of the process, made with the defaults on the first call. Only the settings loader writes
+    /// The process-wide record, created with the defaults on the first call. Only the settings loader changes
     /// it.
     static DiagSettings& Instance();
 
     /// The separation of the two eye views in millimetres, in single precision. An eye distance outside 45 to
-    /// 85 mm, or that is not a number, counts as 63 mm.
+    /// 85 mm, or NaN, counts as 63 mm.
     float SeparationMm() const;
 
     /// How wide the virtual screen is, in metres.
@@ -30,7 +30,7 @@ struct DiagSettings {
     bool pseudo_3d = true;        ///< false: the headset shows a flat screen
     std::int32_t depth_mode = 0;  ///< kReShadeDepthMode, or any other value: depth from the AI model
     bool reshade_enabled = false;
-    float ai_fps_limit = 30.0F;  ///< inferences a second at most
+    float ai_fps_limit = 30.0F;  ///< maximum inferences per second
     bool ai_fps_auto = true;
     std::int32_t ai_resolution = 518;  ///< input size of a custom depth model, in pixels
     bool cinema_mode = false;

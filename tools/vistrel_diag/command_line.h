@@ -1,4 +1,4 @@
-// The command line: what it asks for, as plain values.
+// The command line, parsed into plain values.
 #pragma once
 
 #include <cstdint>
@@ -9,8 +9,8 @@
 struct RunOptions {
     bool quick = false;            ///< part 1 alone, without prompts
     bool run_models = true;        ///< time every depth model, not only the configured one
-    std::int32_t refresh_hz = 0;   ///< a headset refresh rate the verdict is to show as well; below 1: none
-    double capture_seconds = 3.0;  ///< how long each capture measurement lasts; 0 or less: no time at all
+    std::int32_t refresh_hz = 0;   ///< a refresh rate for the verdict to show as well; below 1: none
+    double capture_seconds = 3.0;  ///< how long each capture measurement lasts; 0 or less measures nothing
 };
 
 struct CommandLine {
@@ -18,13 +18,15 @@ struct CommandLine {
     bool help = false;  ///< only the usage was asked for
 };
 
-/// The longest capture measurement that can be asked for, in seconds: an hour. A larger number means this.
+/// The longest capture measurement that can be asked for, in seconds: an hour. A larger number is reduced to
+/// this.
 inline constexpr double kLongestCaptureSeconds = 3600.0;
 
-/// Reads the arguments that follow the program's name. What is not understood is passed over. Numbers are
-/// read forgivingly, as far as they go: none at all is 0, and one too large for its field is the field's
-/// limit. Words such as "nan" and "inf" are no numbers, nor is a number that no double holds.
+/// Reads the arguments that follow the program's name. Unknown arguments are ignored. A number is read up to
+/// the first character that does not belong to it: no digits at all is 0, and a number too large for its
+/// field becomes the field's limit. Words such as "nan" and "inf" are not numbers, and neither is a number
+/// beyond the range of a double.
 CommandLine ParseCommandLine(std::span<const std::string> arguments);
 
-/// Tells the person at the console how the program is called.
+/// Prints to the console how to call the program.
 void PrintUsage();

@@ -3,6 +3,6 @@
 
 #include "tools/vistrel_diag/command_line.h"
 
-/// Carries out the whole run on the calling thread and writes the report file. Nothing that fails ends it
-/// early.
+/// Carries out the whole run on the calling thread and writes the report file. A failing step does not end
+/// the run early.
 void CarryOutRun(const RunOptions& options);

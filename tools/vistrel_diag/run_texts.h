@@ -1,4 +1,4 @@
-// What the guided run itself says: its console texts, and the report lines that belong to no section.
+// Texts of the guided run itself: its console texts, and the report lines that belong to no section.
 #pragma once
 
 #include <functional>
@@ -11,9 +11,9 @@ void PrintOpeningLines(const std::string& tool_folder);
 
 void PrintPartTwoInstructions();
 
-/// Gives the person 15 seconds to click on the game, shown on one console line. `wait_a_second` is called
-/// once for each.
+/// Counts down 15 seconds on one console line, for the user to click on the game. `wait_a_second` is called
+/// once for each second.
 void CountDownToPartTwo(const std::function<void()>& wait_a_second);
 
-/// What the report says in place of part 2.
+/// Prints what the report says in place of part 2.
 void ReportPartTwoSkipped();

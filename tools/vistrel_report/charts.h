@@ -1,4 +1,4 @@
-// Charts of bars in SVG, each with its title and with a table of the same figures behind it.
+// Bar charts in SVG, each with a title and followed by a table of the same figures.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 #include "tools/vistrel_report/facts.h"
 #include "tools/vistrel_report/markup.h"
 
-/// What a bar's part stands for; the style sheet has a colour for each, in either scheme.
+/// What a part of a bar represents; the style sheet has a colour for each, in the light and the dark scheme.
 enum class ChartColour { Warp, Model, First, Second, Marked };
 
 struct ChartSegment {
@@ -17,7 +17,7 @@ struct ChartSegment {
     ChartColour colour = ChartColour::First;
 };
 
-/// From least to most, with the one in the middle marked.
+/// A range from least to most, with the middle value marked.
 struct ChartSpan {
     double least = 0.0;
     double middle = 0.0;
@@ -28,13 +28,13 @@ struct ChartSpan {
 struct ChartRow {
     std::string label;
     std::string figure;
-    std::vector<ChartSegment> segments;  ///< one after the other
+    std::vector<ChartSegment> segments;  ///< drawn one after the other
     std::optional<ChartSpan> span;
     std::optional<double> limit;  ///< drawn as a frame of that length around the bar
     bool marked = false;          ///< such as the user's own model
 };
 
-/// A line across all rows that they are read against.
+/// A reference line across all rows.
 struct ChartMark {
     double at = 0.0;
     std::string label;
@@ -47,21 +47,21 @@ struct ChartLegend {
 
 struct Chart {
     std::string title;
-    std::string says;  ///< one sentence for who cannot see it
+    std::string says;  ///< one sentence for readers who cannot see the chart
     std::vector<ChartLegend> legend;
     std::vector<ChartMark> marks;
     std::vector<ChartRow> rows;
-    double longest = 0.0;  ///< where the scale ends; what is longer is cut there and shown to be
+    double longest = 0.0;  ///< where the scale ends; a longer bar is cut there and marked as cut
     std::vector<std::string> table_head;
     std::vector<std::vector<std::string>> table_rows;
 };
 
-/// The charts that the report has figures for.
+/// Makes the charts for which the report has figures.
 std::vector<Chart> ChartsOf(const Facts& facts);
 
-/// A <figure>. `report` and `number` make its name unique within the page.
+/// Writes a <figure>. `report` and `number` make its name unique within the page.
 void WriteChart(Markup& page, const Chart& chart, std::size_t report, std::size_t number);
 
-/// A table with a head.
+/// Writes a table with a head.
 void WriteTable(Markup& page, const std::vector<std::string>& head,
                 const std::vector<std::vector<std::string>>& rows);

@@ -1,4 +1,4 @@
-// What changed between two reports of one user.
+// Compares two reports of one user.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 enum class RowState { Same, WithinTolerance, Changed, NotComparable, OnlyInOld, OnlyInNew };
 
-/// Runs of the same set-up differ by so much; what differs by no more is no change.
+/// Runs of the same set-up differ by up to this share; a smaller difference does not count as a change.
 inline constexpr double kRunTolerance = 0.10;
 
 struct ComparedRow {
@@ -18,7 +18,7 @@ struct ComparedRow {
     std::string old_value;
     std::string new_value;
     RowState state = RowState::Same;
-    std::string why;  ///< of one that is not comparable; of a changed number by how much
+    std::string why;  ///< why it is not comparable, or by how much a number changed
 };
 
 struct Comparison {
@@ -27,10 +27,10 @@ struct Comparison {
     std::vector<const Rule*> went;
 };
 
-/// Never compares what differs by itself from one start of the machine to the next: LUIDs, free memory.
+/// Values that differ after every restart of the machine are not compared: LUIDs, free memory.
 Comparison Compare(const Facts& old_facts, const Findings& old_findings, const Facts& new_facts,
                    const Findings& new_findings);
 
-/// As text; rows that are the same, or within the tolerance, are hidden and counted.
+/// The comparison as text. Rows that are the same, or within the tolerance, are counted but not shown.
 std::string ComparisonText(const std::string& old_name, const std::string& new_name,
                            const Comparison& comparison);

@@ -1,5 +1,5 @@
-// What a report says, as the rules, charts, tables and comparisons read it: one record a report, every fact
-// with the line it stands on. What the report does not tell is empty.
+// What a report says, for the rules, charts, tables and comparisons: one record per report, each fact with
+// its line number. What the report does not say is empty.
 #pragma once
 
 #include <array>
@@ -10,10 +10,10 @@
 #include <string_view>
 #include <vector>
 
-/// A line of the report, counted from 1 as an editor does; 0: none.
+/// A line of the report, counted from 1 as in an editor; 0 means none.
 using LineNumber = std::size_t;
 
-/// The parts of a report, in its order. What part 2 repeats counts by itself.
+/// The parts of a report, in its order. Sections that part 2 repeats are parts of their own.
 enum class Part {
     Opening,
     RunningSoftware,
@@ -40,10 +40,10 @@ enum class Part {
 };
 inline constexpr std::size_t kPartCount = static_cast<std::size_t>(Part::Verdict) + 1;
 
-/// What a person calls the part: the section's title, "part 2" before those that part 2 repeats.
+/// The part's name for readers: the section's title, with "part 2" before those that part 2 repeats.
 std::string_view PartName(Part part);
 
-/// A text and where it stands.
+/// A text and its line.
 struct TextFact {
     std::string text;
     LineNumber line = 0;
@@ -53,7 +53,7 @@ struct SoftwareFacts {
     std::vector<TextFact> programs;
     std::optional<TextFact> foreground_program;
     std::optional<TextFact> foreground_title;
-    LineNumber product_running_line = 0;  ///< of the warning; 0: it does not run
+    LineNumber product_running_line = 0;  ///< of the warning; 0 when the product is not running
 };
 
 struct MachineFacts {
@@ -75,7 +75,7 @@ struct MemoryUse {
 };
 
 struct GpuFacts {
-    std::int64_t number = 0;  ///< behind "GPU"
+    std::int64_t number = 0;  ///< the number after "GPU"
     std::string name;
     std::string vendor;
     bool software = false;
@@ -106,8 +106,8 @@ struct OverrideFacts {
 
 struct SettingsFacts {
     std::optional<TextFact> product_version;
-    std::optional<TextFact> file;     ///< as printed, "(not found)" among it
-    LineNumber defaults_line = 0;     ///< of the warning that defaults are measured
+    std::optional<TextFact> file;     ///< as printed; may be "(not found)"
+    LineNumber defaults_line = 0;     ///< of the warning that the defaults are measured
     LineNumber parse_error_line = 0;  ///< the file could not be parsed
     std::optional<TextFact> depth_source;
     std::optional<TextFact> depth_model;
@@ -115,7 +115,7 @@ struct SettingsFacts {
     std::optional<bool> stereo_enabled;
     std::optional<double> separation_mm;
     std::optional<double> depth_strength;
-    LineNumber stereo_off_line = 0;  ///< of the three warnings about a picture without depth
+    LineNumber stereo_off_line = 0;  ///< this and the next two: warnings about a picture without depth
     LineNumber separation_line = 0;
     LineNumber depth_strength_line = 0;
 };
@@ -140,10 +140,10 @@ struct BenchmarkFacts {
 };
 
 struct CaptureFacts {
-    std::optional<TextFact> failure;  ///< the advice that is quoted
+    std::optional<TextFact> failure;  ///< the quoted advice
     std::optional<std::int64_t> width;
     std::optional<std::int64_t> height;
-    std::optional<TextFact> other_gpu;  ///< the GPU that frames come from, when it is another one
+    std::optional<TextFact> other_gpu;  ///< the GPU that frames come from, when it is not the benchmark GPU
     std::optional<double> fps;
     LineNumber fps_line = 0;
     LineNumber not_read_back_line = 0;
@@ -176,7 +176,7 @@ struct ModelRow {
 
 struct ModelFacts {
     std::vector<ModelRow> rows;
-    LineNumber runtime_missing_line = 0;  ///< onnxruntime.dll is not beside the tool
+    LineNumber runtime_missing_line = 0;  ///< onnxruntime.dll is not next to the tool
     LineNumber no_custom_model_line = 0;
 };
 
@@ -184,9 +184,9 @@ struct HandFacts {
     std::optional<bool> hand_tracking;
     std::optional<bool> data_source;
     LineNumber data_source_line = 0;
-    std::optional<TextFact> stop;        ///< why nobody watched
+    std::optional<TextFact> stop;        ///< why the hands were not watched
     std::optional<TextFact> conclusion;  ///< the closing line
-    bool told_apart = false;             ///< what it says
+    bool told_apart = false;             ///< the conclusion says that they are told apart
 };
 
 struct ShareRow {
@@ -199,37 +199,37 @@ struct ShareRow {
 
 struct VerdictFacts {
     std::vector<ShareRow> shares;
-    bool reshade_mode = false;         ///< the mode that it judges
-    std::optional<double> model_rate;  ///< inferences a second
+    bool reshade_mode = false;         ///< the verdict is for ReShade mode
+    std::optional<double> model_rate;  ///< inferences per second
     LineNumber model_too_slow_line = 0;
     std::optional<double> share;  ///< of the GPU, in percent, at 90 Hz in that mode
     LineNumber share_line = 0;
     LineNumber not_measured_line = 0;  ///< the warp could not be measured
 };
 
-/// A run that ended before its end, or a section that did.
+/// A run or a section that ended early.
 struct BrokenOff {
     std::string section;
     std::string cause;  ///< in the report's words
     LineNumber line = 0;
-    bool crashed = true;  ///< and was not ended by a person or by Windows
+    bool crashed = true;  ///< false when it was ended by the user or by Windows
 };
 
-/// What was done to the report on its way, or is missing of it.
+/// What was changed in the report on its way to us, or what is missing.
 struct NoteFact {
     std::string_view kind;  ///< one word: "wrapped", "cut_off", ...
     std::string text;       ///< a sentence; may quote the report
     LineNumber line = 0;
 };
 
-/// A heading of the report's own.
+/// One of the report's own headings.
 struct HeadingFact {
     std::string title;
     LineNumber line = 0;
 };
 
 struct Facts {
-    std::string name;  ///< of the report: its file, or what the input was called
+    std::string name;  ///< of the report: its file name, or the name of the input
     std::optional<std::string> report_version;
     std::optional<TextFact> folder;
     std::array<bool, kPartCount> present{};
@@ -263,30 +263,31 @@ struct Facts {
     std::optional<BrokenOff> cut_short;
     std::vector<BrokenOff> broken_sections;
 
-    std::vector<TextFact> lines;        ///< the whole text as it was found, by number; empty ones as well
+    std::vector<TextFact> lines;        ///< the whole text as found, one entry per line, empty lines included
     std::vector<HeadingFact> headings;  ///< in the order of the report
-    std::vector<LineNumber> not_understood;  ///< lines that no reading claims
-    std::vector<NoteFact> notes;             ///< of the reading: what was mended, what is foreign
+    std::vector<LineNumber> not_understood;  ///< lines that no reading function understood
+    std::vector<NoteFact> notes;  ///< from the reading: what was repaired, what does not belong to the report
 
     bool Has(Part part) const { return present[static_cast<std::size_t>(part)]; }
 };
 
-/// The line of that number, or null.
+/// The line with that number, or null.
 const TextFact* FindLine(const Facts& facts, LineNumber number);
 TextFact* FindLine(Facts& facts, LineNumber number);
 
-/// The GPU of that number, or null.
+/// The GPU with that number, or null.
 const GpuFacts* FindGpu(const Facts& facts, std::int64_t number);
 
-/// The primary display, the last one when several are, or null.
+/// The primary display (the last one when there are several), or null.
 const DisplayFacts* PrimaryDisplay(const Facts& facts);
 
-/// How many GPUs are no software.
+/// How many GPUs are hardware.
 std::size_t HardwareGpuCount(const Facts& facts);
 
-/// The model that the settings name, or null when the report has no row of it.
+/// The model that the settings name, or null when the report has no row for it.
 const ModelRow* ConfiguredModel(const Facts& facts);
 
-/// The same for two reports of one machine, sixteen hexadecimal digits: made of processor, memory, and the
-/// GPUs' names and sizes. Empty when the report tells none of them. Two machines of one make have the same.
+/// A key that is the same for all reports of one machine: sixteen hexadecimal digits, computed from the
+/// processor, the memory, and the GPUs' names and sizes. Empty when the report has none of these. Two
+/// machines of the same configuration have the same key.
 std::string MachineKey(const Facts& facts);

@@ -1,4 +1,4 @@
-// From the sections that were read to the facts of a report.
+// Converts the sections that were read into the facts of a report.
 #pragma once
 
 #include <string>
@@ -6,6 +6,6 @@
 
 #include "tools/vistrel_report/facts.h"
 
-/// The reports in the bytes of a file or mail; none when there is none in it. Any bytes do. Each is called
-/// `name`, with "(1)", "(2)" behind it where there are several.
+/// The reports in the bytes of a file or mail; empty when there are none. Any bytes are accepted. Each report
+/// is called `name`, followed by "(1)", "(2)" when there are several.
 std::vector<Facts> ReadFacts(std::string bytes, const std::string& name);

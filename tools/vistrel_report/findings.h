@@ -1,4 +1,4 @@
-// What the rules make of one report.
+// The result of applying the rules to one report.
 #pragma once
 
 #include <string>
@@ -10,7 +10,8 @@
 struct Finding {
     const Rule* rule = nullptr;
     Judgement judgement;
-    /// Rules that were found and spoil what this finding rests on; only of one that was found itself.
+    /// Rules that were found and make the data behind this finding unreliable. Only for a rule that was found
+    /// itself.
     std::vector<const Rule*> doubtful_because;
 };
 
@@ -20,13 +21,13 @@ struct Findings {
     std::string summary;         ///< one sentence for the top
 };
 
-/// Asks every rule of the table.
+/// Applies every rule of the table.
 Findings JudgeReport(const Facts& facts);
 
-/// Those that were found at this level, the doubtful ones last.
+/// The findings of this level, the doubtful ones last.
 std::vector<const Finding*> FoundAtLevel(const Findings& findings, Level level);
 
-/// All that were found, by level, the doubtful ones last in each.
+/// All findings, by level, the doubtful ones last within each.
 std::vector<const Finding*> FoundOnes(const Findings& findings);
 
 /// How many answers of this kind there are.

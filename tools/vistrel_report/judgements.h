@@ -1,4 +1,4 @@
-// Making a rule's answer.
+// Functions that make a rule's answer.
 #pragma once
 
 #include <algorithm>
@@ -27,7 +27,7 @@ inline Judgement NotJudged(std::vector<Part> missing) {
     return {Answer::NotJudged, {}, {}, std::move(missing)};
 }
 
-/// Found when `line` is one.
+/// Found when `line` is not 0.
 inline Judgement FoundAt(LineNumber line, std::string says) {
     return line == 0 ? NotFound() : Found(std::move(says), {line});
 }

@@ -1,6 +1,6 @@
-// Writes HTML and SVG. Names of elements and attributes can only be texts of this program's own source; text
-// from outside has one way in, TextOf and AttributeText, and is escaped there. So a page cannot be opened by
-// what a report holds.
+// Writes HTML and SVG. Names of elements and attributes can only be literals of this program's source. Text
+// from outside is accepted in a few functions only, and is escaped there. So the contents of a report cannot
+// add markup to a page.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-/// A text of the source: only a literal converts to it.
+/// A text of the source code: only a literal converts to it.
 class Literal {
   public:
     // NOLINTNEXTLINE(google-explicit-constructor): literals are written as they are.
@@ -19,10 +19,10 @@ class Literal {
     std::string_view text_;
 };
 
-/// A document that only grows. Elements close in the order in which they must.
+/// A document that is written from beginning to end. Elements are closed in the right order.
 class Markup {
   public:
-    /// Closes its element when it goes.
+    /// An open element; the destructor closes it.
     class Element {
       public:
         ~Element() { markup_.Close(name_); }
@@ -36,13 +36,13 @@ class Markup {
         std::string_view name_;
     };
 
-    /// One attribute, which the constructor that is used says how to write.
+    /// One attribute. The constructor decides how its value is written.
     struct Attribute {
         Attribute(const Literal& attribute_name, const Literal& fixed)
             : name(attribute_name.View()), value(fixed.View()) {}
         Attribute(const Literal& attribute_name, double number);
         Attribute(const Literal& attribute_name, std::size_t number);
-        /// From outside: escaped, and unseen characters made visible.
+        /// A text from outside: escaped, and invisible characters made visible.
         static Attribute Text(const Literal& attribute_name, std::string_view outside);
         /// `prefix`, then a number, or two with `middle` between them: names for links within the page.
         static Attribute Numbered(const Literal& attribute_name, const Literal& prefix, std::size_t number);
@@ -57,23 +57,24 @@ class Markup {
     };
     using Attributes = std::vector<Attribute>;
 
-    /// An element that is open until what is returned goes.
+    /// Opens an element; it stays open until the returned object is destroyed.
     [[nodiscard]] Element Open(const Literal& name, const Attributes& attributes = {});
 
-    /// An element without content and without an end: <meta>, <br>; or in SVG one closed in itself.
+    /// Write an element without content and without an end tag (Void: <meta>, <br>), or one of SVG that is
+    /// self-closing (Shape).
     void Void(const Literal& name, const Attributes& attributes = {});
     void Shape(const Literal& name, const Attributes& attributes = {});
 
-    /// An element that holds a text from outside, or a fixed one.
+    /// Writes an element that contains a text, from outside or fixed.
     void TextElement(const Literal& name, std::string_view outside, const Attributes& attributes = {});
 
-    /// A text from outside: escaped, and unseen characters made visible.
+    /// A text from outside: escaped, and invisible characters made visible.
     void TextOf(std::string_view outside);
 
-    /// A part of the page that is written as it is: the style sheet and the document's first line.
+    /// A part of the page that is written unchanged: the style sheet and the document's first line.
     void Verbatim(const Literal& text) { text_ += text.View(); }
 
-    /// What has been written so far; whole once every element has gone.
+    /// The text written so far; complete when every element is closed.
     const std::string& Text() const { return text_; }
 
   private:
@@ -83,8 +84,8 @@ class Markup {
     std::string text_;
 };
 
-/// `outside` for a place between tags or within an attribute's quotes.
+/// Escapes `outside` for use between tags or within an attribute's quotes.
 std::string EscapedText(std::string_view outside);
 
-/// A number as SVG and tables want it: at most two digits after the point, and no zeros behind them.
+/// A number for SVG and tables: at most two digits after the point, without trailing zeros.
 std::string ShortNumber(double number);

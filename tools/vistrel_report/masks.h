@@ -1,5 +1,5 @@
-// Words in place of what may name a person: folders, the user's name, window titles, and the lines that a
-// report quotes from files. docs/reading-a-report.md says which those are.
+// Replaces what may identify a person: folders, the user's name, window titles, and the lines that a report
+// quotes from files. docs/reading-a-report.md lists all of it.
 #pragma once
 
 #include <cstddef>
@@ -11,10 +11,10 @@
 
 #include "tools/vistrel_report/facts.h"
 
-/// Keeps its words from report to report: the same thing gets the same word as long as it lives.
+/// One object can mask several reports: the same thing gets the same word in all of them.
 class Masks {
   public:
-    /// Replaces everything personal in what is shown of the report, its text among it.
+    /// Replaces everything personal in the parts of the report that are shown, its text included.
     void Mask(Facts& facts);
 
   private:
@@ -27,5 +27,5 @@ class Masks {
 
     std::map<std::pair<std::string, std::string>, std::string> words_;
     std::map<std::string, std::size_t> counts_;
-    std::vector<std::pair<std::string, std::string>> replacements_;  ///< of the report at hand, longest first
+    std::vector<std::pair<std::string, std::string>> replacements_;  ///< of the current report, longest first
 };

@@ -1,4 +1,4 @@
-// Reports as one HTML page that needs nothing else: no script, nothing loaded, drawings in SVG.
+// Reports as one self-contained HTML page: no scripts, nothing loaded, drawings in SVG.
 #pragma once
 
 #include <cstddef>
@@ -8,30 +8,31 @@
 #include "tools/vistrel_report/facts.h"
 #include "tools/vistrel_report/findings.h"
 
-/// A report with what the rules make of it.
+/// A report with its findings.
 struct JudgedReport {
     Facts facts;
     Findings findings;
 };
 
-/// Up to so many reports are shown in full on one page.
+/// How many reports at most are shown in full on one page.
 inline constexpr std::size_t kMostDetailedReports = 50;
 
-/// What is left of a report where there are too many to show: enough for a table and for distributions.
+/// What is kept of a report when there are too many to show in full: enough for a table and for
+/// distributions.
 struct ReportSummary {
     std::string name;
-    std::string link;  ///< to a page of its own, relative; empty: none
+    std::string link;  ///< relative link to the report's own page; empty when there is none
     std::string machine_key;
-    std::string gpu;  ///< that was measured; empty when unknown
+    std::string gpu;  ///< the GPU that was measured; empty when unknown
     std::string sentence;
     std::vector<const Rule*> found;
     std::vector<WarpRow> warp;
 };
 ReportSummary SummaryOf(const JudgedReport& report);
 
-/// The whole document of reports in full: for one report its findings, charts and lines; for several a list
-/// of them first.
+/// The whole document with reports in full: each with its findings, charts and lines; several reports are
+/// preceded by a list of them.
 std::string DetailedPage(const std::vector<JudgedReport>& reports);
 
-/// The whole document of a table of reports and of how findings and costs spread.
+/// The whole document with a table of the reports and the distributions of findings and costs.
 std::string OverviewPage(const std::vector<ReportSummary>& reports);

@@ -1,4 +1,4 @@
-// One report as records: what every finding rests on.
+// One report as records, the basis of every finding.
 #pragma once
 
 #include <cstdint>
@@ -23,7 +23,7 @@
 #include "tools/vistrel_diag/sections/warp/warp_reading.h"
 #include "tools/vistrel_report/report_document.h"
 
-/// Part 1 read, a record a section. A section that is not there, or of which nothing was understood, is
+/// The records of part 1, one per section. A section that is missing, or of which no line was understood, is
 /// empty.
 struct PartOneReading {
     std::optional<RunningSoftwareReading> running_software;
@@ -32,7 +32,7 @@ struct PartOneReading {
     std::optional<DisplayReading> displays;
     std::optional<GpuOverrideReading> gpu_overrides;
     std::optional<InjectionReading> injection;
-    std::optional<SettingsFileReading> settings_file;  ///< one that could not be used
+    std::optional<SettingsFileReading> settings_file;  ///< a file that could not be used
     std::optional<SettingsInEffectReading> settings;
     std::optional<SettingsVerbatimReading> settings_verbatim;
     std::optional<ProductLogReading> product_log;
@@ -43,10 +43,10 @@ struct PartOneReading {
     std::optional<DepthModelReading> depth_model;
 };
 
-/// Part 2 read.
+/// The records of part 2.
 struct PartTwoReading {
     bool skipped = false;            ///< the report says that the user skipped it
-    std::uint32_t heading_line = 0;  ///< of either heading; 0 without part 2, skipped or not
+    std::uint32_t heading_line = 0;  ///< of part 2, run or skipped; 0 when there is none
     std::optional<RunningSoftwareReading> running_software;
     std::optional<GameVideoMemoryReading> video_memory;
     std::optional<HeadsetReading> headset;
@@ -54,17 +54,17 @@ struct PartTwoReading {
     std::optional<CaptureReading> game_frame_rate;
 };
 
-/// A report read. Everything is owned but the lines not understood, which refer to the file that the document
-/// is from.
+/// The records of a whole report. They own their data, except the lines not understood, which refer to the
+/// file that the document is from.
 struct Reading {
     std::optional<OpeningReading> opening;
     PartOneReading part_one;
     PartTwoReading part_two;
     std::optional<VerdictReading> verdict;
     std::optional<CutShortReading> cut_short;  ///< the run died
-    std::vector<DocumentNote> notes;           ///< the document's
-    UnreadLines not_understood;                ///< lines within the report that no reading claims
+    std::vector<DocumentNote> notes;           ///< of the document
+    UnreadLines not_understood;  ///< lines within the report that no reading function understood
 };
 
-/// Never fails: what cannot be read is left out and, as far as there are lines of it, told as not understood.
+/// Never fails: what cannot be read is left out, and its lines are listed as not understood.
 Reading ReadReport(const ReportDocument& document);

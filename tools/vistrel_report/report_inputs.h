@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-/// No report is longer; a file that is, is not read. Bytes.
+/// The size in bytes above which a file is not read; no report is that long.
 inline constexpr std::size_t kLongestInput = std::size_t{64} * 1024 * 1024;
 
 /// One input's bytes, or why there are none.
@@ -19,19 +19,20 @@ struct InputBytes {
 /// One thing to read.
 struct Input {
     std::string name;          ///< UTF-8; "-" is standard input
-    bool of_a_folder = false;  ///< it need not be a report
+    bool of_a_folder = false;  ///< found in a folder, so it need not be a report
 };
 
-/// The inputs with folders replaced by the files in them and below, by name. An empty folder stays as it is.
+/// The inputs, with each folder replaced by the files in it and its subfolders, sorted by name. An empty
+/// folder is kept.
 std::vector<Input> ExpandFolders(const std::vector<std::string>& names);
 
-/// Reads all of it. `standard_input` is read for "-".
+/// Reads the whole input. `standard_input` is read for "-".
 InputBytes ReadInput(const Input& input, std::istream& standard_input);
 
-/// Creates the folder, with those above it, unless it is there. False when it cannot be made.
+/// Creates the folder and its parent folders unless it exists. False when it cannot be created.
 bool MakeFolder(const std::string& path);
 
 bool IsFolder(const std::string& path);
 
-/// Replaces the file. False when it could not be written whole.
+/// Replaces the file. False when it could not be written completely.
 bool WriteWholeFile(const std::string& path, const std::string& text);

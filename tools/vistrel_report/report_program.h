@@ -1,4 +1,4 @@
-// The program behind its command line.
+// The program after its command line has been parsed.
 #pragma once
 
 #include <istream>
@@ -6,6 +6,6 @@
 
 #include "tools/vistrel_report/report_options.h"
 
-/// Does what the options say. Returns the exit status (exit_status.h). `in` is standard input, what cannot be
-/// read is told on `errors`.
+/// Does what the options say. Returns the exit status (exit_status.h). `in` is standard input, errors about
+/// unreadable inputs go to `errors`.
 int RunReportProgram(const ReportOptions& options, std::istream& in, std::ostream& out, std::ostream& errors);

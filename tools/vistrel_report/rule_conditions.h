@@ -1,5 +1,5 @@
-// When each rule of the table is found. Every function looks at what the table says the rule needs, and may
-// take that to be there.
+// The conditions of the rules of the table. Each function uses the parts that its rule needs according to the
+// table, and may assume that they are present.
 #pragma once
 
 #include "tools/vistrel_report/facts.h"
@@ -7,7 +7,7 @@
 
 namespace RuleConditions {
 
-// What spoils a report.
+// What makes a report unreliable.
 Judgement ProductRunning(const Facts& facts);
 Judgement WrongFolder(const Facts& facts);
 Judgement InjectedFiles(const Facts& facts);

@@ -1,5 +1,5 @@
-// What an experienced reader looks for in a report: one table. docs/reading-a-report.md is the same knowledge
-// in words; a test holds the two together.
+// What an experienced reader looks for in a report, as one table. docs/reading-a-report.md says the same in
+// words; a test checks that the two agree.
 #pragma once
 
 #include <cstdint>
@@ -9,22 +9,22 @@
 
 #include "tools/vistrel_report/facts.h"
 
-/// What came of a rule for one report.
+/// The answer of a rule for one report.
 enum class Answer {
     Found,
     NotFound,
     NotJudged,     ///< a section that it needs is missing
-    DoesNotApply,  ///< the report is of a machine or set-up that it says nothing of
+    DoesNotApply,  ///< the rule does not cover this machine or set-up
 };
 
-/// By the effect of what was found.
+/// Levels of findings, by the effect of what was found.
 enum class Level { Untrusted, Explains, Contributes, WorthKnowing };
 
-/// What a finding rests on or spoils; a set of bits.
+/// The kinds of data that a finding depends on or makes unreliable; a set of bits.
 using Topics = std::uint8_t;
 namespace Topic {
 inline constexpr Topics kNone = 0;
-inline constexpr Topics kTimings = 1;    ///< of warp and model, and what is computed from them
+inline constexpr Topics kTimings = 1;    ///< times of the warp and the models, and what is computed from them
 inline constexpr Topics kCapture = 2;    ///< whether and how fast the desktop can be captured
 inline constexpr Topics kSettings = 4;   ///< that the settings are this user's
 inline constexpr Topics kBehaviour = 8;  ///< what the product does by itself
@@ -32,16 +32,16 @@ inline constexpr Topics kBehaviour = 8;  ///< what the product does by itself
 
 struct Judgement {
     Answer answer = Answer::NotFound;
-    std::string says;  ///< of what was found; UTF-8, one or two sentences. Holds no personal data
-    std::vector<LineNumber> lines;  ///< that it rests on, ascending, none twice
-    std::vector<Part> missing;      ///< of one that was not judged
+    std::string says;  ///< of what was found; UTF-8, one or two sentences. Contains no personal data
+    std::vector<LineNumber> lines;  ///< lines that it depends on, ascending, each once
+    std::vector<Part> missing;      ///< sections missing, for a rule that was not judged
 };
 
 struct Rule {
     std::string_view id;  ///< permanent
     Level level;
     std::string_view title;   ///< what was found, in a few words
-    std::vector<Part> needs;  ///< all of them, or it is not judged
+    std::vector<Part> needs;  ///< if one of them is missing, the rule is not judged
     Judgement (*judge)(const Facts&);
     std::string_view condition;  ///< when it is found, for --explain
     std::string_view request;    ///< what to ask the user, ready to send; empty: nothing
@@ -50,10 +50,10 @@ struct Rule {
     Topics spoils = Topic::kNone;
 };
 
-/// All rules: by level, and within one the most telling first.
+/// All rules: by level, and within a level the most informative first.
 const std::vector<Rule>& RuleTable();
 
-/// The rule of that id, or null.
+/// The rule with that id, or null.
 const Rule* FindRule(std::string_view id);
 
 /// "untrusted", "explains", "contributes", "worth-knowing": as --only and the JSON spell it.

@@ -1,7 +1,7 @@
-// How the page looks. The hash allows this style alone; a test computes it anew.
+// The page's style. The hash in the page's policy allows only this style sheet; a test computes it again.
 #pragma once
 
-/// As it stands between <style> and </style>.
+/// The text between <style> and </style>.
 #define VISTREL_REPORT_STYLE                                                                                 \
     ":root{color-scheme:light dark;--page:#f4f5f7;--card:#fff;--ink:#1c2330;--soft:#5b6575;--edge:#d8dde5;"  \
     "--warp:#2f6fb3;--model:#d98324;--first:#5b7f9f;--second:#2f9a7a;--marked:#c23b3b;--mark:#a3abb8;"       \
@@ -57,5 +57,5 @@
     "@media print{body{background:#fff;font-size:11pt}main{max-width:none;padding:0}"                        \
     ".finding{break-inside:avoid}.line.found{outline:1px solid #888}a{color:inherit}}"
 
-/// SHA-256 of the above in base64, as the page's policy names it.
+/// SHA-256 of the above in base64, as used in the page's policy.
 #define VISTREL_REPORT_STYLE_HASH "PqDT8GAv1fnhUn1afnh4mKf2UuClzkvzeJr4KEkqvtM="

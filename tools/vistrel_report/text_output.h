@@ -1,4 +1,4 @@
-// Findings in plain text: for the console, for --explain and --list-rules, and as an answer to the user.
+// Findings in plain text: for the console, for --explain and --list-rules, and as a reply to the user.
 #pragma once
 
 #include <optional>
@@ -7,18 +7,18 @@
 #include "tools/vistrel_report/facts.h"
 #include "tools/vistrel_report/findings.h"
 
-/// The findings of one report, those of one level only when `only` says so.
+/// The findings of one report; with `only`, just those of that level.
 std::string FindingsText(const Facts& facts, const Findings& findings, std::optional<Level> only);
 
-/// A short answer to send to the user, with at most three requests.
+/// A short reply to send to the user, with at most three requests.
 std::string ReplyText(const Findings& findings);
 
-/// One line a rule: level, id, title.
+/// One line per rule: level, id, title.
 std::string RuleListText();
 
-/// All that the table says of one rule.
+/// Everything in the table about one rule.
 std::string ExplainText(const Rule& rule);
 
-/// `text` broken at blanks so that no line is longer than `columns` where it can be helped; the lines after
-/// the first begin with `indent`.
+/// `text` wrapped at blanks to lines of at most `columns`, where that is possible; lines after the first
+/// begin with `indent`.
 std::string Wrapped(const std::string& text, std::size_t columns, const std::string& indent);

@@ -1,4 +1,5 @@
-// Text from outside, made safe to show: a report can hold whatever a window title or a settings file holds.
+// Makes text from outside safe to show: a report can contain anything that a window title or a settings file
+// contains.
 #pragma once
 
 #include <cstddef>
@@ -9,17 +10,17 @@
 struct DecodedCharacter {
     char32_t code = 0;
     std::size_t bytes = 0;  ///< how many it takes; at least 1
-    bool valid = false;     ///< false: not UTF-8, `bytes` of it to be passed over
+    bool valid = false;     ///< false when it is not UTF-8; skip `bytes` bytes then
 };
 
-/// The character that `text` begins with. `text` must not be empty.
+/// Decodes the first character of `text`. `text` must not be empty.
 DecodedCharacter DecodeUtf8(std::string_view text);
 
-/// Whether a reader cannot see the character, or it changes how what stands around it is shown: control
-/// characters, those that turn the direction of writing, and those without width that join nothing. The tab
-/// and line feed count.
+/// Whether the character is invisible or changes how the text around it is shown: control characters (tab and
+/// line feed included), characters that change the direction of writing, and zero-width characters that are
+/// not joiners.
 bool IsUnseen(char32_t code);
 
-/// `text` as UTF-8 in which everything can be seen: an unseen character becomes "[U+202E]", what is no UTF-8
-/// the replacement character. A tab becomes a blank.
+/// `text` as UTF-8 in which every character is visible: an invisible character becomes a code such as
+/// "[U+202E]", bytes that are not UTF-8 become the replacement character. A tab becomes a blank.
 std::string VisibleText(std::string_view text);

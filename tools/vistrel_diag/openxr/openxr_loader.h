@@ -1,5 +1,5 @@
-// The OpenXR loader, found at run time: the tool links no OpenXR library, so that it runs where there is
-// none.
+// The OpenXR loader, found at run time: the tool links no OpenXR library, so that it also runs where none is
+// installed.
 #pragma once
 
 #include <windows.h>
@@ -18,23 +18,23 @@
 
 #include "platform/library.h"
 
-/// "openxr_loader.dll", the copy in the executable's own folder before any other.
+/// The library openxr_loader.dll. A copy in the executable's own folder is preferred.
 class OpenXrLoader {
   public:
-    /// Switches off the loader's diagnostics, which it would write into our console, for the rest of the
-    /// process, and loads it.
+    /// Loads the library. First switches off the loader's diagnostics for the rest of the process: it would
+    /// write them to our console.
     OpenXrLoader();
 
-    /// Whether it was found.
+    /// Whether the library was found and loaded.
     explicit operator bool() const { return static_cast<bool>(library_); }
 
-    /// A function that the loader exports; null when it does not.
+    /// A function that the loader exports; null when it does not export one of that name.
     template <typename Function>
     Function EntryPoint(const char* name) const {
         return reinterpret_cast<Function>(GetProcAddress(library_.get(), name));
     }
 
-    /// The loader stays in the process when this object goes; without this it is unloaded.
+    /// Keeps the loader in the process after this object is destroyed. Without this call it is unloaded then.
     void StayLoaded();
 
   private:
@@ -50,12 +50,12 @@ Structure OpenXrStructure(XrStructureType type) {
 }
 
 /// An instance of the application "vistrel_diag" for OpenXR 1.0.34; null when the loader or the runtime
-/// refuses. The caller destroys it. `result` (may be null) gets the answer.
+/// refuses. The caller destroys it. `result` (may be null) receives the XrResult.
 XrInstance CreateOpenXrInstance(PFN_xrCreateInstance create_instance,
                                 std::initializer_list<const char*> extensions, XrResult* result = nullptr);
 
 /// The head-mounted display; XR_NULL_SYSTEM_ID when the runtime has none right now. `result` (may be null)
-/// gets the answer.
+/// receives the XrResult.
 XrSystemId FindHeadMountedDisplay(PFN_xrGetSystem get_system, XrInstance instance,
                                   XrResult* result = nullptr);
 
@@ -68,7 +68,7 @@ void FindOpenXrFunction(PFN_xrGetInstanceProcAddr get_function, XrInstance insta
     function = has_it ? reinterpret_cast<Function>(found) : nullptr;
 }
 
-/// Owns one OpenXR handle. Where the runtime lacks the destroying function, the handle is left alone.
+/// Owns one OpenXR handle. Where the runtime lacks the destroying function, the handle is not destroyed.
 template <typename Handle>
 class OpenXrOwned {
   public:

@@ -1,5 +1,5 @@
-// What an OpenXR runtime hands back, read within bounds: a runtime is another vendor's code, and need not
-// terminate its names nor tell the truth about its counts.
+// Reads what an OpenXR runtime returns, with bounds checks. A runtime is another vendor's code: its names may
+// lack a terminator and its counts may be wrong.
 #pragma once
 
 #include <algorithm>
@@ -9,8 +9,8 @@
 #include <string_view>
 #include <vector>
 
-/// More entries than this are never asked for, whatever a runtime claims to have. Real ones list a few views
-/// and some hundred extensions.
+/// More entries than this are never asked for, whatever a runtime claims to have. Real runtimes list a few
+/// views and some hundred extensions.
 inline constexpr std::uint32_t kMostOpenXrEntries = 4096;
 
 /// The text in a fixed-size name field: it ends at the first zero, or at the field's end when there is none.
@@ -20,13 +20,13 @@ std::string_view OpenXrName(const char (&field)[Size]) {
     return whole.substr(0, whole.find('\0'));
 }
 
-/// The runtime's name, a blank and its version as major.minor.patch. Bytes of the name that are no UTF-8 come
-/// out as U+FFFD. `version` is packed the way OpenXR packs versions.
+/// The runtime's name, a space and its version as major.minor.patch. Bytes of the name that are not UTF-8
+/// become U+FFFD. `version` is packed the way OpenXR packs versions.
 std::string OpenXrRuntimeText(std::string_view name, std::uint64_t version);
 
-/// Carries out OpenXR's two calls for a list: `enumerate(capacity, count, elements)` once for the count and
-/// once more for the elements, each starting as `empty`. Returns nothing when either call fails (a negative
-/// result, as OpenXR has it) or the count is 0; an element that the runtime did not fill stays `empty`.
+/// Makes OpenXR's two calls for a list: `enumerate(capacity, count, elements)` once for the count and once
+/// more for the elements, each starting as `empty`. Returns an empty list when either call fails (a negative
+/// result, by OpenXR's convention) or the count is 0; an element that the runtime did not fill stays `empty`.
 template <typename Element, typename Enumerate>
 std::vector<Element> EnumerateOpenXr(const Element& empty, const Enumerate& enumerate) {
     std::uint32_t count = 0;

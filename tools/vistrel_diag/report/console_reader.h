@@ -1,7 +1,8 @@
-// Reading from a person at a real console.
+// Reading from a user at a real console.
 #pragma once
 
 #include "tools/vistrel_diag/report/console.h"
 
-/// The console that standard input is. Ctrl-C while a line is read ends the process (EndByControlC).
+/// A reader of the console behind standard input. Ctrl-C while a line is read ends the process
+/// (EndByControlC).
 const ConsoleReader& RealConsoleReader();

@@ -1,16 +1,16 @@
-// The real console that the run works on, where standard input or standard output is one.
+// The state of the real console, where standard input or standard output is one.
 #pragma once
 
 #include "platform/console_utf8.h"
 
-/// While it lives, the console is as the run needs it:
+/// While this object exists, the console is set up for the run:
 ///
 /// - A click into the window does not stop the output (quick-edit is off), and input comes in whole lines.
-/// - Text is shown in its own letters, its lines end in CR LF, and progress is shown.
-/// - What has been typed before a prompt does not answer it, and Ctrl-C at a prompt ends the process.
+/// - UTF-8 text is shown correctly, its lines end in CR LF, and progress is shown.
+/// - Input typed before a prompt does not answer it, and Ctrl-C at a prompt ends the process.
 ///
-/// What it changes is put back at the end, also by Ctrl-C and when the window is closed; a process that
-/// crashes calls PutConsoleBack. For a pipe or a file it changes nothing. At most one at a time.
+/// The destructor restores what was changed; so do Ctrl-C and closing the window. A process that crashes
+/// calls PutConsoleBack. A pipe or a file is left unchanged. At most one object at a time.
 class ConsoleState {
   public:
     ConsoleState();
@@ -22,10 +22,11 @@ class ConsoleState {
     ConsoleUtf8Output utf8_output_;
 };
 
-/// Puts back what ConsoleState has changed: modes, code page, title, and the taskbar's progress. For a
-/// process that dies: takes no lock and allocates nothing. Does nothing the second time.
+/// Restores what ConsoleState has changed: modes, code page, title, and the taskbar's progress. Safe in a
+/// crashing process: takes no lock and allocates nothing. A second call does nothing.
 void PutConsoleBack();
 
-/// Whether input and output are both a console that nobody else used when the run began. That is so when the
-/// tool was double-clicked: its window closes with it. False before there is a ConsoleState. Takes no lock.
+/// Whether input and output are both a console that no other process used when the run began. That is the
+/// case when the tool was double-clicked: the window then closes when the tool ends. False before a
+/// ConsoleState exists. Takes no lock.
 bool HasConsoleOfItsOwn();

@@ -1,6 +1,5 @@
-// The report's text while the run goes on: it only grows, and what has been kept once never moves. So the
-// text can be read whole at any moment, by another thread or by a handler of a crash in the middle of a line,
-// without a lock.
+// The report's text during the run. It only grows, and stored text never moves in memory. So another thread,
+// or a crash handler that interrupts the writing of a line, can read all of it at any moment without a lock.
 #pragma once
 
 #include <array>
@@ -10,7 +9,7 @@
 #include <string>
 #include <string_view>
 
-/// One thread appends; any number may read meanwhile. A reader sees whole appends only.
+/// One thread appends; any number of threads may read at the same time. A reader sees complete appends only.
 class KeptText {
   public:
     KeptText() = default;
@@ -18,18 +17,18 @@ class KeptText {
     KeptText(const KeptText&) = delete;
     KeptText& operator=(const KeptText&) = delete;
 
-    /// Adds `text`; readers see all of it or nothing.
+    /// Adds `text`; readers see all of it or none of it.
     void Append(std::string_view text);
 
-    /// Bytes kept so far.
+    /// Bytes stored so far.
     std::size_t size() const { return published_.load(std::memory_order_acquire); }
 
-    /// Calls `visit(std::string_view)` for each piece of what is kept, in order. Allocates nothing and takes
-    /// no lock.
+    /// Calls `visit(std::string_view)` for each piece of the stored text, in order. Allocates nothing and
+    /// takes no lock.
     template <typename Visit>
     void ForEachPiece(Visit visit) const;
 
-    /// Everything kept so far in one piece.
+    /// All text stored so far, in one string.
     std::string Copy() const;
 
   private:
@@ -40,7 +39,7 @@ class KeptText {
     };
 
     Block first_;
-    Block* last_ = &first_;  ///< the writer's own
+    Block* last_ = &first_;  ///< used by the writing thread only
     std::size_t written_ = 0;
     std::atomic<std::size_t> published_ = 0;
 };

@@ -1,4 +1,4 @@
-// The way back from a line of a report to the values that were printed into it.
+// Reads the printed values back from a line of a report.
 #pragma once
 
 #include <cstddef>
@@ -9,15 +9,15 @@
 #include <string_view>
 #include <vector>
 
-/// A line as a reading sees it: without its line end, and without what mail or a console has put around it.
+/// A line of a report to be read: without its line end, and without what mail or a console added around it.
 struct SourceLine {
-    std::string_view text;     ///< UTF-8 as it was found; valid as long as the file that it was read from
-    std::uint32_t number = 0;  ///< in that file, from 1; of the first one where several were joined
+    std::string_view text;     ///< UTF-8 as found; valid as long as the file it was read from
+    std::uint32_t number = 0;  ///< in that file, from 1; for joined lines that of the first one
 };
 
 using SourceLines = std::span<const SourceLine>;
 
-/// The lines that no reading could make anything of, in the order of the file.
+/// The lines that no reading function understood, in the order of the file.
 using UnreadLines = std::vector<SourceLine>;
 
 /// Matches one line against what a print function writes, from left to right:
@@ -25,13 +25,13 @@ using UnreadLines = std::vector<SourceLine>;
 ///     LineScan("GPU 3           : Name [AMD]").Text("GPU ").Whole(index).Text("           :
 ///     ").UpToLast(name, " [")
 ///
-/// The first part that does not match makes the scan fail; the parts behind it are not looked at. A value
-/// that was read before is left as it was read: a caller that minds reads into a record of its own. Numbers
-/// are what printf writes, nothing else: no hexadecimal, no exponent, no sign "+".
+/// The first part that does not match makes the scan fail, and later parts are skipped. Values read before
+/// the failure keep what was read: a caller that must not see them reads into a temporary record. Numbers
+/// have exactly the forms that printf writes: no hexadecimal, no exponent, no sign "+".
 ///
-/// A run of blanks in an expected text matches one of any length but none, for mail and web pages shorten
-/// such runs; at the start of a line it may be missing altogether. What belongs to a text value is never
-/// touched.
+/// A run of blanks in an expected text matches a run of one or more blanks, because mail and web pages
+/// shorten such runs. At the start of a line the run may be missing altogether. Blanks inside a text value
+/// are kept unchanged.
 class LineScan {
   public:
     explicit LineScan(std::string_view line) : line_(line), rest_(line) {}
@@ -39,33 +39,33 @@ class LineScan {
     /// `expected` comes next.
     LineScan& Text(std::string_view expected);
 
-    /// A number without decimals. Fails when it does not fit.
+    /// A number without decimals. Fails when it does not fit the type.
     LineScan& Whole(std::int32_t& value);
     LineScan& Whole(std::uint32_t& value);
     LineScan& Whole(std::uint64_t& value);
 
-    /// A number with or without decimals. Fails for infinities and what is not a number.
+    /// A number with or without decimals. Fails for infinities and NaN.
     LineScan& Number(double& value);
 
-    /// As Number, but "inf", "-inf", "nan" and "-nan" count too: for values that can be printed so.
+    /// As Number, but also accepts "inf", "-inf", "nan" and "-nan", for values that can be printed that way.
     LineScan& AnyNumber(double& value);
     LineScan& AnyNumber(float& value);
 
     /// Eight hexadecimal digits, as "%08X" writes them.
     LineScan& Hex(std::uint32_t& value);
 
-    /// The text up to `expected`, its first or last occurrence, which is passed over as well. The text may
-    /// be empty.
+    /// The text up to the first (UpTo) or last (UpToLast) occurrence of `expected`, which is skipped as well.
+    /// The text may be empty.
     LineScan& UpTo(std::string& value, std::string_view expected);
     LineScan& UpToLast(std::string& value, std::string_view expected);
 
-    /// All that is left. Never fails.
+    /// All remaining text. Never fails.
     LineScan& Rest(std::string& value);
 
-    /// One of `words` comes next; the first that does, by its place among them.
+    /// One of `words` comes next. `place` receives the index of the first one that matches.
     LineScan& OneOf(std::size_t& place, std::initializer_list<std::string_view> words);
 
-    /// Passes over blanks, if there are any. Never fails.
+    /// Skips blanks, if there are any. Never fails.
     LineScan& Blanks();
 
     /// Whether everything so far has matched.
@@ -95,8 +95,8 @@ bool BeginsLine(std::string_view line, std::string_view expected);
 /// Whether `line` is empty or blank.
 bool IsBlankLine(std::string_view line);
 
-/// Hands each line with text to `read`, which says whether it understood it; adds the others to `unread`.
-/// Returns whether any was understood.
+/// Passes each nonblank line to `read`, which returns whether it understood the line. Adds the lines not
+/// understood to `unread`. Returns whether any line was understood.
 template <typename Read>
 bool ReadEachLine(SourceLines lines, UnreadLines& unread, Read read) {
     bool any = false;
@@ -113,10 +113,11 @@ bool ReadEachLine(SourceLines lines, UnreadLines& unread, Read read) {
     return any;
 }
 
-/// Notes the number of `line` in `where` when it is `expected` alone and none was noted before.
+/// Stores the number of `line` in `where` when the line is exactly `expected` and no number was stored
+/// before.
 bool ReadFixedLine(const SourceLine& line, std::string_view expected, std::uint32_t& where);
 
-/// A text of the report and where it stands.
+/// A text of the report and the line it is on.
 struct ReadText {
     std::string text;
     std::uint32_t line = 0;

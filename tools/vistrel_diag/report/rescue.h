@@ -1,5 +1,5 @@
-// A run that dies still leaves its report: drivers crash and runtimes hang while the tool calls them, and the
-// lines found so far are what support needs then.
+// Saves the report of a run that dies. Drivers crash and runtimes hang while the tool calls them, and support
+// then needs the lines found so far.
 #pragma once
 
 #include <cstddef>
@@ -7,12 +7,12 @@
 #include <functional>
 #include <string>
 
-/// What ended a run before its end. Not covered, for Windows ends the process without telling it:
-/// TerminateProcess, a fail-fast, a damaged heap, and abort in a module with a C runtime inside itself.
+/// What ended a run early. Not covered, because Windows ends the process without notice: TerminateProcess, a
+/// fail-fast, a damaged heap, and abort in a module with a statically linked C runtime.
 enum class RunEnd { Crash, Abort, ControlC, ConsoleClosed, SessionEnded, ClosedByInstaller };
 
-/// For a prompt that learns of Ctrl-C before the handlers do: rescues what there is to rescue, puts the
-/// console back and ends the process as Ctrl-C does.
+/// For a prompt that learns of Ctrl-C before the handlers do: writes the report so far, restores the console
+/// and ends the process as Ctrl-C does.
 [[noreturn]] void EndByControlC();
 
 /// A crash: the exception's code, and the file name of the module that it happened in; empty when unknown.
@@ -22,17 +22,17 @@ struct CrashSite {
     std::size_t offset = 0;  ///< of the instruction, from the start of the module; 0 when unknown
 };
 
-/// The line that closes the report of a run cut short: in which section, and by what; `site` is that of a
-/// crash. Allocates nothing, so that it can be made while the process dies; returns the bytes written to
-/// `buffer` without its terminating zero.
+/// Formats the closing line of a report that was cut short: in which section, and by what. `site` is used for
+/// a crash. Allocates nothing, so it can be called while the process dies. Returns the number of bytes
+/// written to `buffer`, without the terminating zero.
 std::size_t FormatCutShortLine(char* buffer, std::size_t size, RunEnd end, const CrashSite& site,
                                const char* section);
 
-/// From its construction, a process that dies of an unhandled exception (a stack overflow and abort
-/// included), of Ctrl-C, a closed console or the end of the session first writes the kept lines to the report
-/// file and closes it with that line. An ordinary run is not changed by a byte. A library that puts a filter
-/// or a handler of its own in place of the rescue's loses that place when the next section begins. At most
-/// one at a time; the thread that makes it is the one that calls foreign code.
+/// While this object exists, a process that dies of an unhandled exception (including a stack overflow and
+/// abort), Ctrl-C, a closed console or the end of the session first writes the lines so far to the report
+/// file and adds that closing line. The report of an ordinary run does not change. If a library replaces the
+/// exception filter or abort handler with its own, the rescue's are installed again when the next section
+/// begins. At most one object at a time; the thread that creates it is the one that calls foreign code.
 class Rescue {
   public:
     /// `report_path`: UTF-8, where the ordinary report will be written.
@@ -43,7 +43,8 @@ class Rescue {
     Rescue(const Rescue&) = delete;
     Rescue& operator=(const Rescue&) = delete;
 
-    /// Carries out `write`, which writes the ordinary report; a console event waits for its end, a crash
-    /// still rescues. Afterwards there is nothing left to rescue, and a crash ends the process quietly.
+    /// Calls `write`, which writes the ordinary report. A console event waits until it returns; a crash
+    /// during it still saves the report. Afterwards nothing is left to save, and a crash ends the process
+    /// quietly.
     void WriteOrdinaryReport(const std::function<void()>& write);
 };

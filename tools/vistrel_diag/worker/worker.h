@@ -1,5 +1,5 @@
-// Asking foreign code in a child process, the same program: what crashes or hangs there costs the section
-// that asked, not the run.
+// Calls foreign code in a child process of the same program. A crash or hang there costs one section, not the
+// run.
 #pragma once
 
 #include <windows.h>
@@ -15,17 +15,18 @@
 #include "tools/vistrel_diag/worker/worker_end.h"
 #include "tools/vistrel_diag/worker/worker_message.h"
 
-/// Unmaps what MapViewOfFile mapped.
+/// Unmaps a view of MapViewOfFile.
 struct BlockUnmapper {
     void operator()(WorkerBlock* block) const { UnmapViewOfFile(block); }
 };
 using MappedBlock = std::unique_ptr<WorkerBlock, BlockUnmapper>;
 
-/// One child process with one task. It ends with this object, and whenever the tool's own process ends.
+/// One child process with one task. The process is ended with this object, and when the tool's own process
+/// ends for any reason.
 class Worker {
   public:
-    /// Starts the task of that name. Null when no child can be started or the child does not come to begin:
-    /// what was to be asked is then asked in the calling process. A child that says nothing for
+    /// Starts the task of that name. Null when no child can be started or the child fails before it begins
+    /// the task: the caller then does the work in its own process. A child that sends nothing for
     /// `longest_silence` is ended.
     static std::unique_ptr<Worker> Start(std::string_view task, const WorkerMessage& request,
                                          std::chrono::seconds longest_silence);
@@ -34,11 +35,11 @@ class Worker {
     Worker& operator=(const Worker&) = delete;
     ~Worker();
 
-    /// The next thing that the child found, waited for. Nothing when it has no more to say: it is done, or
-    /// End() tells how it ended.
+    /// Waits for the child's next message. Nothing when there are no more: the child is done, or End() says
+    /// how it ended.
     std::optional<WorkerMessage> Next();
 
-    /// How the child ended before it was done; nothing while it runs and after it was done.
+    /// How the child ended before it was done; nothing while it runs, and nothing when it finished its task.
     const std::optional<WorkerEnd>& End() const { return end_; }
 
   private:
@@ -54,12 +55,12 @@ class Worker {
     std::chrono::seconds longest_silence_;
     KernelHandle memory_;
     MappedBlock block_;
-    KernelHandle pipe_;        ///< what the child says
-    KernelHandle child_pipe_;  ///< the child's end of it
-    KernelHandle spoke_;       ///< event: the child has written
+    KernelHandle pipe_;        ///< messages from the child
+    KernelHandle child_pipe_;  ///< the child's end of that pipe
+    KernelHandle spoke_;       ///< an event: the child has written
     KernelHandle job_;
     KernelHandle process_;
-    std::string unread_;  ///< taken from the pipe
+    std::string unread_;  ///< taken from the pipe, not yet returned by Next
     bool over_ = false;
     std::optional<WorkerEnd> end_;
 };

@@ -1,5 +1,5 @@
-// The memory that the tool shares with its worker process: what is asked, and what the worker notes while it
-// dies, when a pipe may be out of reach.
+// The memory that the tool shares with its worker process: the request, and what the worker records while it
+// dies, when it may be unable to use a pipe.
 #pragma once
 
 #include <array>
@@ -7,7 +7,7 @@
 #include <cstdint>
 
 struct WorkerBlock {
-    /// So that a number on the command line which is no such memory is taken for none.
+    /// Identifies the block, so that a handle on the command line to any other memory is rejected.
     static constexpr std::uint32_t kMagic = 0x57524B31;
 
     std::uint32_t magic;

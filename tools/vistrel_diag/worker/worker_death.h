@@ -1,11 +1,11 @@
-// The worker's last moments: noting for the parent what it dies of, without a dialog and without a dump.
+// Records for the parent why the worker process dies, without a dialog and without a dump.
 #pragma once
 
 struct WorkerBlock;
 
-/// From now on the process dies quietly of whatever kills it, and `block`, which stays mapped, tells what
-/// that was as far as Windows lets the process know. For the calling thread, a stack overflow too.
+/// From now on the process dies without a dialog, and `block` receives the cause as far as Windows reports it
+/// to the process. `block` must stay mapped. A stack overflow is covered for the calling thread only.
 void NoteDeathIn(WorkerBlock& block);
 
-/// There is nothing to tell any more; the block may go.
+/// Ends the recording; the block may then be unmapped.
 void StopNotingDeath();

@@ -8,9 +8,9 @@ struct WorkerEnd {
     enum class Kind {
         Crashed,  ///< `code` is the exception's
         Aborted,  ///< the C runtime's abort
-        Exited,   ///< it was ended with the exit code `code`, by itself or from outside
-        Lost,     ///< Windows refused to wait for it, and it was ended for that
-        Silent,   ///< it gave no sign of life for `silent_seconds`, and was ended for that
+        Exited,   ///< it ended with the exit code `code`, by itself or terminated by another process
+        Lost,     ///< waiting for it failed, so it was ended
+        Silent,   ///< it gave no sign of life for `silent_seconds`, so it was ended
     };
 
     Kind kind = Kind::Exited;
@@ -19,15 +19,16 @@ struct WorkerEnd {
     int silent_seconds = 0;
 };
 
-/// What the worker noted of itself in the memory that it shares with its parent.
+/// What the worker recorded about itself in the memory that it shares with its parent.
 struct WorkerNote {
-    std::uint32_t exception_code = 0;  ///< of the last exception that was raised, handled or not; 0: none
-    std::string module;                ///< where that one was raised
+    std::uint32_t exception_code = 0;  ///< of the last exception raised, handled or not; 0 means none
+    std::string module;                ///< the module that raised it
     bool aborted = false;
 };
 
-/// What the exit code and the worker's note say together.
+/// How the worker ended, from its exit code and its note.
 WorkerEnd UnderstandWorkerEnd(std::uint32_t exit_code, const WorkerNote& note);
 
-/// The predicate of a sentence about what was asked: "crashed in name.dll (access violation, 0xC0000005)".
+/// The predicate of a sentence about the work that was asked for: "crashed in name.dll (access violation,
+/// 0xC0000005)".
 std::string WorkerEndText(const WorkerEnd& end);

@@ -1,4 +1,4 @@
-// The way back from the words for how a worker process ended.
+// Reads back the words for how a worker process ended.
 #pragma once
 
 #include <optional>
@@ -6,6 +6,6 @@
 
 #include "tools/vistrel_diag/worker/worker_end.h"
 
-/// What WorkerEndText made `text` of. The print loses nothing but the code of a process that aborted or was
-/// ended. Empty when it is no such text.
+/// The record from which WorkerEndText made `text`. Only the code of a process that aborted or was ended is
+/// not in the text. Empty when `text` is not such a text.
 std::optional<WorkerEnd> ReadWorkerEnd(std::string_view text);

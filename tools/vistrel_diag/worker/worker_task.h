@@ -1,4 +1,4 @@
-// The worker's side: carrying out a task in the child process.
+// The worker's side: runs a task in the child process.
 #pragma once
 
 #include <span>
@@ -7,14 +7,14 @@
 
 #include "tools/vistrel_diag/worker/worker_message.h"
 
-/// Where a task tells what it finds.
+/// Where a task sends its results.
 class WorkerChannel {
   public:
     virtual ~WorkerChannel() = default;
 
     virtual void Tell(const WorkerMessage& message) = 0;
 
-    /// A sign of life. Costs next to nothing however often it is given.
+    /// Sends a sign of life. Cheap enough to be called at any rate.
     virtual void GiveSign() = 0;
 };
 
@@ -23,13 +23,13 @@ struct WorkerTask {
     void (*carry_out)(const WorkerMessage& request, WorkerChannel& channel);
 };
 
-/// The option that makes this program a worker. It is for the program itself: what stands behind it are
-/// handles that only a parent can have prepared.
+/// The option that makes this program a worker. For internal use: the arguments after it are handles that
+/// only the parent process can prepare.
 inline constexpr std::string_view kWorkerOption = "--worker";
 
-/// Whether the arguments behind the program's name ask for a worker.
+/// Whether the arguments after the program's name ask for a worker.
 bool IsWorkerCommandLine(std::span<const std::string> arguments);
 
-/// Carries out the one of `tasks` that the parent asks for, and returns the exit code. Where it comes to the
-/// end of the task, it ends the process itself.
+/// Runs the one of `tasks` that the parent asks for. When the task is finished, ends the process itself;
+/// returns an exit code only when that point is not reached.
 int RunAsWorker(std::span<const std::string> arguments, std::span<const WorkerTask> tasks);

@@ -1,4 +1,4 @@
-// Which GPU the measurements run on: the choice, as far as it is made from plain records.
+// Which GPU the measurements run on: the part of the choice that needs only plain records.
 #pragma once
 
 #include <cstdint>
@@ -16,9 +16,10 @@ struct BenchmarkGpu {
 /// The hardware GPU with the most dedicated memory, the first of equals. One without any is never chosen.
 BenchmarkGpu LargestHardwareGpu(const std::vector<GpuInfo>& gpus);
 
-/// Says which GPU is measured and why. `runtime_named_adapter`: the OpenXR runtime named the adapter that it
-/// requires, whether or not that one was found. The name is that of the entry at position `index` of `gpus`.
+/// Prints which GPU is measured and why. `runtime_named_adapter` is true when the OpenXR runtime named the
+/// adapter that it requires, whether or not that adapter was found. The name printed is that of the entry at
+/// position `index` of `gpus`.
 void PrintBenchmarkGpu(const std::vector<GpuInfo>& gpus, std::int32_t index, bool runtime_named_adapter);
 
-/// Says that there is no device to measure on; `error` is the HRESULT of its creation.
+/// Prints that there is no device to measure on; `error` is the HRESULT of its creation.
 void PrintNoBenchmarkDevice(std::uint32_t error);

@@ -1,4 +1,4 @@
-// The way back from the lines about the screen capture to the record.
+// Reads the lines about the screen capture back into the record.
 #pragma once
 
 #include <cstdint>
@@ -9,9 +9,10 @@
 
 /// SCREEN CAPTURE, or the game's frame rate of part 2.
 ///
-/// The print loses: the number of calls; the measured time beyond a hundredth of a second (the time read
-/// prints the same, frame rate included); the picture, of which one byte stands for whatever was read back;
-/// everything but the error of a capture that failed; of the game's, the other GPU and the picture as well.
+/// Not in the lines: the number of calls; the measured time to less than a hundredth of a second (the time
+/// read back prints the same lines, frame rate included); the picture (one byte stands for any picture that
+/// was read back); everything but the error of a failed capture; for the game's frame rate also the other GPU
+/// and the picture.
 struct CaptureReading {
     CaptureMeasurement measurement;
     double frames_per_second = 0.0;  ///< as printed
@@ -22,6 +23,6 @@ struct CaptureReading {
     std::uint32_t synthetic_picture_line = 0;  ///< of "NOTE: could not read a frame back ..."
 };
 
-/// Empty when no line was understood. Lines that were not are added to `unread`.
+/// Empty when no line was understood. Lines that were not understood are added to `unread`.
 std::optional<CaptureReading> ReadCaptureSection(SourceLines lines, UnreadLines& unread);
 std::optional<CaptureReading> ReadGameFrameRate(SourceLines lines, UnreadLines& unread);

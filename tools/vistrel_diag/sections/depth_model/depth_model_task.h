@@ -1,4 +1,4 @@
-// Timing depth models in a worker process: what it is asked and what it answers.
+// Timing depth models in a worker process: the request and the answers.
 #pragma once
 
 #include <cstdint>
@@ -8,11 +8,11 @@
 #include "depth/inference_timing.h"
 #include "tools/vistrel_diag/worker/worker_task.h"
 
-/// Presets in a row, or else one model of the user's own, or else none: then onnxruntime.dll is only loaded.
+/// Times a range of presets, or one model of the user's own. With neither, onnxruntime.dll is only loaded.
 struct DepthModelRequest {
     struct CustomModel {
         std::string path;       ///< UTF-8
-        std::int32_t size = 0;  ///< pixels of a side of its square input
+        std::int32_t size = 0;  ///< side of its square input in pixels
     };
 
     std::string tool_folder;  ///< UTF-8
@@ -33,6 +33,6 @@ inline constexpr std::string_view kDepthModelTask = "depth_models";
 /// The worker's answer before any timing: whether onnxruntime.dll could be loaded.
 inline constexpr std::string_view kRuntimeLoaded = "loaded";
 
-/// The worker's task of that name: loads the runtime, then times the models in their order and tells each
-/// timing as soon as it is known. Each inference is a sign of life.
+/// The worker's task of that name: loads the runtime, then times the models in order and sends each timing as
+/// soon as it is known. Gives a sign of life with each inference.
 void CarryOutDepthModelTask(const WorkerMessage& request, WorkerChannel& channel);

@@ -1,4 +1,4 @@
-// The way back from the lines of DISPLAYS to the records.
+// Reads the lines of DISPLAYS back into records.
 #pragma once
 
 #include <cstdint>
@@ -9,7 +9,7 @@
 #include "tools/vistrel_diag/report/line_reading.h"
 #include "tools/vistrel_diag/sections/displays/display_section.h"
 
-/// One monitor, with what its line tells of the GPU. The print loses blanks at the end of a short name.
+/// One monitor, with what its line says about the GPU. Blanks at the end of a short name cannot be read back.
 struct ReadDisplay {
     DisplayInfo display;
     std::string gpu_name;  ///< "UNKNOWN" when no GPU claims it
@@ -21,5 +21,5 @@ struct DisplayReading {
     std::uint32_t primary_note_line = 0;  ///< of "(* = primary. ..."
 };
 
-/// Empty when no line was understood. Lines that were not are added to `unread`.
+/// Empty when no line was understood. Lines that were not understood are added to `unread`.
 std::optional<DisplayReading> ReadDisplaySection(SourceLines lines, UnreadLines& unread);

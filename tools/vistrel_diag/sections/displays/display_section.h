@@ -1,4 +1,4 @@
-// The monitors of the desktop: the report's section about them, and the list that the rest of the run reads.
+// The monitors of the desktop: the report's section about them, and the list that the rest of the run uses.
 #pragma once
 
 #include <cstdint>
@@ -20,16 +20,17 @@ struct DisplayInfo {
 /// The monitors in the order in which Windows lists them. Empty before ReportDisplaySection.
 const std::vector<DisplayInfo>& DisplayList();
 
-/// Fills the list; for the section and for tests.
+/// Sets the list; for the section and for tests.
 void SetDisplayList(std::vector<DisplayInfo> displays);
 
-/// The monitors of the desktop whose mode can be read. None has its GPU yet.
+/// Lists the monitors of the desktop whose mode can be read. Their GPUs are not set yet.
 std::vector<DisplayInfo> ProbeDisplays();
 
-/// Gives every display the position in `gpus` of the last GPU whose outputs include it, by exact name, or -1.
+/// Sets each display's GPU to the position in `gpus` of the last GPU that has an output of exactly that name,
+/// or to -1.
 void MatchDisplaysWithGpus(std::vector<DisplayInfo>& displays, const std::vector<GpuInfo>& gpus);
 
-/// `gpus` is the list that the displays were matched with.
+/// Prints the section's lines. `gpus` is the list that the displays were matched with.
 void PrintDisplaySection(const std::vector<DisplayInfo>& displays, const std::vector<GpuInfo>& gpus);
 
 /// Reports the monitors with the GPUs of GpuList and fills DisplayList. Called once, after ReportGpuSection.

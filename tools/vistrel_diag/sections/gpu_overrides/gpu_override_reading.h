@@ -1,4 +1,4 @@
-// The way back from the lines of PER-APP GPU OVERRIDES to the record.
+// Reads the lines of PER-APP GPU OVERRIDES back into the record.
 #pragma once
 
 #include <cstdint>
@@ -8,8 +8,8 @@
 #include "tools/vistrel_diag/report/line_reading.h"
 #include "tools/vistrel_diag/sections/gpu_overrides/gpu_override_section.h"
 
-/// The print loses the pins of other applications, and where an application's name ends when the choice holds
-/// " = ".
+/// Not in the lines: the pins of other applications, and where an application's name ends when the choice
+/// contains " = ".
 struct GpuOverrideReading {
     std::optional<std::vector<GpuPreference>> preferences;  ///< empty when nothing was ever pinned
     std::vector<std::uint32_t> lines;                       ///< one for each of preferences
@@ -18,5 +18,5 @@ struct GpuOverrideReading {
     std::uint32_t explanation_line = 0;                     ///< of "(GpuPreference=1 means ..."
 };
 
-/// Empty when no line was understood. Lines that were not are added to `unread`.
+/// Empty when no line was understood. Lines that were not understood are added to `unread`.
 std::optional<GpuOverrideReading> ReadGpuOverrideSection(SourceLines lines, UnreadLines& unread);

@@ -1,4 +1,4 @@
-// The report's section about the GPU that the person has pinned an application to in Windows' settings.
+// The report's section about applications that the user has pinned to a GPU in Windows' settings.
 #pragma once
 
 #include <optional>
@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-/// One pinned application, both texts UTF-8 as Windows keeps them.
+/// One pinned application. Both texts are UTF-8, as Windows stores them.
 struct GpuPreference {
     std::string application;  ///< path of its executable, or its package name
     std::string choice;       ///< such as "GpuPreference=2;"
@@ -15,7 +15,7 @@ struct GpuPreference {
 /// The pins of all applications in the order in which Windows lists them. Empty when nothing was ever pinned.
 std::optional<std::vector<GpuPreference>> ProbeGpuPreferences();
 
-/// Whether the product or SteamVR is meant.
+/// Whether `application` is the product or SteamVR.
 bool ConcernsVistrelOrSteamVr(std::string_view application);
 
 void PrintGpuOverrideSection(const std::optional<std::vector<GpuPreference>>& preferences);

@@ -1,4 +1,4 @@
-// The way back from the lines about GPUs and their memory to the records.
+// Reads the lines about GPUs and their memory back into records.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 #include "tools/vistrel_diag/report/line_reading.h"
 #include "tools/vistrel_diag/sections/gpus/gpu_section.h"
 
-/// The lines that one GPU's values stand on; 0 when a line is missing.
+/// The numbers of the lines with one GPU's values; 0 when a line is missing.
 struct GpuLines {
     std::uint32_t name = 0;
     std::uint32_t memory = 0;
@@ -20,10 +20,11 @@ struct GpuLines {
     std::uint32_t memory_reserved = 0;
 };
 
-/// What GPUs says.
+/// The GPUs section.
 ///
-/// The print loses: memory beyond a megabyte (the bytes read print the same, percentage included); every
-/// vendor that it has no name for (read as 0); where one display's name ends, when it holds ", ".
+/// Not in the lines: memory to less than a megabyte (the bytes read back print the same lines, percentage
+/// included); a vendor without a name in the report (read as 0); where a display's name ends, when it
+/// contains ", ".
 struct GpuReading {
     GpuInventory inventory;
     std::vector<GpuLines> lines;            ///< one for each of inventory.gpus
@@ -31,10 +32,10 @@ struct GpuReading {
     std::uint32_t several_gpus_line = 0;    ///< of "NOTE: more than one hardware GPU is present. ..."
 };
 
-/// Video memory at one moment: number, name and memory of each GPU, nothing else of it.
+/// Video memory at one moment: only the number, name and memory of each GPU.
 ///
-/// The print loses, beside what GpuReading does not have either: software adapters, those whose memory
-/// Windows does not tell, and blanks at the end of a short name.
+/// Not in the lines, besides what GpuReading lacks: software adapters, adapters whose memory Windows does not
+/// report, and blanks at the end of a short name.
 struct GameVideoMemoryReading {
     std::string moment;  ///< such as "while the game is running"
     std::vector<ProbedGpu> gpus;
@@ -45,6 +46,6 @@ struct GameVideoMemoryReading {
     bool OutOfHeadroom(std::size_t position) const;
 };
 
-/// Empty when no line was understood. Lines that were not are added to `unread`.
+/// Empty when no line was understood. Lines that were not understood are added to `unread`.
 std::optional<GpuReading> ReadGpuSection(SourceLines lines, UnreadLines& unread);
 std::optional<GameVideoMemoryReading> ReadVramLines(SourceLines lines, UnreadLines& unread);

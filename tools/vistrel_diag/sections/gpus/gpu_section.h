@@ -1,4 +1,4 @@
-// The GPUs of the machine: the report's section about them, and the list that the rest of the run works with.
+// The GPUs of the machine: the report's section about them, and the list that the rest of the run uses.
 #pragma once
 
 #include <cstdint>
@@ -29,10 +29,10 @@ struct GpuInfo {
 /// The adapters in enumeration order. Empty before ReportGpuSection, and when DXGI could not be reached.
 const std::vector<GpuInfo>& GpuList();
 
-/// Fills the list; for the section and for tests.
+/// Sets the list; for the section and for tests.
 void SetGpuList(std::vector<GpuInfo> gpus);
 
-/// An adapter with its memory at one moment; without it where Windows does not tell.
+/// An adapter with its memory at one moment; `memory` is empty where Windows does not report it.
 struct ProbedGpu {
     GpuInfo gpu;
     std::optional<VideoMemoryUse> memory;
@@ -43,28 +43,28 @@ struct GpuInventory {
     std::vector<ProbedGpu> gpus;  ///< only adapters that could be described
 };
 
-/// What is called with each part of the inventory as soon as it is found; each may be empty.
+/// Functions that are called with each part of the inventory as soon as it is found. Each may be empty.
 struct GpuVisitor {
     std::function<void(const GpuInfo& gpu)> described;
-    std::function<void(const VideoMemoryUse& memory)> memory_told;  ///< of the adapter described last
+    std::function<void(const VideoMemoryUse& memory)> memory_told;  ///< for the adapter described last
 };
 
 GpuInventory ProbeGpus(const GpuVisitor& visitor = {});
 
-/// One adapter, and then its memory, where Windows tells it.
+/// Print one adapter, and its memory where Windows reports it.
 void PrintGpu(const GpuInfo& gpu);
 void PrintGpuMemory(const VideoMemoryUse& memory);
 
-/// What is said once all adapters are printed, or none could be asked for.
+/// Prints the end of the section, after all adapters or when they could not be enumerated.
 void PrintGpuSectionEnd(const GpuInventory& inventory);
 
-/// Reports the adapters, each as it is found, for a driver may crash over the next; and fills GpuList. Called
-/// once, before anything that reads the list.
+/// Reports the adapters, each as soon as it is found, because a driver may crash on the next one. Fills
+/// GpuList. Called once, before anything that reads the list.
 void ReportGpuSection();
 
-/// The listed adapters with their memory as it is now.
+/// Reads the current memory of the listed adapters.
 std::vector<ProbedGpu> ProbeVram();
 void PrintVramLines(const char* label, const std::vector<ProbedGpu>& gpus);
 
-/// Reports the memory of the hardware GPUs at the moment that `label` names (UTF-8).
+/// Reports the memory of the hardware GPUs at the moment that `label` (UTF-8) names.
 void ReportVramLines(const char* label);

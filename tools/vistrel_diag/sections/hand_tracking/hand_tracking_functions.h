@@ -1,9 +1,9 @@
-// The OpenXR functions that watching the hands takes.
+// The OpenXR functions that are needed to watch the hands.
 #pragma once
 
 #include "tools/vistrel_diag/openxr/openxr_loader.h"
 
-/// Null where the runtime lacks one.
+/// A function that the runtime lacks is null.
 struct HandTrackingFunctions {
     PFN_xrGetSystem get_system;
     PFN_xrGetD3D11GraphicsRequirementsKHR get_requirements;
@@ -25,5 +25,5 @@ struct HandTrackingFunctions {
 
 HandTrackingFunctions FindHandTrackingFunctions(PFN_xrGetInstanceProcAddr get_function, XrInstance instance);
 
-/// Whether every function is there that no watch can do without.
+/// Whether every function that a watch requires is present.
 bool CanWatchHands(const HandTrackingFunctions& xr);

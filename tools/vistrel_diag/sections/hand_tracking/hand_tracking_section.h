@@ -1,5 +1,5 @@
-// Whether the OpenXR runtime can tell a bare hand from a hand that holds a controller: what the report says
-// about it, and what is remembered of each hand while it is watched.
+// Whether the OpenXR runtime can tell a bare hand from a hand that holds a controller: the report's section,
+// and the record of each hand during the watch.
 #pragma once
 
 #include <array>
@@ -29,34 +29,34 @@ enum class HandProbeStop {
 /// What the runtime says a hand's joints come from.
 enum class HandSource { None, Unobstructed, Controller };
 
-/// One look at a hand.
+/// One reading of a hand's state.
 struct HandReading {
     bool active = false;  ///< the joints were located and the hand is there
     HandSource source = HandSource::None;
 };
 
-/// A hand over the whole watch.
+/// The record of one hand over the whole watch.
 struct HandRecord {
     const char* letter = "";
     bool tracked = false;  ///< active at least once
     bool saw_unobstructed = false;
     bool saw_controller = false;
-    std::optional<HandSource> last_state;  ///< what the last line said; none before the first
+    std::optional<HandSource> last_state;  ///< what the last line said; empty before the first line
 };
 
 using HandPair = std::array<HandRecord, 2>;  // Left, right.
 
-/// Both hands before the watch.
+/// The records of both hands before the watch.
 HandPair NewHands();
 
-/// The source in a runtime's answer: none without the extension or with an inactive answer, and whatever is
-/// not the bare hand counts as a controller. `source` is OpenXR's number.
+/// The source in a runtime's answer: None without the extension or with an inactive answer. Every source
+/// other than the bare hand counts as a controller. `source` is OpenXR's number.
 HandSource ReportedHandSource(bool data_source_extension, bool answer_active, std::int32_t source);
 
-/// Remembers `reading`, and reports the hand's state when it is not what the last line said.
+/// Adds `reading` to the record, and reports the hand's state when it differs from the last line.
 void NoteHandReading(HandRecord& hand, const HandReading& reading);
 
-/// The watch time that is really kept: one that is no finite number is none.
+/// The watch time that is used: a value that is not finite counts as 0.
 double WatchSeconds(double seconds);
 
 void PrintHandTrackingExtensions(const HandTrackingExtensions& extensions);
@@ -64,7 +64,7 @@ void PrintHandProbeStop(HandProbeStop stop);
 void PrintWatchInstructions(double seconds);
 void PrintHandSummary(const HandPair& hands, bool data_source_extension);
 
-/// The whole section. Opens an OpenXR session on `device` (may be null) and watches both hands for `seconds`
-/// while the user holds the controllers and then puts them down; blocks for that time, or less when the
-/// runtime ends the session. Leaves no OpenXR object and no reference to the loader behind.
+/// Reports the whole section. Opens an OpenXR session on `device` (may be null) and watches both hands for
+/// `seconds` while the user holds the controllers and then puts them down; blocks for that time, or less when
+/// the runtime ends the session. Releases every OpenXR object and its reference to the loader.
 void ProbeHandTracking(ID3D11Device* device, double seconds);

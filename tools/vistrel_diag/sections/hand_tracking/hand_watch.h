@@ -7,12 +7,12 @@
 #include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_functions.h"
 #include "tools/vistrel_diag/sections/hand_tracking/hand_tracking_section.h"
 
-/// What the watch works with; all of it is the caller's.
+/// The objects that the watch uses; the caller owns all of them.
 struct HandWatchObjects {
     XrInstance instance;
     XrSession session;
-    XrSpace space;                             ///< null where there is none: no joint is located then
-    std::array<XrHandTrackerEXT, 2> trackers;  ///< left, right; null where there is none
+    XrSpace space;                             ///< null when there is none; no joints are located then
+    std::array<XrHandTrackerEXT, 2> trackers;  ///< left, right; null when there is none
 };
 
 class HandWatch {
@@ -20,8 +20,8 @@ class HandWatch {
     HandWatch(const HandTrackingFunctions& functions, const HandWatchObjects& objects,
               bool data_source_extension);
 
-    /// Watches for `seconds` from now, or until the runtime ends the session or a person at the console
-    /// presses Enter, and reports every change of a hand's source as it happens.
+    /// Watches for `seconds` from now, or until the runtime ends the session or the user presses Enter at the
+    /// console, and reports every change of a hand's source as it happens.
     void Run(double seconds);
 
     const HandPair& Hands() const { return hands_; }

@@ -1,4 +1,4 @@
-// The way back from the lines of HEADSET / OPENXR.
+// Reads back the lines of HEADSET / OPENXR.
 #pragma once
 
 #include <cstdint>
@@ -19,12 +19,12 @@ struct RequiredGpuReading {
     std::uint32_t line = 0;
 };
 
-/// The print loses the lists of GPUs and displays, of which it names one each, and the
-/// OpenXR result of a query that stopped.
+/// Not in the lines: the lists of GPUs and displays (one of each is named), and the OpenXR result of a query
+/// that stopped.
 struct HeadsetReading {
     std::optional<ReadText> runtime;      ///< name and version
     std::optional<ReadText> message;      ///< why the query stopped early
-    std::optional<HeadsetStop> stop;      ///< the same
+    std::optional<HeadsetStop> stop;      ///< the same, as a value
     std::optional<WorkerEnd> worker_end;  ///< the process that asked ended before it was done
     std::uint32_t worker_end_line = 0;
     std::optional<std::uint32_t> eye_width;
@@ -36,5 +36,5 @@ struct HeadsetReading {
     std::vector<std::uint32_t> cross_gpu_lines;  ///< of "!! NOTE: the headset requires GPU ...", one a note
 };
 
-/// Empty when no line was understood. Lines that were not are added to `unread`.
+/// Empty when no line was understood. Lines that were not understood are added to `unread`.
 std::optional<HeadsetReading> ReadHeadsetSection(SourceLines lines, UnreadLines& unread);

@@ -14,7 +14,7 @@ struct GpuInfo;
 
 inline constexpr const char* kHeadsetTitle = "HEADSET / OPENXR";
 
-/// Why a query came to its end before everything was asked.
+/// Why a query stopped before it was complete.
 enum class HeadsetStop { NoLoader, NoEntryPoints, NoInstance, NoHeadset };
 
 /// What the OpenXR runtime reported.
@@ -25,8 +25,8 @@ struct HeadsetQuery {
     AdapterLuid adapter_luid;                     ///< that adapter
     std::uint32_t eye_width = 0, eye_height = 0;  ///< recommended pixels of one eye; 0 when unknown
     std::optional<HeadsetStop> stop;
-    std::int32_t stop_result = 0;  ///< the XrResult that stopped it; 0 where none did
-    /// The process that asked ended before it was done; everything else is what it had found by then.
+    std::int32_t stop_result = 0;  ///< the XrResult that stopped it; 0 when it did not stop for one
+    /// Set when the querying process ended early; the other fields then hold what it had found by then.
     std::optional<WorkerEnd> worker_end;
 };
 
@@ -36,6 +36,6 @@ void PrintHeadsetSection(const HeadsetQuery& query, const std::vector<GpuInfo>& 
 /// Reports `query` against the lists of GPUs and displays that earlier sections filled.
 void ReportHeadsetSection(const HeadsetQuery& query);
 
-/// Asks the OpenXR runtime in a process of its own, or in this one when there can be none. Should asking in
-/// this one bring the program down, the run is in this section.
+/// Queries the OpenXR runtime in a process of its own, or in this one when no other can be started. In this
+/// process the headset section is marked as current first, so that the report of a crash names it.
 HeadsetQuery AskHeadset();

@@ -1,4 +1,4 @@
-// The way back from the lines of INJECTED INTO VISTREL'S OWN FOLDER to the record.
+// Reads the lines of INJECTED INTO VISTREL'S OWN FOLDER back into the record.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 #include "tools/vistrel_diag/report/line_reading.h"
 #include "tools/vistrel_diag/sections/injection/injection_section.h"
 
-/// The print loses nothing.
+/// The lines hold the complete record.
 struct InjectionReading {
     std::optional<InjectedFiles> found;  ///< empty when the folder was not known
     std::vector<std::uint32_t> proxy_dll_lines;
@@ -18,6 +18,6 @@ struct InjectionReading {
     std::uint32_t warning_line = 0;  ///< the first of ">>> Something is injecting itself into Vistrel. ..."
 };
 
-/// Empty when no line was understood. Lines that were not are added to `unread`.
-/// Names that the section does not ask for are not understood.
+/// Empty when no line was understood. Lines that were not understood are added to `unread`. Lines with names
+/// that the section does not look for are not understood.
 std::optional<InjectionReading> ReadInjectionSection(SourceLines lines, UnreadLines& unread);

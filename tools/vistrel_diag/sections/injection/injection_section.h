@@ -7,21 +7,20 @@
 #include <string_view>
 #include <vector>
 
-/// What was found, by the names that were asked for; each list in the order of asking.
+/// The names that were found; each list is in the order of the search.
 struct InjectedFiles {
     std::vector<const char*> proxy_dlls;     ///< named like a system library, so loaded in its place
-    std::vector<const char*> reshade_files;  ///< what a ReShade installation leaves, one of them a folder
+    std::vector<const char*> reshade_files;  ///< what a ReShade installation leaves: files, one folder
 };
 
-/// Asks `exists` for every suspicious name.
+/// Calls `exists` with every suspicious name.
 InjectedFiles FindInjectedFiles(const std::function<bool(const char* name)>& exists);
 
-/// Whether `folder` (UTF-8, no trailing separator) holds a file or folder of that name. False for whatever
-/// keeps the question from being answered.
+/// Whether `folder` (UTF-8, no trailing separator) contains a file or folder of that name. False when that
+/// cannot be determined.
 bool FileExistsBeside(std::string_view folder, std::string_view name);
 
-/// What lies in `tool_folder` (UTF-8, no trailing separator). Empty when the folder is not known (empty
-/// text).
+/// Searches `tool_folder` (UTF-8, no trailing separator). Empty when the folder is not known (an empty text).
 std::optional<InjectedFiles> ProbeInjectedFiles(std::string_view tool_folder);
 
 void PrintInjectionSection(const std::optional<InjectedFiles>& found);

@@ -1,4 +1,4 @@
-// The way back from the lines of MACHINE to the record.
+// Reads the lines of MACHINE back into the record.
 #pragma once
 
 #include <cstdint>
@@ -7,10 +7,10 @@
 #include "tools/vistrel_diag/report/line_reading.h"
 #include "tools/vistrel_diag/sections/machine/machine_section.h"
 
-/// The record with the line that each value stands on, 0 when that line is missing.
+/// The record with the line number of each value, 0 when that line is missing.
 ///
-/// What the print loses: memory beyond a tenth of a gigabyte; whether an empty text was unknown (read as
-/// unknown); memory that Windows does not tell of, which prints as none (read as unknown when both are 0.0);
+/// Not in the lines: memory to less than a tenth of a gigabyte; whether an empty text was unknown (read as
+/// unknown); whether memory was unknown, which prints as none (read as unknown when both values are 0.0);
 /// every scheduling mode but 1 and 2 (read as 0).
 struct MachineReading {
     MachineInfo machine;
@@ -20,5 +20,5 @@ struct MachineReading {
     std::uint32_t gpu_scheduling_line = 0;
 };
 
-/// Empty when no line was understood. Lines that were not are added to `unread`.
+/// Empty when no line was understood. Lines that were not understood are added to `unread`.
 std::optional<MachineReading> ReadMachineSection(SourceLines lines, UnreadLines& unread);

@@ -11,15 +11,15 @@ struct PhysicalMemory {
     std::uint64_t available = 0;
 };
 
-/// What Windows tells about the machine; what it does not tell is empty.
+/// What Windows reports about the machine; what it does not report is empty.
 struct MachineInfo {
     std::optional<std::string> windows_name;
     std::optional<std::string> build_number;
     std::optional<std::uint32_t> update_revision;
-    std::optional<std::string> processor_name;  ///< as stored, with the blanks that some are padded with
+    std::optional<std::string> processor_name;  ///< as stored; some names are padded with blanks
     std::uint32_t logical_processors = 0;
     std::optional<PhysicalMemory> memory;
-    std::optional<std::uint32_t> gpu_scheduling_mode;  ///< the "HwSchMode" value, unless absent or no number
+    std::optional<std::uint32_t> gpu_scheduling_mode;  ///< "HwSchMode"; empty if absent or not a number
 };
 
 MachineInfo ProbeMachine();

@@ -1,4 +1,4 @@
-// The way back from the lines of WHAT VISTREL ITSELF LOGGED LAST RUN.
+// Reads back the lines of WHAT VISTREL ITSELF LOGGED LAST RUN.
 #pragma once
 
 #include <cstdint>
@@ -8,7 +8,7 @@
 
 #include "tools/vistrel_diag/report/line_reading.h"
 
-/// The lines that are printed from a log are all that is left of it.
+/// Of the log itself, only the quoted lines can be read back.
 struct ProductLogReading {
     std::string path;  ///< of the log; empty when the report does not name it
     std::vector<ReadText> quoted;
@@ -18,5 +18,5 @@ struct ProductLogReading {
     std::uint32_t broke_off_line = 0;         ///< of "  !! The file could not be read to its end."
 };
 
-/// Empty when no line was understood. Lines that were not are added to `unread`.
+/// Empty when no line was understood. Lines that were not understood are added to `unread`.
 std::optional<ProductLogReading> ReadProductLogSection(SourceLines lines, UnreadLines& unread);

@@ -4,8 +4,8 @@
 #include <istream>
 #include <string>
 
-/// Quotes from the product's log what decided, in its last run, whether depth happens.
+/// Quotes the lines of the product's log that show what decided, in its last run, whether it produced depth.
 void ReportProductLog();
 
-/// The lines of ReportProductLog; `log` is null when there is no log at `path`.
+/// Prints the lines of ReportProductLog; `log` is null when there is no log at `path`.
 void PrintProductLog(const std::string& path, std::istream* log);

@@ -1,4 +1,4 @@
-// The way back from the lines of WHAT ELSE WAS RUNNING to the record.
+// Reads the lines of WHAT ELSE WAS RUNNING back into the record.
 #pragma once
 
 #include <cstddef>
@@ -9,8 +9,8 @@
 #include "tools/vistrel_diag/report/line_reading.h"
 #include "tools/vistrel_diag/sections/running_software/running_software_section.h"
 
-/// The record with the line that each value stands on, 0 when that line is missing. The print loses nothing
-/// but the line breaks in a window title, which are read as a line feed each.
+/// The record with the line number of each value, 0 when that line is missing. Only the kind of line break in
+/// a window title is not in the lines: each is read as a line feed.
 struct RunningSoftwareReading {
     RunningSoftwareInfo software;
     std::vector<std::uint32_t> notable_lines;  ///< one for each of the notable programs
@@ -22,9 +22,10 @@ struct RunningSoftwareReading {
     bool VistrelWasRunning() const { return warning_line != 0; }
 };
 
-/// How many of `lines` the foreground application takes, whose window title may hold line breaks and anything
-/// that looks like a report. 0 when the first of them is not its line; 1 when the title is never closed.
+/// How many of `lines` belong to the foreground application, whose window title may contain line breaks and
+/// text that looks like a report. 0 when the first line is not its line; 1 when the title has no closing
+/// quote.
 std::size_t WindowTitleLines(SourceLines lines);
 
-/// Empty when no line was understood. Lines that were not are added to `unread`.
+/// Empty when no line was understood. Lines that were not understood are added to `unread`.
 std::optional<RunningSoftwareReading> ReadRunningSoftwareSection(SourceLines lines, UnreadLines& unread);

@@ -1,4 +1,4 @@
-// The way back from the lines of VISTREL SETTINGS IN EFFECT and VISTREL SETTINGS, VERBATIM.
+// Reads back the lines of VISTREL SETTINGS IN EFFECT and VISTREL SETTINGS, VERBATIM.
 #pragma once
 
 #include <cstdint>
@@ -9,16 +9,16 @@
 #include "settings/diag_settings.h"
 #include "tools/vistrel_diag/report/line_reading.h"
 
-/// What the settings mean, as the record that the print takes; a field that is not printed has its default.
+/// The settings as the record that was printed; a field that is not printed has its default.
 ///
-/// The print loses: every field that it does not name; the depth model and the rate limit when depth comes
-/// from ReShade; every depth mode but 1 (read as 0); which of the qualities that are no preset was set (read
-/// as -1); the input size of a custom model when a preset is set; fractions beyond the printed decimals; of
-/// separation and eye distance all but their product (read with an eye distance of 63 mm).
+/// Not in the lines: every field that they do not name; the depth model and the rate limit when depth comes
+/// from ReShade; every depth mode but 1 (read as 0); the number of a quality that is not a preset (read as
+/// -1); the input size of a custom model when a preset is set; fractions beyond the printed decimals;
+/// separation and eye distance other than by their product (read with an eye distance of 63 mm).
 struct SettingsInEffectReading {
     DiagSettings settings;
-    std::string file_path;        ///< as printed, "(not found)" among it
-    std::string product_version;  ///< that the tool was written for
+    std::string file_path;        ///< as printed; may be "(not found)"
+    std::string product_version;  ///< the version that the tool was written for
     std::uint32_t version_line = 0;
     std::uint32_t file_line = 0;
     std::uint32_t defaults_line = 0;  ///< of "  -> BUILT-IN DEFAULTS are being measured ..."
@@ -42,7 +42,7 @@ struct SettingsInEffectReading {
 /// The settings file as it is quoted.
 struct SettingsVerbatimReading {
     std::string path;              ///< empty when no file was found
-    std::vector<ReadText> quoted;  ///< the product's lines, less the blanks that they began with
+    std::vector<ReadText> quoted;  ///< the product's lines, without their leading blanks
     std::uint32_t path_line = 0;
     std::uint32_t no_file_line = 0;          ///< of "No settings file was found ..."
     std::uint32_t not_opened_line = 0;       ///< of "... could not be opened."
@@ -51,14 +51,14 @@ struct SettingsVerbatimReading {
     std::uint32_t no_product_keys_line = 0;  ///< of "  (no vistrel_* keys in the file - ..."
 };
 
-/// A settings file that was found and could not be used.
+/// A settings file that was found but could not be used.
 struct SettingsFileReading {
     std::string path;
-    std::string error;  ///< lines of it separated by line feeds
+    std::string error;  ///< its lines are separated by line feeds
     std::uint32_t line = 0;
 };
 
-/// Empty when no line was understood. Lines that were not are added to `unread`.
+/// Empty when no line was understood. Lines that were not understood are added to `unread`.
 std::optional<SettingsInEffectReading> ReadSettingsInEffect(SourceLines lines, UnreadLines& unread);
 std::optional<SettingsVerbatimReading> ReadSettingsVerbatim(SourceLines lines, UnreadLines& unread);
 std::optional<SettingsFileReading> ReadSettingsFile(SourceLines lines, UnreadLines& unread);

@@ -1,4 +1,4 @@
-// The way back from the lines of VERDICT.
+// Reads back the lines of VERDICT.
 #pragma once
 
 #include <cstdint>
@@ -25,14 +25,14 @@ struct RefreshRowReading {
     std::uint32_t line = 0;
 };
 
-/// What holds the model's rate.
+/// What limits the model's rate.
 enum class RateLimit { Model, FrameRate, Setting };
 
 struct ModelCostReading {
     double milliseconds = 0.0;            ///< of one inference
-    std::optional<double> rate;           ///< inferences a second, from 1
-    std::optional<double> seconds_a_map;  ///< in place of the rate when it is below 1
-    std::optional<RateLimit> limit;       ///< told with the rate alone
+    std::optional<double> rate;           ///< inferences per second, at least 1
+    std::optional<double> seconds_a_map;  ///< instead of the rate when that is below 1
+    std::optional<RateLimit> limit;       ///< printed only with the rate
     std::uint32_t line = 0;
     std::uint32_t cannot_keep_up_line = 0;
 };
@@ -40,7 +40,7 @@ struct ModelCostReading {
 /// How much of the GPU the product takes, in the report's own three grades.
 enum class VerdictGrade { FoundIt, Significant, NotTheBottleneck };
 
-/// The numbers as they are printed; what they are made from is lost (VerdictInput).
+/// The numbers as printed; the values they were computed from (VerdictInput) cannot be read back.
 struct VerdictReading {
     std::optional<WarpCost> desktop;  ///< what the warp costs at the desktop's size
     std::uint32_t desktop_line = 0;
@@ -51,7 +51,7 @@ struct VerdictReading {
     std::optional<bool> reshade_mode;  ///< the machine is set to depth from ReShade, or to AI depth
     std::uint32_t mode_line = 0;
     std::optional<VerdictGrade> grade;
-    double percent = 0.0;  ///< of the GPU, at 90 Hz in that mode; told with the grade
+    double percent = 0.0;  ///< of the GPU, at 90 Hz in that mode; printed with the grade
     std::uint32_t grade_line = 0;
     std::optional<double> reshade_note_percent;
     std::uint32_t reshade_note_line = 0;
@@ -60,5 +60,5 @@ struct VerdictReading {
     std::uint32_t not_measured_line = 0;  ///< of "NOT measured by this tool:"
 };
 
-/// Empty when no line was understood. Lines that were not are added to `unread`.
+/// Empty when no line was understood. Lines that were not understood are added to `unread`.
 std::optional<VerdictReading> ReadVerdictSection(SourceLines lines, UnreadLines& unread);

@@ -21,10 +21,10 @@ struct FrameView {
     std::int32_t width = 0;
     std::int32_t height = 0;
 
-    /// There is a frame, and every pixel of it.
+    /// Whether there is a frame with all of its pixels.
     bool HasPicture() const;
 };
 
-/// `frame` at `width` x `height` pixels by nearest neighbour, each pixel copied as it is; the synthetic
-/// pattern when there is no frame. Throws std::bad_alloc when memory does not reach.
+/// Scales `frame` to `width` x `height` pixels by nearest neighbour, with unchanged pixel values. Without a
+/// frame, makes the synthetic pattern. Throws std::bad_alloc when memory runs out.
 ColourPicture BuildColourPicture(const FrameView& frame, std::int32_t width, std::int32_t height);

@@ -1,4 +1,4 @@
-// The time-stamp queries of a Direct3D 11 device, as GpuTimeFrames asks them.
+// The time-stamp queries of a Direct3D 11 device, in the form that GpuTimeFrames uses.
 #pragma once
 
 #include <d3d11.h>
@@ -11,7 +11,7 @@
 
 class D3D11TimestampQueries {
   public:
-    /// All must outlive this. `long_wait` is told of the waits for data; null when nobody is to know.
+    /// All arguments must outlive this object. `long_wait` is notified of the waits for data; may be null.
     D3D11TimestampQueries(ID3D11Device& device, ID3D11DeviceContext& context, LongWait* long_wait = nullptr)
         : device_(device), context_(context), long_wait_(long_wait) {}
 

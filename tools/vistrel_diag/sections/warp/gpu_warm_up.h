@@ -4,10 +4,10 @@
 #include <functional>
 #include <optional>
 
-/// How the work is done and what tells how long it takes. All times are milliseconds.
+/// How the work is done and how its time is measured. All times are in milliseconds.
 struct WarmUpSteps {
-    /// Draws so many frames, waits for them, and returns what one took of the GPU's own time, or a value not
-    /// above 0 when that cannot be told. Empty when nothing could be drawn.
+    /// Draws this many frames, waits for them, and returns the GPU time of one frame, or a value of 0 or less
+    /// when that is unknown. Empty when nothing could be drawn.
     std::function<std::optional<double>(int frames)> draw;
     std::function<double()> now;
 };

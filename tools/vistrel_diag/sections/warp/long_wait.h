@@ -1,9 +1,9 @@
-// A wait that has no limit, and the person who is told that it lasts.
+// Tells the user when a wait without a limit takes long.
 #pragma once
 
 #include <functional>
 
-/// Tells, once in all, that a wait has lasted for kSeconds.
+/// Calls `tell`, once at most, when a wait has lasted for kSeconds.
 class LongWait {
   public:
     static constexpr double kSeconds = 20.0;
@@ -14,7 +14,7 @@ class LongWait {
     /// A wait begins.
     void Begin();
 
-    /// It still lasts.
+    /// The wait goes on; to be called repeatedly.
     void Continue();
 
   private:

@@ -1,20 +1,20 @@
-// Reading a figure that others still change.
+// Reads a figure that may still be changing.
 #pragma once
 
 #include <cstdint>
 #include <functional>
 
-/// How far apart two readings are, and when the last one begins, in milliseconds.
+/// The time between two readings, and the latest start of the last one, in milliseconds.
 inline constexpr int kReadingIntervalMs = 8;
 inline constexpr int kLongestSettlingMs = 100;
 
-/// What a figure is asked by, and the time. All milliseconds.
+/// How the figure is read, and the clock. All times are in milliseconds.
 struct ReadingSteps {
     std::function<std::uint64_t()> read;
     std::function<void(int milliseconds)> sleep;
     std::function<double()> elapsed_ms;  ///< since the settling began
 };
 
-/// The figure as soon as two readings, kReadingIntervalMs apart, agree; the last reading before
-/// kLongestSettlingMs when none do.
+/// Returns the figure as soon as two readings, kReadingIntervalMs apart, agree. When none do, returns the
+/// last reading before kLongestSettlingMs.
 std::uint64_t ReadSettled(const ReadingSteps& steps);

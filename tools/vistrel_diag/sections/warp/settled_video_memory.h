@@ -1,4 +1,4 @@
-// The video memory in use when nothing of what was released before is still counted.
+// The video memory in use, once memory released earlier is no longer counted.
 #pragma once
 
 #include <cstdint>
@@ -7,8 +7,8 @@ struct ID3D11Device;
 struct ID3D11DeviceContext;
 struct IDXGIAdapter1;
 
-/// Bytes of the memory local to `adapter` that this process uses; 0 when that cannot be told. Direct3D 11
-/// frees what was released some time after the next flush: unbinds everything from `context`, the immediate
-/// one of `device`, waits for the GPU to come to the end of its work and for the figure to stand still. All
-/// of it takes 100 ms at most.
+/// Bytes of the memory local to `adapter` that this process uses; 0 when that is unknown. Direct3D 11 frees
+/// released resources some time after the next flush. So this unbinds everything from `context`, the
+/// immediate context of `device`, waits until the GPU has finished its work, and waits until the figure is
+/// stable. All of it takes 100 ms at most.
 std::uint64_t SettledVideoMemory(ID3D11Device& device, ID3D11DeviceContext& context, IDXGIAdapter1* adapter);

@@ -1,11 +1,11 @@
-// Why the warp, or the depth map that it reads, could not be had.
+// Why the warp, or the depth map that it reads, is not available.
 #pragma once
 
 #include <cstdint>
 #include <optional>
 #include <string>
 
-/// What could not be made, or told.
+/// What could not be created or measured.
 enum class WarpStop {
     ColourTexture,
     DepthTexture,
@@ -21,7 +21,7 @@ struct WarpFailure {
     std::optional<std::uint32_t> result;  ///< Direct3D's HRESULT; empty when no call of it failed
 };
 
-/// Why the depth stays as it was created: the luminance shader could not be compiled or created.
+/// Why the depth texture keeps its initial contents: the luminance shader could not be compiled or created.
 struct DepthMapFailure {
     std::string compiler_message;         ///< may be empty
     std::optional<std::uint32_t> result;  ///< of CreatePixelShader; empty when compiling failed

@@ -1,4 +1,4 @@
-// Drawing with the resources of one eye size.
+// Draws with the resources of one eye size.
 #pragma once
 
 #include <d3d11.h>
@@ -9,8 +9,8 @@
 #include "tools/vistrel_diag/sections/warp/warp_failure.h"
 #include "tools/vistrel_diag/sections/warp/warp_resources.h"
 
-/// Draws the luminance of the colour picture into the depth texture. Returns why that cannot be done; the
-/// depth then stays as it was created.
+/// Draws the luminance of the colour picture into the depth texture. Returns the reason when that is
+/// impossible; the depth texture then keeps its initial contents.
 std::optional<DepthMapFailure> DrawDepthMap(ID3D11Device& device, ID3D11DeviceContext& context,
                                             const WarpResources& resources);
 

@@ -1,4 +1,4 @@
-// What the GPU holds while the warp is timed at one eye size.
+// The GPU resources for timing the warp at one eye size.
 #pragma once
 
 #include <d3d11.h>
@@ -28,12 +28,12 @@ struct WarpResources {
     D3D11_VIEWPORT viewport = {};
 };
 
-/// Makes the textures and their views, `width` x `height` each, with `frame` or the synthetic pattern as the
-/// colour picture and nothing yet as the depth. Returns what cannot be made.
+/// Creates the textures and their views, `width` x `height` each. The colour picture is `frame` or the
+/// synthetic pattern; the depth is not drawn yet. Returns what could not be created.
 std::optional<WarpFailure> CreateWarpTextures(ID3D11Device& device, const FrameView& frame,
                                               std::int32_t width, std::int32_t height,
                                               WarpResources& resources);
 
-/// Makes the full-screen vertex shader, the sampler and the viewport. Returns as above.
+/// Creates the full-screen vertex shader, the sampler and the viewport. Returns what could not be created.
 std::optional<WarpFailure> CreateWarpStates(ID3D11Device& device, std::int32_t width, std::int32_t height,
                                             WarpResources& resources);
