@@ -5,7 +5,7 @@
 
 namespace {
 
-TEST(GtestOutput, HasEveryTestWithItsOutcome) {
+TEST(GtestOutput, ReadsEveryTestWithItsOutcome) {
     const auto results = ReadGtestOutput(
         "Running main() from gmock_main.cc\r\n"
         "[----------] 4 tests from Gpu\r\n"
@@ -35,20 +35,20 @@ TEST(GtestOutput, HasEveryTestWithItsOutcome) {
     EXPECT_EQ(results[3].outcome, TestOutcome::Failed);
 }
 
-TEST(GtestOutput, OfAProgramThatDiedNamesTheTest) {
+TEST(GtestOutput, NamesTheTestInWhichTheProgramCrashed) {
     const auto results = ReadGtestOutput("[ RUN      ] Gpu.Draws\nabout to draw");
     ASSERT_EQ(results.size(), 1U);
     EXPECT_EQ(results[0].outcome, TestOutcome::Failed);
     EXPECT_EQ(results[0].message, "about to draw\nThe program ended in this test.\n");
 }
 
-TEST(GtestOutput, MayFollowATextWithoutALineEnd) {
+TEST(GtestOutput, MayFollowTextWithoutALineEnd) {
     const auto results = ReadGtestOutput("[ RUN      ] A.B\ndots...[       OK ] A.B (0 ms)\n");
     ASSERT_EQ(results.size(), 1U);
     EXPECT_EQ(results[0].outcome, TestOutcome::Passed);
 }
 
-TEST(GtestOutput, WithoutATestHasNone) {
+TEST(GtestOutput, IsEmptyWithoutATest) {
     EXPECT_TRUE(ReadGtestOutput("").empty());
     EXPECT_TRUE(ReadGtestOutput("cannot start\n").empty());
 }

@@ -19,20 +19,20 @@ std::string Header(const std::string& title) {
 const std::string kExpected = "Running from: <install>\n" + Header("MACHINE") + "CPU : <cpu>\n" +
                               Header("GPUs") + "GPU 0 : one\nGPU 1 : two\n";
 
-TEST(ReportComparison, LeavesOutWhatTheMachineOfTheTestsSays) {
+TEST(ReportComparison, IgnoresLinesThatDescribeTheTestMachine) {
     const std::string actual = "Running from: C:\\t\\tool\r\n" + Header("MACHINE") +
                                "CPU : another\r\nRAM\r\n" + Header("GPUs") + "GPU 0 : one\r\nGPU 1 : two\r\n";
     EXPECT_THAT(ReportDifferences(kExpected, actual, "C:\\t\\tool"), IsEmpty());
 }
 
-TEST(ReportComparison, TellsTheLinesThatDiffer) {
+TEST(ReportComparison, ListsTheLinesThatDiffer) {
     const std::string actual =
         "Running from: D:\\\r\n" + Header("MACHINE") + Header("GPUs") + "GPU 0 : one\r\n";
     EXPECT_THAT(ReportDifferences(kExpected, actual, "C:\\t"),
                 ElementsAre("- Running from: <install>", "+ Running from: D:\\", "- GPU 1 : two"));
 }
 
-TEST(ReportComparison, MissesATitleOfTheMachineToo) {
+TEST(ReportComparison, ListsAMissingTitleOfTheMachineToo) {
     const std::string actual = "Running from: C:\\t\n" + Header("GPUs") + "GPU 0 : one\nGPU 1 : two\n";
     EXPECT_THAT(ReportDifferences(kExpected, actual, "C:\\t"), testing::Not(IsEmpty()));
 }
@@ -49,11 +49,11 @@ std::string WholeReport() {
     return report;
 }
 
-TEST(WholeReport, MissesNothing) {
+TEST(WholeReport, HasNothingMissing) {
     EXPECT_THAT(WhatIsMissing(WholeReport()), IsEmpty());
 }
 
-TEST(WholeReport, MissesASection) {
+TEST(WholeReport, NamesAMissingSection) {
     std::string report = WholeReport();
     report.replace(report.find("== GPUs"), 7, "== XXXX");
     EXPECT_THAT(WhatIsMissing(report), ElementsAre("no section \"GPUs\" at its place"));

@@ -4,7 +4,7 @@
 
 namespace {
 
-TEST(BundleSummary, TellsWhatFailedAndWhyTheRestWasSkipped) {
+TEST(BundleSummary, ListsFailuresAndWhyTheRestWasSkipped) {
     Summary summary;
     summary.Add({"gpu_test",
                  {{"Gpu.IsListed", TestOutcome::Passed, ""},
@@ -32,11 +32,11 @@ TEST(BundleSummary, TellsWhatFailedAndWhyTheRestWasSkipped) {
     EXPECT_FALSE(summary.AllPassed());
 }
 
-TEST(BundleSummary, OfNothingHasNotPassed) {
+TEST(BundleSummary, FailsWithoutTests) {
     EXPECT_FALSE(Summary().AllPassed());
 }
 
-TEST(BundleSummary, OfPassedAndSkippedTestsHasPassed) {
+TEST(BundleSummary, PassesWithPassedAndSkippedTests) {
     Summary summary;
     summary.Add({"gpu_test", {{"A.B", TestOutcome::Passed, ""}, {"A.C", TestOutcome::Skipped, "no GPU"}}});
     EXPECT_TRUE(summary.AllPassed());

@@ -24,7 +24,7 @@ class ConsoleHostTest : public testing::Test {
     std::vector<lab::ControlEvent> raised_;
 };
 
-TEST_F(ConsoleHostTest, APersonAnswersWhatIsAsked) {
+TEST_F(ConsoleHostTest, ThePersonAnswersThePrompts) {
     lab::ConsoleHost console =
         Console({{Kind::kSees, "Ready?"}, {Kind::kReads, ""}, {Kind::kTypes, "yes\r"}});
     console.Write("Ready");
@@ -47,7 +47,7 @@ TEST_F(ConsoleHostTest, ALineIsReadInPieces) {
     EXPECT_EQ(console.Read(9).text, "d\r\n");
 }
 
-TEST_F(ConsoleHostTest, WhatIsTypedAheadWaitsUntilItIsFlushed) {
+TEST_F(ConsoleHostTest, InputTypedAheadIsKeptUntilItIsFlushed) {
     lab::ConsoleHost console =
         Console({{Kind::kSees, "a"}, {Kind::kTypes, "\r\r"}, {Kind::kSees, "b"}, {Kind::kTypes, "x\r"}});
     console.Write("a");
@@ -73,7 +73,7 @@ TEST_F(ConsoleHostTest, CtrlCEndsAReadThatWaits) {
     EXPECT_EQ(raised_, (std::vector<lab::ControlEvent>{lab::ControlEvent::kCtrlC}));
 }
 
-TEST_F(ConsoleHostTest, CtrlCWhileNobodyReadsEndsNoLaterRead) {
+TEST_F(ConsoleHostTest, CtrlCOutsideAReadDoesNotEndTheNextOne) {
     lab::ConsoleHost console = Console({{Kind::kSees, "a"}, {Kind::kCtrlC, ""}, {Kind::kTypes, "x\r"}});
     console.Write("a");
     EXPECT_EQ(raised_.size(), 1U);
@@ -87,7 +87,7 @@ TEST_F(ConsoleHostTest, CtrlCIsAKeyWhereInputIsNotProcessed) {
     EXPECT_TRUE(raised_.empty());
 }
 
-TEST_F(ConsoleHostTest, AClickFreezesTheOutputWithQuickEditAlone) {
+TEST_F(ConsoleHostTest, AClickFreezesTheOutputOnlyWithQuickEdit) {
     lab::ConsoleHost console =
         Console({{Kind::kSees, "a"}, {Kind::kClicks, ""}, {Kind::kSees, "b"}, {Kind::kClicks, ""}});
     console.Write("a");
@@ -97,7 +97,7 @@ TEST_F(ConsoleHostTest, AClickFreezesTheOutputWithQuickEditAlone) {
     EXPECT_EQ(record_.back(), "write \"b\"");
 }
 
-TEST_F(ConsoleHostTest, AModeWithoutPrivateFlagsLeavesQuickEditAsItIs) {
+TEST_F(ConsoleHostTest, AModeWithoutExtendedFlagsDoesNotChangeQuickEdit) {
     lab::ConsoleHost console = Console({{Kind::kSees, "a"}, {Kind::kClicks, ""}});
     ASSERT_TRUE(console.SetInputMode(0x7));
     EXPECT_EQ(console.InputMode(), 0x7U) << "and tells nothing of it";
@@ -107,7 +107,7 @@ TEST_F(ConsoleHostTest, AModeWithoutPrivateFlagsLeavesQuickEditAsItIs) {
     EXPECT_EQ(console.InputMode(), 0xC7U) << "it is read back with the flag that Windows adds";
 }
 
-TEST_F(ConsoleHostTest, RefusesModesThatWindowsRefuses) {
+TEST_F(ConsoleHostTest, RejectsModesThatWindowsRejects) {
     script_.virtual_terminal = false;
     lab::ConsoleHost console = Console({});
     EXPECT_FALSE(console.SetInputMode(0x4)) << "echo without lines";
@@ -131,7 +131,7 @@ TEST_F(ConsoleHostTest, RecordsWhatTheProgramChanges) {
     EXPECT_EQ(console.CodePage(), 65001U);
 }
 
-TEST_F(ConsoleHostTest, TellsTimesWhereTheyAreAskedFor) {
+TEST_F(ConsoleHostTest, RecordsTimesOnRequest) {
     script_.clock_is_shown = true;
     lab::ConsoleHost console = Console({{Kind::kCloses, ""}});
     console.Write("a");

@@ -21,7 +21,7 @@ std::string ErrorOf(const std::string& text) {
     return "none";
 }
 
-TEST(ConsoleScript, WithNothingIsANewWindowWithNobodyInFrontOfIt) {
+TEST(ConsoleScript, AnEmptyScriptIsANewWindowWithoutAPerson) {
     const lab::ConsoleScript script = Read("# nobody\n\n");
     EXPECT_EQ(script.input_mode, 0x1F7U);
     EXPECT_EQ(script.output_mode, 0x3U);
@@ -29,7 +29,7 @@ TEST(ConsoleScript, WithNothingIsANewWindowWithNobodyInFrontOfIt) {
     EXPECT_TRUE(script.steps.empty());
 }
 
-TEST(ConsoleScript, SaysWhatTheProgramFinds) {
+TEST(ConsoleScript, DescribesTheConsoleThatTheProgramFinds) {
     const lab::ConsoleScript script = Read(
         "input mode 0x87\noutput mode 7\ncode page 437\ncolumns 40\nprocesses 2\nhandlers after 300 ms\n"
         "title C:\\\\a b.exe\nwithout virtual terminal\nwith times\n");
@@ -44,7 +44,7 @@ TEST(ConsoleScript, SaysWhatTheProgramFinds) {
     EXPECT_TRUE(script.clock_is_shown);
 }
 
-TEST(ConsoleScript, SaysWhatThePersonDoesInOrder) {
+TEST(ConsoleScript, ListsWhatThePersonDoesInOrder) {
     using Kind = lab::ConsoleStep::Kind;
     const lab::ConsoleScript script =
         Read("sees Ready?\nreads\ntypes s\\r\\x1A\npresses Ctrl-C\nclicks\ncloses\n");
@@ -59,7 +59,7 @@ TEST(ConsoleScript, SaysWhatThePersonDoesInOrder) {
     EXPECT_EQ(script.steps[5].kind, Kind::kCloses);
 }
 
-TEST(ConsoleScript, TellsWhatIsWrongAndWhere) {
+TEST(ConsoleScript, ReportsWhatIsWrongAndWhere) {
     EXPECT_EQ(ErrorOf("reads\nsings"), "line 2: unknown statement: sings");
     EXPECT_EQ(ErrorOf("sees"), "line 1: a text is missing");
     EXPECT_EQ(ErrorOf("reads twice"), "line 1: nothing belongs behind it: twice");

@@ -116,7 +116,7 @@ class Duplication : public ::testing::Test {
 
 constexpr const char* kSmall = "clock scripted\nadapter A\n output D\n  size 64x48\n";
 
-TEST_F(Duplication, WorksOnTheAdapterThatDrivesTheOutputAlone) {
+TEST_F(Duplication, WorksOnlyOnTheAdapterThatDrivesTheOutput) {
     SetUpWith("adapter A\n output D\n  size 64x48\nadapter B\n output E\n  size 64x48\n");
     Program on_a(0);
     EXPECT_EQ(on_a.Duplicate(0), S_OK);
@@ -126,7 +126,7 @@ TEST_F(Duplication, WorksOnTheAdapterThatDrivesTheOutputAlone) {
     EXPECT_EQ(Counts().duplications_refused, 1);
 }
 
-TEST_F(Duplication, OfOneOutputExistsOnceAtATime) {
+TEST_F(Duplication, OnlyOneOfAnOutputExistsAtATime) {
     SetUpWith(kSmall);
     Program first(0);
     Program second(0);
@@ -136,7 +136,7 @@ TEST_F(Duplication, OfOneOutputExistsOnceAtATime) {
     EXPECT_EQ(second.Duplicate(), S_OK);
 }
 
-TEST_F(Duplication, RefusesAsOftenAsTheScenarioSays) {
+TEST_F(Duplication, FailsAsOftenAsTheScenarioSays) {
     SetUpWith(std::string(kSmall) + "refuses 0x887A0022 2 times\n");
     Program program(0);
     EXPECT_EQ(program.Duplicate(), DXGI_ERROR_NOT_CURRENTLY_AVAILABLE);
@@ -144,7 +144,7 @@ TEST_F(Duplication, RefusesAsOftenAsTheScenarioSays) {
     EXPECT_EQ(program.Duplicate(), S_OK);
 }
 
-TEST_F(Duplication, RefusesAsLongAsTheScenarioSays) {
+TEST_F(Duplication, FailsAsLongAsTheScenarioSays) {
     SetUpWith(std::string(kSmall) + "refuses 0x80070005 for 1200 ms\n");
     Program program(0);
     ScriptedSleep(1199);
@@ -193,7 +193,7 @@ TEST_F(Duplication, DeliversImagesAtTheirRate) {
     EXPECT_EQ(Counts().frames_merged, 0);
 }
 
-TEST_F(Duplication, MergesImagesThatNobodyAcquired) {
+TEST_F(Duplication, MergesImagesThatWereNotAcquired) {
     SetUpWith(std::string(kSmall) + "frames 100 per second\n");
     Program program(0);
     ASSERT_EQ(program.Duplicate(), S_OK);
@@ -204,7 +204,7 @@ TEST_F(Duplication, MergesImagesThatNobodyAcquired) {
     program.Release();
 }
 
-TEST_F(Duplication, WaitsForAnImageAsLongAsItIsTold) {
+TEST_F(Duplication, WaitsForAnImageUntilTheTimeout) {
     SetUpWith(std::string(kSmall) + "frames 10 per second\n");
     Program program(0);
     ASSERT_EQ(program.Duplicate(), S_OK);
@@ -233,7 +233,7 @@ TEST_F(Duplication, AStillDesktopHasOneImageAndABlindOneNone) {
     EXPECT_EQ(program.Acquire(10'000), DXGI_ERROR_WAIT_TIMEOUT);
 }
 
-TEST_F(Duplication, IsLostAndComesBackAsTheScenarioSays) {
+TEST_F(Duplication, IsLostAndRestoredAsTheScenarioSays) {
     SetUpWith(std::string(kSmall) +
               "lost after 2 frames\nsize 32x16\nformat rgba\nrefuses 0x80070005 2 times\n");
     Program program(0);
@@ -337,7 +337,7 @@ TEST_F(Duplication, ARotatedDesktopComesUnrotatedAndAnHdrOneInBytes) {
     program.Release();
 }
 
-TEST_F(Duplication, CopiesNothingBetweenTwoSizes) {
+TEST_F(Duplication, CopiesNothingBetweenDifferentSizes) {
     SetUpWith(kSmall);
     Program program(0);
     ASSERT_EQ(program.Duplicate(), S_OK);
@@ -353,7 +353,7 @@ TEST_F(Duplication, CopiesNothingBetweenTwoSizes) {
     Counts().copies_of_other_size = 0;
 }
 
-TEST_F(Duplication, SeesAnAcquireWithoutARelease) {
+TEST_F(Duplication, DetectsAnAcquireWithoutARelease) {
     SetUpWith(kSmall);
     Program program(0);
     ASSERT_EQ(program.Duplicate(), S_OK);
@@ -366,7 +366,7 @@ TEST_F(Duplication, SeesAnAcquireWithoutARelease) {
     EXPECT_EQ(Counts().Violations(), 1);
 }
 
-TEST_F(Duplication, SeesAFrameThatIsNeverReleased) {
+TEST_F(Duplication, DetectsAFrameThatIsNeverReleased) {
     SetUpWith(kSmall);
     Program program(0);
     ASSERT_EQ(program.Duplicate(), S_OK);
@@ -375,7 +375,7 @@ TEST_F(Duplication, SeesAFrameThatIsNeverReleased) {
     EXPECT_EQ(Counts().frames_never_released, 1);
 }
 
-TEST_F(Duplication, SeesTheUseOfAFrameAfterItsRelease) {
+TEST_F(Duplication, DetectsTheUseOfAFrameAfterItsRelease) {
     SetUpWith(kSmall);
     Program program(0);
     ASSERT_EQ(program.Duplicate(), S_OK);
@@ -392,7 +392,7 @@ TEST_F(Duplication, SeesTheUseOfAFrameAfterItsRelease) {
     EXPECT_EQ(Counts().uses_after_release, 2);
 }
 
-TEST_F(Duplication, SeesACopyBetweenDevices) {
+TEST_F(Duplication, DetectsACopyBetweenDevices) {
     SetUpWith("adapter A\n output D\n  size 64x48\nadapter B\n");
     Program on_a(0);
     Program on_b(1);

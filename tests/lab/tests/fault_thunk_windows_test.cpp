@@ -45,7 +45,7 @@ Function* Thunked(Function* function, Point& point) {
         lab::MakeFaultThunk(Decide, &point, reinterpret_cast<void*>(function)));
 }
 
-TEST(FaultThunk, HandsAnyCallOnAsItCame) {
+TEST(FaultThunk, PassesAnyCallThroughUnchanged) {
     Point point;
     EXPECT_EQ(Thunked(Mixed, point)(1, 2, 3, 4, "5", 6, 7), 7654321);
     const Triple triple = Thunked(InMemory, point)(40, 2);
@@ -55,14 +55,14 @@ TEST(FaultThunk, HandsAnyCallOnAsItCame) {
     EXPECT_EQ(point.asked, 2);
 }
 
-TEST(FaultThunk, AnswersInPlaceOfTheFunction) {
+TEST(FaultThunk, ReturnsAFailureWithoutCallingTheFunction) {
     Point point;
     point.fails = true;
     EXPECT_EQ(Thunked(NeverCalled, point)(1), 0x1234567887654321);
     EXPECT_EQ(point.asked, 1);
 }
 
-TEST(FaultThunk, TellsWhereTheCallReturnsTo) {
+TEST(FaultThunk, PassesOnTheReturnAddress) {
     Point first;
     Point second;
     Thunked(InMemory, first)(1, 2);
@@ -71,7 +71,7 @@ TEST(FaultThunk, TellsWhereTheCallReturnsTo) {
     EXPECT_NE(first.caller, second.caller);
 }
 
-TEST(FaultThunk, ManyStandSideBySide) {
+TEST(FaultThunk, ManyCanExistAtOnce) {
     Point points[2000];
     for (Point& point : points) {
         EXPECT_EQ(Thunked(InMemory, point)(1, 2).c, 3);

@@ -64,7 +64,7 @@ TEST(FrameSchedule, ALossIsDueAfterItsFramesOrItsTime) {
     EXPECT_TRUE(LossIsDue(by_time, 0, 500'000));
 }
 
-TEST(FrameSchedule, ARefusalEndsAfterItsTimesOrItsTimeOrNever) {
+TEST(FrameSchedule, AFailureEndsAfterACountOrATimeOrNever) {
     Refusal refusal;
     EXPECT_TRUE(StillRefuses(refusal, 1'000'000, std::numeric_limits<std::int64_t>::max()));
     refusal.times = 3;

@@ -100,7 +100,7 @@ void SetUpOneGpu(const std::string& more) {
     SetUpMachine("clock scripted\nadapter Scripted\n draws 500 megapixels per second\n" + more);
 }
 
-TEST_F(GpuClock, ARampTakesTheMachinesTime) {
+TEST_F(GpuClock, ARampFollowsTheMachinesClock) {
     SetUpOneGpu(" clocks up from 50 percent over 200 ms\n");
     MakeDevice(0);
     PassTime(1'000'000);
@@ -121,7 +121,7 @@ TEST_F(GpuClock, ARampTakesTheMachinesTime) {
     EXPECT_EQ(MachineTime() - start, 201'000);
 }
 
-TEST_F(GpuClock, AnswersLateOrNeverOrDisjoint) {
+TEST_F(GpuClock, ReturnsDataLateOrNeverOrDisjoint) {
     SetUpOneGpu(" stamps 30 ms late\n");
     MakeDevice(0);
     const ComPtr<ID3D11Query> late = Query(D3D11_QUERY_TIMESTAMP);
@@ -165,7 +165,7 @@ class TextureMemoryTest : public GpuClock {
     }
 };
 
-TEST_F(TextureMemoryTest, IsFreeAWhileAfterTheFlush) {
+TEST_F(TextureMemoryTest, IsFreedSomeTimeAfterTheFlush) {
     SetUpOneGpu(" memory falls 5 ms late\n");
     MakeDevice(0);
     EXPECT_EQ(TextureMemory(0), 0U);

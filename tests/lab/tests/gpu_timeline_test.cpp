@@ -8,7 +8,7 @@ namespace {
 constexpr std::int64_t kMillisecond = 1'000'000;  // Nanoseconds.
 constexpr ClockRamp kRamp = {50, 200};
 
-TEST(GpuTimeline, WorkWithoutARampTakesItsTimeOneAfterTheOther) {
+TEST(GpuTimeline, WorkWithoutARampRunsInSequence) {
     GpuTimeline timeline;
     EXPECT_EQ(timeline.DoneAt(7), 7);
     timeline.Work(100, 50, {});
@@ -18,7 +18,7 @@ TEST(GpuTimeline, WorkWithoutARampTakesItsTimeOneAfterTheOther) {
     EXPECT_EQ(timeline.DoneAt(300), 300);
 }
 
-TEST(GpuTimeline, ARestedClockTakesLongerUntilItIsUp) {
+TEST(GpuTimeline, AnIdleClockIsSlowerUntilItHasRampedUp) {
     GpuTimeline timeline;
     const std::int64_t start = 10'000 * kMillisecond;
     // 200 ms from half to full speed carry out 150 ms of work; whatever follows takes its own time.
@@ -29,7 +29,7 @@ TEST(GpuTimeline, ARestedClockTakesLongerUntilItIsUp) {
     EXPECT_NEAR(static_cast<double>(timeline.DoneAt(up) - up), 30.0 * kMillisecond, 10);
 }
 
-TEST(GpuTimeline, ManySmallWorksTakeAsLongAsOneLarge) {
+TEST(GpuTimeline, ManySmallJobsTakeAsLongAsOneLargeJob) {
     GpuTimeline one;
     GpuTimeline many;
     one.Work(90.0 * kMillisecond, kMillisecond, kRamp);
@@ -39,7 +39,7 @@ TEST(GpuTimeline, ManySmallWorksTakeAsLongAsOneLarge) {
     EXPECT_NEAR(static_cast<double>(one.DoneAt(0)), static_cast<double>(many.DoneAt(0)), 200);
 }
 
-TEST(GpuTimeline, AClockFallsBackInItsRest) {
+TEST(GpuTimeline, TheClockDropsWhileIdle) {
     GpuTimeline timeline;
     timeline.Work(1000.0 * kMillisecond, kMillisecond, kRamp);
     const std::int64_t half_rested = timeline.DoneAt(0) + 100 * kMillisecond;

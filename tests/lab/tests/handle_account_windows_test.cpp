@@ -33,7 +33,7 @@ class HandleAccount : public ::testing::Test {
     long before_ = OpenHandles();
 };
 
-TEST_F(HandleAccount, KnowsWhatWaits) {
+TEST_F(HandleAccount, CountsWaitableObjects) {
     ExpectOneOpen(ACCOUNTING(CreateEventW)(nullptr, TRUE, FALSE, nullptr));
     ExpectOneOpen(ACCOUNTING(CreateEventExW)(nullptr, nullptr, 0, EVENT_ALL_ACCESS));
     ExpectOneOpen(ACCOUNTING(CreateMutexW)(nullptr, FALSE, nullptr));
@@ -42,7 +42,7 @@ TEST_F(HandleAccount, KnowsWhatWaits) {
     ExpectOneOpen(ACCOUNTING(CreateJobObjectW)(nullptr, nullptr));
 }
 
-TEST_F(HandleAccount, KnowsThreadsAndProcesses) {
+TEST_F(HandleAccount, CountsThreadsAndProcesses) {
     const auto nothing = [](void*) -> DWORD { return 0; };
     ExpectOneOpen(ACCOUNTING(CreateThread)(nullptr, 0, nothing, nullptr, 0, nullptr));
     ExpectOneOpen(ACCOUNTING(OpenThread)(SYNCHRONIZE, FALSE, GetCurrentThreadId()));
@@ -50,7 +50,7 @@ TEST_F(HandleAccount, KnowsThreadsAndProcesses) {
     ExpectOneOpen(ACCOUNTING(CreateToolhelp32Snapshot)(TH32CS_SNAPPROCESS, 0));
 }
 
-TEST_F(HandleAccount, KnowsBothHandlesOfAPipe) {
+TEST_F(HandleAccount, CountsBothHandlesOfAPipe) {
     HANDLE read_end = nullptr;
     HANDLE write_end = nullptr;
     ASSERT_NE(ACCOUNTING(CreatePipe)(&read_end, &write_end, nullptr, 0), FALSE);
@@ -61,7 +61,7 @@ TEST_F(HandleAccount, KnowsBothHandlesOfAPipe) {
     EXPECT_EQ(Opened(), 0);
 }
 
-TEST_F(HandleAccount, KnowsBothHandlesOfANewProcess) {
+TEST_F(HandleAccount, CountsBothHandlesOfANewProcess) {
     wchar_t command[] = L"cmd.exe /c exit";
     STARTUPINFOW startup = {};
     startup.cb = sizeof(startup);
@@ -75,7 +75,7 @@ TEST_F(HandleAccount, KnowsBothHandlesOfANewProcess) {
     EXPECT_EQ(Opened(), 0);
 }
 
-TEST_F(HandleAccount, KnowsFilesAndViews) {
+TEST_F(HandleAccount, CountsFilesAndViews) {
     ExpectOneOpen(
         ACCOUNTING(CreateFileW)(L"NUL", GENERIC_READ, FILE_SHARE_READ, nullptr, OPEN_EXISTING, 0, nullptr));
     HANDLE const mapping =
@@ -92,7 +92,7 @@ TEST_F(HandleAccount, KnowsFilesAndViews) {
     EXPECT_EQ(Opened(), 0);
 }
 
-TEST_F(HandleAccount, KnowsStreams) {
+TEST_F(HandleAccount, CountsStreams) {
     std::FILE* const wide = ACCOUNTING(_wfopen)(L"NUL", L"rb");
     std::FILE* const narrow =
         Accounting("fopen", static_cast<std::FILE* (*)(const char*, const char*)>(&std::fopen))("NUL", "rb");
@@ -102,7 +102,7 @@ TEST_F(HandleAccount, KnowsStreams) {
     EXPECT_EQ(Opened(), 0);
 }
 
-TEST_F(HandleAccount, KnowsKeysAndWindows) {
+TEST_F(HandleAccount, CountsKeysAndWindows) {
     HKEY key = nullptr;
     ASSERT_EQ(ACCOUNTING(RegOpenKeyExW)(HKEY_CURRENT_USER, L"Software", 0, KEY_READ, &key), ERROR_SUCCESS);
     EXPECT_EQ(Opened(), 1);
@@ -115,7 +115,7 @@ TEST_F(HandleAccount, KnowsKeysAndWindows) {
     EXPECT_EQ(Opened(), 0);
 }
 
-TEST_F(HandleAccount, NotesNothingWhenNothingWasOpened) {
+TEST_F(HandleAccount, CountsNothingWhenOpeningFails) {
     EXPECT_EQ(ACCOUNTING(CreateFileW)(L"no such file", GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr),
               INVALID_HANDLE_VALUE);
     EXPECT_EQ(ACCOUNTING(OpenEventW)(SYNCHRONIZE, FALSE, L"no such event"), nullptr);

@@ -11,7 +11,7 @@ OpenXrScript Read(const std::string& text) {
     return ReadOpenXrScript(stream);
 }
 
-TEST(OpenXrScript, EmptyIsAGoodRuntime) {
+TEST(OpenXrScript, AnEmptyScriptIsAWorkingRuntime) {
     const OpenXrScript script = Read("");
     EXPECT_EQ(script.extensions.size(), 3U);
     EXPECT_EQ(script.system, 1U);
@@ -19,7 +19,7 @@ TEST(OpenXrScript, EmptyIsAGoodRuntime) {
     EXPECT_TRUE(script.mistakes.empty());
 }
 
-TEST(OpenXrScript, EveryStatement) {
+TEST(OpenXrScript, ReadsEveryStatement) {
     const OpenXrScript script = Read(
         "runtime A Name # of two words\r\nversion 1.2.3\nextensions A B\nmissing xrGetSystem\n"
         "result xrCreateSession -38\nnull xrCreateInstance\nsystem 7\nview 10 20\nluid 00000000:00000001\n"
@@ -46,7 +46,7 @@ TEST(OpenXrScript, EveryStatement) {
     EXPECT_EQ(script.HandCondition(0, 3), "away");
 }
 
-TEST(OpenXrScript, MistakesAreTold) {
+TEST(OpenXrScript, ReportsMistakes) {
     EXPECT_EQ(Read("nonsense\nevent 3 asleep\nhand middle 0 bare\nview 1\nhang\n").mistakes.size(), 5U);
 }
 

@@ -24,7 +24,7 @@ std::string ErrorOf(const std::string& text) {
     return "no error";
 }
 
-TEST(Scenario, AnEmptyTextIsAMachineWithoutAnything) {
+TEST(Scenario, AnEmptyTextIsAnEmptyMachine) {
     const Scenario scenario = Read("# nothing here\n\n   \n");
     EXPECT_TRUE(scenario.adapters.empty());
     EXPECT_TRUE(scenario.displays.empty());
@@ -137,7 +137,7 @@ TEST(Scenario, ReadsHowAnOutputIsDuplicated) {
     EXPECT_TRUE(output.losses[1].unplugged);
 }
 
-TEST(Scenario, ReadsWhatAnUnkindGpuDoes) {
+TEST(Scenario, ReadsTheFaultsOfAGpu) {
     const Scenario scenario = Read(
         "loads Z:\\a folder\\b.dll\nadapter A\n draws 800 megapixels per second\n"
         " draws black 900 megapixels per second\n clocks up from 33 percent over 200 ms\n"
@@ -163,7 +163,7 @@ TEST(Scenario, ReadsWhatAnUnkindGpuDoes) {
     EXPECT_EQ(scenario.adapters[2].stamp_trouble, StampTrouble::kNever);
 }
 
-TEST(Scenario, ReadsWhatNoPresentBrings) {
+TEST(Scenario, ReadsHdrPointerAndBlankImages) {
     const Scenario scenario = Read(
         "adapter A\n output D\n  hdr\n  first image blank\n  pointer moves 125 per second\n"
         "  frames 10 per second\n");
@@ -183,13 +183,13 @@ TEST(Scenario, ReadsFatalFailures) {
     EXPECT_EQ(scenario.fatal_failures.at("DuplicateOutput").call, 1);
 }
 
-TEST(Scenario, StillAndNever) {
+TEST(Scenario, ReadsStillAndNever) {
     EXPECT_EQ(Read("adapter A\n output D\n frames still\n").outputs[0].frames.rate, 0);
     EXPECT_FALSE(Read("adapter A\n output D\n frames still\n").outputs[0].frames.never);
     EXPECT_TRUE(Read("adapter A\n output D\n frames never\n").outputs[0].frames.never);
 }
 
-TEST(Scenario, SaysWhichLineIsNotUnderstoodAndWhy) {
+TEST(Scenario, ReportsWhichLineIsInvalidAndWhy) {
     EXPECT_EQ(ErrorOf("\nadaptor A\n"), "line 2: 'adaptor' is not understood here");
     EXPECT_EQ(ErrorOf("output D\n"), "line 1: an output needs an adapter above it");
     EXPECT_EQ(ErrorOf("lost after 3 frames\n"), "line 1: a loss needs an output above it");
