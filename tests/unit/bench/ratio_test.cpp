@@ -20,7 +20,7 @@ TEST(MiddleOf, IsBetweenTheMiddleTwoOfAnEvenCount) {
     EXPECT_EQ(MiddleOf({4.0, 1.0, 2.0, 3.0}, 0.1).ratio, 2.5);
 }
 
-TEST(MiddleOf, TellsHowCloselyItIsKnown) {
+TEST(MiddleOf, ReportsHowAccurateItIs) {
     std::vector<double> ratios;
     for (int ratio = 1; ratio <= 101; ++ratio) {
         ratios.push_back(ratio);
@@ -31,27 +31,27 @@ TEST(MiddleOf, TellsHowCloselyItIsKnown) {
     EXPECT_FALSE(MiddleOf(ratios, 0.19).steady);
 }
 
-TEST(TakePairs, TakesTheLeastWhenTheyAgree) {
+TEST(TakePairs, StopsAtTheMinimumWhenTheyAgree) {
     const MiddleRatio middle = TakePairs({0.01, 9, 45}, PairsOf({1.5}));
     EXPECT_EQ(middle.pairs, 9U);
     EXPECT_EQ(middle.ratio, 1.5);
     EXPECT_TRUE(middle.steady);
 }
 
-TEST(TakePairs, TakesMoreWhenTheyScatter) {
+TEST(TakePairs, TakesMoreWhenTheyVary) {
     const MiddleRatio middle = TakePairs({0.02, 6, 1000}, PairsOf({0.9, 1.0, 1.0, 1.0, 1.1}));
     EXPECT_GT(middle.pairs, 6U);
     EXPECT_LT(middle.pairs, 1000U);
     EXPECT_TRUE(middle.steady);
 }
 
-TEST(TakePairs, GivesUpAfterTheMost) {
+TEST(TakePairs, StopsAtTheMaximum) {
     const MiddleRatio middle = TakePairs({0.01, 9, 20}, PairsOf({0.5, 1.5}));
     EXPECT_EQ(middle.pairs, 20U);
     EXPECT_FALSE(middle.steady);
 }
 
-TEST(TurnAbout, DoesBothAsOften) {
+TEST(TurnAbout, RunsBothEquallyOften) {
     int subjects = 0;
     int baselines = 0;
     const Comparison times = TurnAbout(

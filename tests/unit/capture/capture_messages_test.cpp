@@ -6,7 +6,7 @@ namespace {
 
 const char* const kDisplay = "\\\\.\\DISPLAY2";
 
-TEST(CaptureMessages, FixedTexts) {
+TEST(CaptureMessages, AreTheFixedTexts) {
     EXPECT_STREQ(CaptureMessage::kNoDxgiDevice, "Failed to get DXGIDevice from D3D11Device.");
     EXPECT_STREQ(CaptureMessage::kNoDxgiAdapter, "Failed to get DXGIAdapter.");
     EXPECT_STREQ(CaptureMessage::kNoFactory, "Failed to create a DXGI factory to enumerate displays.");
@@ -18,7 +18,7 @@ TEST(CaptureMessages, FixedTexts) {
     EXPECT_STREQ(kUnnamedDisplayGpu, "the GPU that drives this display");
 }
 
-TEST(DuplicationFailureMessage, OneForEachAnswer) {
+TEST(DuplicationFailureMessage, HasATextForEachResult) {
     EXPECT_EQ(DuplicationFailureMessage(0x887A0022, "Panel GPU"),
               "This display is already being duplicated by another application. Close OBS display capture, "
               "Parsec, Steam Remote Play or a second copy of Vistrel and press Start again.");
@@ -36,7 +36,7 @@ TEST(DuplicationFailureMessage, OneForEachAnswer) {
               "DuplicateOutput failed with HRESULT 0x00000ABC.");
 }
 
-TEST(NotAttachedMessage, ListsWhatThereIs) {
+TEST(NotAttachedMessage, ListsTheAttachedDisplays) {
     EXPECT_EQ(
         NotAttachedMessage(kDisplay, "\\\\.\\DISPLAY1, \\\\.\\DISPLAY3"),
         "Monitor \\\\.\\DISPLAY2 is not attached to any GPU any more. Pick another source; this machine "
@@ -55,7 +55,7 @@ TEST(SecondDeviceFailureMessage, NamesBothGpusAndTheResult) {
         "instead, or switch the laptop to its discrete GPU (MUX switch).");
 }
 
-TEST(SecondDeviceFailureMessage, AnUnnamedSourceStaysAnEmptyText) {
+TEST(SecondDeviceFailureMessage, LeavesAnUnnamedSourceEmpty) {
     EXPECT_EQ(
         SecondDeviceFailureMessage("", "Panel GPU", "Fast GPU", 0x887A0005),
         "Monitor  is driven by Panel GPU while Vistrel renders on Fast GPU, and no D3D11 device could be "
@@ -77,7 +77,7 @@ TEST(CarryFailureMessage, NamesBothGpus) {
               "Could not carry the frame from Panel GPU to Fast GPU; the picture will stop updating.");
 }
 
-TEST(CaptureMessages, TextFromOutsideIsNoFormat) {
+TEST(CaptureMessages, DoNotUseOutsideTextAsAFormat) {
     EXPECT_EQ(CarryFailureMessage("%s%n", "100 %"),
               "Could not carry the frame from %s%n to 100 %; the picture will stop updating.");
     testing::internal::CaptureStderr();
@@ -85,7 +85,7 @@ TEST(CaptureMessages, TextFromOutsideIsNoFormat) {
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "[ScreenCaptureDxgi] 50 % of %s %n\n");
 }
 
-TEST(WriteCaptureMessage, OneLineOnTheErrorStreamAlone) {
+TEST(WriteCaptureMessage, WritesOneLineToTheErrorStreamOnly) {
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     WriteCaptureMessage(CaptureMessage::kAccessLost);

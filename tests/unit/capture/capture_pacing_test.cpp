@@ -8,7 +8,7 @@
 
 namespace {
 
-TEST(RestoreClock, AtMostEvery500Milliseconds) {
+TEST(RestoreClock, AllowsARestoreEvery500Milliseconds) {
     RestoreClock clock;
     EXPECT_TRUE(clock.AllowAttempt(10'000));
     EXPECT_FALSE(clock.AllowAttempt(10'000));
@@ -19,13 +19,13 @@ TEST(RestoreClock, AtMostEvery500Milliseconds) {
     EXPECT_FALSE(clock.AllowAttempt(20'499)) << "counted from the attempt, not from when it was due";
 }
 
-TEST(RestoreClock, AllowedAtTheMachinesStart) {
+TEST(RestoreClock, AllowsARestoreRightAfterTheMachineStarts) {
     RestoreClock clock;
     EXPECT_TRUE(clock.AllowAttempt(0));
     EXPECT_FALSE(clock.AllowAttempt(499));
 }
 
-TEST(RestoreClock, AtOnceWhenAsked) {
+TEST(RestoreClock, AllowsAnImmediateRestoreOnRequest) {
     RestoreClock clock;
     EXPECT_TRUE(clock.AllowAttempt(10'000));
     clock.AllowAtOnce();
@@ -34,7 +34,7 @@ TEST(RestoreClock, AtOnceWhenAsked) {
     EXPECT_TRUE(clock.AllowAttempt(10'501));
 }
 
-TEST(FirstFrameWaits, TenWaitsThenNone) {
+TEST(FirstFrameWaits, AllowsTenWaits) {
     FirstFrameWaits waits;
     std::vector<std::uint32_t> timeouts;
     for (int call = 0; call < 12; ++call) {
@@ -45,7 +45,7 @@ TEST(FirstFrameWaits, TenWaitsThenNone) {
     EXPECT_EQ(waits.NextTimeoutMs(false), 250U);
 }
 
-TEST(FirstFrameWaits, NeverWithAPicture) {
+TEST(FirstFrameWaits, AllowsNoneOnceThereIsAPicture) {
     FirstFrameWaits waits;
     EXPECT_EQ(waits.NextTimeoutMs(true), 0U);
     for (int call = 0; call < 10; ++call) {
@@ -56,13 +56,13 @@ TEST(FirstFrameWaits, NeverWithAPicture) {
 
 constexpr std::int64_t kMegahertz10 = 10'000'000;
 
-TEST(FrameAgeMs, MillisecondsAtTheCountersFrequency) {
+TEST(FrameAgeMs, ConvertsTicksToMilliseconds) {
     EXPECT_EQ(FrameAgeMs(1'000'000, 1'000'000, kMegahertz10), 0.0F);
     EXPECT_EQ(FrameAgeMs(1'125'000, 1'000'000, kMegahertz10), 12.5F);
     EXPECT_EQ(FrameAgeMs(50, 43, 1000), 7.0F);
 }
 
-TEST(FrameAgeMs, OnlyFrom0ToBelow1000) {
+TEST(FrameAgeMs, AcceptsOnlyAgesFrom0ToBelow1000) {
     EXPECT_EQ(FrameAgeMs(999'999, 1'000'000, kMegahertz10), std::nullopt) << "presented in the future";
     EXPECT_EQ(FrameAgeMs(10'999'990, 1'000'000, kMegahertz10), 999.999F);
     EXPECT_EQ(FrameAgeMs(11'000'000, 1'000'000, kMegahertz10), std::nullopt);

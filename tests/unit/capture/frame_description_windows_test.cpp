@@ -20,7 +20,7 @@ D3D11_TEXTURE2D_DESC Acquired(DXGI_FORMAT format) {
     return acquired;
 }
 
-TEST(FrameTextureDescription, ReadableByShadersAndDrawableByGdi) {
+TEST(FrameTextureDescription, IsReadableByShadersAndDrawableByGdi) {
     const D3D11_TEXTURE2D_DESC frame = FrameTextureDescription(Acquired(DXGI_FORMAT_B8G8R8A8_UNORM));
     EXPECT_EQ(frame.Width, 2560U);
     EXPECT_EQ(frame.Height, 1440U);
@@ -55,7 +55,7 @@ TEST(FrameTextureDescription, TypelessFormatsGetAType) {
     }
 }
 
-TEST(CarryTextureDescription, OnePlainPictureForTheCpuToRead) {
+TEST(CarryTextureDescription, IsAPlainStagingTexture) {
     const D3D11_TEXTURE2D_DESC carry = CarryTextureDescription(Acquired(DXGI_FORMAT_B8G8R8A8_TYPELESS));
     EXPECT_EQ(carry.Width, 2560U);
     EXPECT_EQ(carry.Height, 1440U);
@@ -70,7 +70,7 @@ TEST(CarryTextureDescription, OnePlainPictureForTheCpuToRead) {
     EXPECT_EQ(carry.MiscFlags, 0U);
 }
 
-TEST(ReadBackDescription, TheSameTextureForTheCpuToRead) {
+TEST(ReadBackDescription, IsTheSameTextureForTheCpuToRead) {
     const D3D11_TEXTURE2D_DESC copy = ReadBackDescription(Acquired(DXGI_FORMAT_B8G8R8A8_UNORM));
     EXPECT_EQ(copy.Width, 2560U);
     EXPECT_EQ(copy.Height, 1440U);
@@ -84,7 +84,7 @@ TEST(ReadBackDescription, TheSameTextureForTheCpuToRead) {
     EXPECT_EQ(copy.MiscFlags, 0U);
 }
 
-TEST(HasFourByteChannels, OfPicturesAlone) {
+TEST(HasFourByteChannels, IsTrueOnlyForPictureFormats) {
     for (const DXGI_FORMAT format :
          {DXGI_FORMAT_B8G8R8A8_TYPELESS, DXGI_FORMAT_B8G8R8A8_UNORM, DXGI_FORMAT_B8G8R8A8_UNORM_SRGB,
           DXGI_FORMAT_B8G8R8X8_TYPELESS, DXGI_FORMAT_B8G8R8X8_UNORM, DXGI_FORMAT_B8G8R8X8_UNORM_SRGB,

@@ -107,7 +107,7 @@ TEST_F(ScreenCaptureAcross, EveryPixelArrives) {
     }
 }
 
-TEST_F(ScreenCaptureAcross, RowsFurtherApartThanThePictureIsWide) {
+TEST_F(ScreenCaptureAcross, RowPitchMayExceedTheWidth) {
     StartAcross();
     Desktop().extra_row_pitch = 52;
     Push({.width = 33, .seed = 8});
@@ -140,7 +140,7 @@ TEST_F(ScreenCaptureAcross, AFrameThatCannotBeMappedIsReportedOnce) {
     Desktop().map_result = S_OK;
 }
 
-TEST_F(ScreenCaptureAcross, NoTextureToCarryWith) {
+TEST_F(ScreenCaptureAcross, AMissingStagingTextureIsReported) {
     StartAcross();
     Desktop().staging_textures_fail = true;
     Push({});
@@ -150,7 +150,7 @@ TEST_F(ScreenCaptureAcross, NoTextureToCarryWith) {
     EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), ScriptedPixels({.seed = 2}));
 }
 
-TEST_F(ScreenCaptureAcross, NoContextToCarryWith) {
+TEST_F(ScreenCaptureAcross, AMissingContextIsReported) {
     Desktop().second_devices_lack_context = true;
     StartAcross();
     for (int call = 0; call < 2; ++call) {

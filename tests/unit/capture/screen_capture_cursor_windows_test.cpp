@@ -21,7 +21,7 @@ adapter Fast GPU
     static lab::Cursor& Cursor() { return lab::TheMachine().scenario.cursor; }
 };
 
-TEST_F(ScreenCaptureCursor, WhereItIsOnTheMonitor) {
+TEST_F(ScreenCaptureCursor, IsDrawnAtItsPositionOnTheMonitor) {
     ASSERT_TRUE(Start("B"));
     Push({});
     const View view = capture_->GetFrame();
@@ -49,7 +49,7 @@ TEST_F(ScreenCaptureCursor, WhereItIsOnTheMonitor) {
     EXPECT_GT(changed, 20) << "an arrow is to be seen";
 }
 
-TEST_F(ScreenCaptureCursor, OnAnotherMonitorItIsOutsideOfThePicture) {
+TEST_F(ScreenCaptureCursor, FallsOutsideThePictureOnAnotherMonitor) {
     ASSERT_TRUE(Start("A"));
     Push({});
     const View view = capture_->GetFrame();
@@ -59,7 +59,7 @@ TEST_F(ScreenCaptureCursor, OnAnotherMonitorItIsOutsideOfThePicture) {
     EXPECT_EQ(PixelsOf(view.Get()), ScriptedPixels({}));
 }
 
-TEST_F(ScreenCaptureCursor, OnEveryNewImage) {
+TEST_F(ScreenCaptureCursor, IsDrawnOnEveryNewImage) {
     ASSERT_TRUE(Start("B"));
     for (int image = 0; image < 3; ++image) {
         Push({});
@@ -70,7 +70,7 @@ TEST_F(ScreenCaptureCursor, OnEveryNewImage) {
     EXPECT_EQ(Desktop().drawn_icons[2].x, 210);
 }
 
-TEST_F(ScreenCaptureCursor, OnlyAfterANewImage) {
+TEST_F(ScreenCaptureCursor, IsDrawnOnlyAfterANewImage) {
     ASSERT_TRUE(Start("B"));
     capture_->GetFrame();
     Push({});
@@ -79,7 +79,7 @@ TEST_F(ScreenCaptureCursor, OnlyAfterANewImage) {
     EXPECT_EQ(Desktop().drawn_icons.size(), 1U);
 }
 
-TEST_F(ScreenCaptureCursor, OnlyWhenShown) {
+TEST_F(ScreenCaptureCursor, IsDrawnOnlyWhenVisible) {
     ASSERT_TRUE(Start("B"));
     const auto expect_plain = [&](const char* why) {
         Push({});
@@ -99,14 +99,14 @@ TEST_F(ScreenCaptureCursor, OnlyWhenShown) {
     EXPECT_THAT(Desktop().drawn_icons, IsEmpty());
 }
 
-TEST_F(ScreenCaptureCursor, NotOnATextureThatGdiCannotDrawOn) {
+TEST_F(ScreenCaptureCursor, IsNotDrawnOnATextureWithoutGdiSupport) {
     ASSERT_TRUE(Start("B"));
     Push({.format = DXGI_FORMAT_R8G8B8A8_TYPELESS});
     EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), ScriptedPixels({}));
     EXPECT_THAT(Desktop().drawn_icons, IsEmpty());
 }
 
-TEST_F(ScreenCaptureCursor, AlsoOnAPictureCarriedAcross) {
+TEST_F(ScreenCaptureCursor, IsDrawnOnAPictureCopiedAcrossGpus) {
     UseHybridLaptop();
     Cursor() = {.x = 1930, .y = -90};
     lab::TheMachine().scenario.displays[0].left = 1920;

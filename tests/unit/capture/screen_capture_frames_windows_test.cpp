@@ -16,7 +16,7 @@ class ScreenCaptureFrames : public ScreenCaptureTestBase {
 
 constexpr const char* kLost = "[ScreenCaptureDxgi] Access lost. Reinitializing...\n";
 constexpr const char* kRestored = "[ScreenCaptureDxgi] Duplication restored.\n";
-TEST_F(ScreenCaptureFrames, NewImagesAndStillOnes) {
+TEST_F(ScreenCaptureFrames, DistinguishesNewImagesFromUnchangedOnes) {
     ASSERT_TRUE(Start());
     Push({.seed = 3});
     const View first = capture_->GetFrame();
@@ -39,7 +39,7 @@ TEST_F(ScreenCaptureFrames, WaitsOnlyForTheFirstImage) {
     EXPECT_THAT(Desktop().timeouts, ElementsAre(250, 250, 0));
 }
 
-TEST_F(ScreenCaptureFrames, ADesktopThatNeverGivesAnImageIsWaitedForTenTimes) {
+TEST_F(ScreenCaptureFrames, WaitsTenTimesForADesktopWithoutAnImage) {
     ASSERT_TRUE(Start());
     for (int call = 0; call < 12; ++call) {
         EXPECT_EQ(capture_->GetFrame().Get(), nullptr);
@@ -47,7 +47,7 @@ TEST_F(ScreenCaptureFrames, ADesktopThatNeverGivesAnImageIsWaitedForTenTimes) {
     EXPECT_THAT(Desktop().timeouts, ElementsAre(250, 250, 250, 250, 250, 250, 250, 250, 250, 250, 0, 0));
 }
 
-TEST_F(ScreenCaptureFrames, OtherFailuresOfAcquireChangeNothing) {
+TEST_F(ScreenCaptureFrames, OtherAcquireErrorsChangeNothing) {
     ASSERT_TRUE(Start());
     Push({});
     const View view = capture_->GetFrame();
@@ -132,7 +132,7 @@ TEST_F(ScreenCaptureFrames, EveryRestoreMayWaitForItsFirstImageAgain) {
     EXPECT_THAT(Desktop().timeouts, ElementsAre(250, 250, 250, 250, 250, 250, 250, 250, 250, 250, 0));
 }
 
-TEST_F(ScreenCaptureFrames, TheDisplayIsChosenAnewAtEveryRestore) {
+TEST_F(ScreenCaptureFrames, EveryRestoreChoosesTheDisplayAgain) {
     UseMachine("adapter Fast GPU\n output A\n output B\n");
     ASSERT_TRUE(Start());
     Output(0).unplugged = true;
@@ -141,7 +141,7 @@ TEST_F(ScreenCaptureFrames, TheDisplayIsChosenAnewAtEveryRestore) {
     EXPECT_THAT(DuplicatedOutputs(), ElementsAre("A", "B"));
 }
 
-TEST_F(ScreenCaptureFrames, AnotherSizeWithoutALoss) {
+TEST_F(ScreenCaptureFrames, TheSizeMayChangeWithoutALoss) {
     ASSERT_TRUE(Start());
     Push({});
     const View before = capture_->GetFrame();
@@ -154,7 +154,7 @@ TEST_F(ScreenCaptureFrames, AnotherSizeWithoutALoss) {
     EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), ScriptedPixels({.width = 60, .height = 50, .seed = 3}));
 }
 
-TEST_F(ScreenCaptureFrames, AnotherFormatWithoutALossIsNeverTakenForAPicture) {
+TEST_F(ScreenCaptureFrames, AFormatChangeWithoutALossGivesNoPicture) {
     for (const bool cross : {false, true}) {
         if (cross) {
             UseHybridLaptop();
@@ -178,7 +178,7 @@ struct FormatCase {
 
 class ScreenCaptureFormats : public ScreenCaptureFrames, public testing::WithParamInterface<FormatCase> {};
 
-TEST_P(ScreenCaptureFormats, LocallyAndAcross) {
+TEST_P(ScreenCaptureFormats, AreCapturedOnTheSameGpuAndAcrossGpus) {
     DiagSettings::Instance().capture_draw_cursor = true;
     for (const bool cross : {false, true}) {
         if (cross) {
@@ -218,7 +218,7 @@ INSTANTIATE_TEST_SUITE_P(
                     FormatCase{DXGI_FORMAT_R8G8B8A8_UNORM, DXGI_FORMAT_UNKNOWN, false},
                     FormatCase{DXGI_FORMAT_R16G16B16A16_FLOAT, DXGI_FORMAT_UNKNOWN, false}));
 
-TEST_F(ScreenCaptureFrames, AResourceThatIsNoTexture) {
+TEST_F(ScreenCaptureFrames, AResourceThatIsNotATextureIsIgnored) {
     ASSERT_TRUE(Start());
     Push({.has_texture = false});
     EXPECT_EQ(capture_->GetFrame().Get(), nullptr);
@@ -231,7 +231,7 @@ TEST_F(ScreenCaptureFrames, AResourceThatIsNoTexture) {
     EXPECT_EQ(PixelsOf(view.Get()), ScriptedPixels({}));
 }
 
-TEST_F(ScreenCaptureFrames, AViewThatCannotBeMadeIsTriedAgain) {
+TEST_F(ScreenCaptureFrames, AViewThatCannotBeCreatedIsRetried) {
     ASSERT_TRUE(Start());
     Desktop().shader_views_fail = true;
     Push({});
@@ -241,7 +241,7 @@ TEST_F(ScreenCaptureFrames, AViewThatCannotBeMadeIsTriedAgain) {
     EXPECT_EQ(PixelsOf(capture_->GetFrame().Get()), ScriptedPixels({.seed = 2}));
 }
 
-TEST_F(ScreenCaptureFrames, AgeOfAnImage) {
+TEST_F(ScreenCaptureFrames, ReportsTheAgeOfAnImage) {
     ASSERT_TRUE(Start());
     PassMilliseconds(90'000);
     const std::int64_t now = lab::CounterAt(lab::MachineTime());
@@ -260,7 +260,7 @@ TEST_F(ScreenCaptureFrames, AgeOfAnImage) {
     EXPECT_EQ(age_of(now), 0.0F);
 }
 
-TEST_F(ScreenCaptureFrames, TellsThePresentOfTheLastNewImageAndWhatThePictureShows) {
+TEST_F(ScreenCaptureFrames, ReportsTheLastPresentTimeAndThePicturesContent) {
     ASSERT_TRUE(Start());
     EXPECT_EQ(capture_->Content(), PictureContent::Nothing);
     Push({.seed = 1});

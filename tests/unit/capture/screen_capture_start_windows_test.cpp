@@ -8,7 +8,7 @@ namespace {
 
 class ScreenCaptureStart : public ScreenCaptureTestBase {};
 
-TEST_F(ScreenCaptureStart, OnTheRenderGpu) {
+TEST_F(ScreenCaptureStart, SucceedsOnTheRenderGpu) {
     EXPECT_EQ(ErrorsOf([&] { EXPECT_TRUE(Start()); }), "");
     EXPECT_FALSE(capture_->IsCrossAdapter());
     EXPECT_EQ(capture_->RenderGpuName(), "Fast GPU");
@@ -19,29 +19,29 @@ TEST_F(ScreenCaptureStart, OnTheRenderGpu) {
     EXPECT_THAT(Desktop().devices_made, IsEmpty());
 }
 
-TEST_F(ScreenCaptureStart, NoDevice) {
+TEST_F(ScreenCaptureStart, FailsWithoutADevice) {
     EXPECT_EQ(ErrorsOf([&] { EXPECT_FALSE(capture_->Initialize(nullptr, "")); }),
               "[ScreenCaptureDxgi] Failed to get DXGIDevice from D3D11Device.\n");
     EXPECT_EQ(capture_->LastError(), "Failed to get DXGIDevice from D3D11Device.");
     EXPECT_EQ(capture_->GetFrame().Get(), nullptr);
 }
 
-TEST_F(ScreenCaptureStart, DeviceWithoutAdapter) {
+TEST_F(ScreenCaptureStart, FailsWhenTheDeviceHasNoAdapter) {
     Desktop().get_adapter_result = E_FAIL;
     EXPECT_EQ(FailureOf(), "Failed to get DXGIAdapter.");
 }
 
-TEST_F(ScreenCaptureStart, AdapterWithoutDescription) {
+TEST_F(ScreenCaptureStart, FailsWhenTheAdapterHasNoDescription) {
     Adapter(0).description_fails = DXGI_ERROR_DEVICE_REMOVED;
     EXPECT_EQ(FailureOf(), "Failed to get DXGIAdapter.");
 }
 
-TEST_F(ScreenCaptureStart, NoFactory) {
+TEST_F(ScreenCaptureStart, FailsWithoutAFactory) {
     lab::TheMachine().scenario.factory_fails = E_OUTOFMEMORY;
     EXPECT_EQ(FailureOf(), "Failed to create a DXGI factory to enumerate displays.");
 }
 
-TEST_F(ScreenCaptureStart, NoDisplayAtAll) {
+TEST_F(ScreenCaptureStart, FailsWithoutADisplay) {
     Output(0).unplugged = true;
     EXPECT_EQ(FailureOf(),
               "No display is attached to any GPU, so there is nothing to capture. Capture the game window "
@@ -53,7 +53,7 @@ TEST_F(ScreenCaptureStart, NoDisplayAtAll) {
     EXPECT_EQ(DuplicatedOutputs().size(), 0U);
 }
 
-TEST_F(ScreenCaptureStart, NamedDisplayIsGone) {
+TEST_F(ScreenCaptureStart, FailsWhenTheNamedDisplayIsGone) {
     UseMachine(R"(
 adapter Panel GPU
   luid 00000000:00000014
@@ -69,7 +69,7 @@ adapter Fast GPU
         "currently has \\\\.\\DISPLAY5, \\\\.\\DISPLAY1, \\\\.\\DISPLAY2.");
 }
 
-TEST_F(ScreenCaptureStart, AnswersOfDuplicateOutput) {
+TEST_F(ScreenCaptureStart, ReportsEachFailureOfDuplicateOutput) {
     RefuseDuplication(0, DXGI_ERROR_NOT_CURRENTLY_AVAILABLE);
     EXPECT_EQ(FailureOf(),
               "This display is already being duplicated by another application. Close OBS display capture, "
@@ -99,12 +99,12 @@ TEST_F(ScreenCaptureStart, AFailedStartIsNotRetried) {
     EXPECT_TRUE(Start()) << "but may be started again";
 }
 
-TEST_F(ScreenCaptureStart, OutputWithoutDuplication) {
+TEST_F(ScreenCaptureStart, FailsForAnOutputWithoutDuplication) {
     lab::TheMachine().scenario.outputs[0].without_output1 = true;
     EXPECT_EQ(FailureOf(), "Failed to get IDXGIOutput1.");
 }
 
-TEST_F(ScreenCaptureStart, FirstOutputOfTheRenderGpu) {
+TEST_F(ScreenCaptureStart, TakesTheFirstOutputOfTheRenderGpu) {
     UseMachine(R"(
 adapter Panel GPU
   luid 00000000:00000014
@@ -120,7 +120,7 @@ adapter Fast GPU
     EXPECT_FALSE(capture_->IsCrossAdapter());
 }
 
-TEST_F(ScreenCaptureStart, BothHalvesOfTheLuidTellGpusApart) {
+TEST_F(ScreenCaptureStart, ComparesBothHalvesOfTheLuid) {
     UseMachine(R"(
 adapter Low half alike
   luid 00000002:0000000A
@@ -137,7 +137,7 @@ adapter Fast GPU
     EXPECT_THAT(DuplicatedOutputs(), ElementsAre("C"));
 }
 
-TEST_F(ScreenCaptureStart, NamedOutputOfAnotherGpu) {
+TEST_F(ScreenCaptureStart, TakesANamedOutputOfAnotherGpu) {
     UseMachine(R"(
 adapter Fast GPU
   luid 00000000:0000000A
@@ -156,7 +156,7 @@ adapter Panel GPU
     EXPECT_THAT(Desktop().devices_made, ElementsAre("Panel GPU"));
 }
 
-TEST_F(ScreenCaptureStart, FirstOutputElsewhereWhenTheRenderGpuHasNone) {
+TEST_F(ScreenCaptureStart, TakesTheFirstOutputOfAnyGpuWhenTheRenderGpuHasNone) {
     UseHybridLaptop();
     EXPECT_EQ(ErrorsOf([&] { EXPECT_TRUE(Start()); }),
               "[ScreenCaptureDxgi]  is driven by Panel GPU while Vistrel renders on Fast GPU; capturing on "
@@ -164,7 +164,7 @@ TEST_F(ScreenCaptureStart, FirstOutputElsewhereWhenTheRenderGpuHasNone) {
     EXPECT_TRUE(capture_->IsCrossAdapter());
 }
 
-TEST_F(ScreenCaptureStart, WhatCannotBeDescribedIsSkipped) {
+TEST_F(ScreenCaptureStart, SkipsAdaptersAndOutputsWithoutADescription) {
     UseMachine(R"(
 adapter Broken
   luid 00000000:0000000A
@@ -185,7 +185,7 @@ adapter Fast GPU
         "C.");
 }
 
-TEST_F(ScreenCaptureStart, EnumerationsThatEndInAnErrorEnd) {
+TEST_F(ScreenCaptureStart, AnErrorEndsAnEnumeration) {
     Output(0).unplugged = true;
     Adapter(0).outputs_end_with = DXGI_ERROR_NOT_CURRENTLY_AVAILABLE;
     lab::TheMachine().scenario.adapters_end_with = DXGI_ERROR_DEVICE_REMOVED;
@@ -195,7 +195,7 @@ TEST_F(ScreenCaptureStart, EnumerationsThatEndInAnErrorEnd) {
     EXPECT_EQ(lab::Counts().enumerations, 3);
 }
 
-TEST_F(ScreenCaptureStart, StandInsForEmptyNames) {
+TEST_F(ScreenCaptureStart, ReplacesEmptyNames) {
     UseHybridLaptop();
     Adapter(0).name.clear();
     Adapter(1).name.clear();
@@ -208,7 +208,7 @@ TEST_F(ScreenCaptureStart, StandInsForEmptyNames) {
     EXPECT_EQ(capture_->RenderGpuName(), "the GPU Vistrel renders on");
 }
 
-TEST_F(ScreenCaptureStart, NoSecondDevice) {
+TEST_F(ScreenCaptureStart, FailsWithoutASecondDevice) {
     UseHybridLaptop();
     Adapter(0).device_fails = DXGI_ERROR_DEVICE_REMOVED;
     EXPECT_EQ(
@@ -235,7 +235,7 @@ TEST_F(ScreenCaptureStart, UnsupportedNamesTheDisplaysGpu) {
         "laptop to its discrete GPU (MUX switch).");
 }
 
-TEST_F(ScreenCaptureStart, ShutdownReturnsToTheBeginning) {
+TEST_F(ScreenCaptureStart, ShutdownResetsEverything) {
     UseHybridLaptop();
     ErrorsOf([&] { EXPECT_TRUE(Start()); });
     Push({});
@@ -258,7 +258,7 @@ TEST_F(ScreenCaptureStart, ShutdownReturnsToTheBeginning) {
     EXPECT_TRUE(capture_->IsCrossAdapter());
 }
 
-TEST_F(ScreenCaptureStart, StartedAgainWhileRunning) {
+TEST_F(ScreenCaptureStart, RestartsWhileRunning) {
     EXPECT_TRUE(Start());
     Push({});
     EXPECT_NE(capture_->GetFrame().Get(), nullptr);
@@ -266,7 +266,7 @@ TEST_F(ScreenCaptureStart, StartedAgainWhileRunning) {
     EXPECT_EQ(DuplicatedOutputs().size(), 2U);
 }
 
-TEST_F(ScreenCaptureStart, StartedAgainOnAnotherDevice) {
+TEST_F(ScreenCaptureStart, RestartsOnAnotherDevice) {
     EXPECT_TRUE(Start());
     Push({});
     const View before = capture_->GetFrame();
@@ -282,7 +282,7 @@ TEST_F(ScreenCaptureStart, StartedAgainOnAnotherDevice) {
     EXPECT_EQ(PixelsOf(before.Get()), ScriptedPixels({}));
 }
 
-TEST_F(ScreenCaptureStart, StartedAgainInVainStandsStill) {
+TEST_F(ScreenCaptureStart, AFailedRestartStopsTheCapture) {
     EXPECT_TRUE(Start());
     Push({});
     EXPECT_NE(capture_->GetFrame().Get(), nullptr);

@@ -9,7 +9,7 @@
 namespace {
 
 /// The whole list, one row a line: a slip in any field shows.
-TEST(DepthModelPresets, AreTheProductsListInItsOrder) {
+TEST(DepthModelPresets, MatchTheProductsListInOrder) {
     std::string table;
     for (const DepthModelPreset& preset : DepthModelPresets()) {
         const std::wstring path = preset.model_path;

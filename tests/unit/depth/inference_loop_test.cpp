@@ -74,7 +74,7 @@ TEST(TimeIterations, RunsNothingForANegativeCountBeyondTheWarmUps) {
     EXPECT_EQ(script.Trace(), "");
 }
 
-TEST(TimeIterations, PassesOnWhatARunThrows) {
+TEST(TimeIterations, PropagatesExceptionsOfARun) {
     ScriptedRuns script({0, 1, 2, 3}, 1000);
     script.FailInRun(2);
     EXPECT_THROW(TimeIterations(15, script.Clock(), script.Steps()), std::runtime_error);
@@ -89,7 +89,7 @@ TEST(TimeIterations, IsExactOnACounterThatHasRunForYears) {
     EXPECT_THAT(TimeIterations(1, script.Clock(), script.Steps()), ElementsAre(DoubleEq(0.0123)));
 }
 
-TEST(FiguresOf, TakesTheMiddleOneOfAnOddNumber) {
+TEST(FiguresOf, TakesTheMiddleOneOfAnOddCount) {
     const auto figures = FiguresOf({5.0, 1.0, 3.0});
     ASSERT_TRUE(figures);
     EXPECT_EQ(figures->median, 3.0);
@@ -97,13 +97,13 @@ TEST(FiguresOf, TakesTheMiddleOneOfAnOddNumber) {
     EXPECT_EQ(figures->max, 5.0);
 }
 
-TEST(FiguresOf, TakesTheUpperOneOfTheMiddleTwo) {
+TEST(FiguresOf, TakesTheUpperMiddleOneOfAnEvenCount) {
     const auto figures = FiguresOf({4.0, 1.0, 3.0, 2.0});
     ASSERT_TRUE(figures);
     EXPECT_EQ(figures->median, 3.0);
 }
 
-TEST(FiguresOf, IsTheSameThriceForOneValue) {
+TEST(FiguresOf, RepeatsASingleValue) {
     const auto figures = FiguresOf({7.5});
     ASSERT_TRUE(figures);
     EXPECT_EQ(figures->median, 7.5);
@@ -111,7 +111,7 @@ TEST(FiguresOf, IsTheSameThriceForOneValue) {
     EXPECT_EQ(figures->max, 7.5);
 }
 
-TEST(FiguresOf, IsNothingWithoutValues) {
+TEST(FiguresOf, IsEmptyWithoutValues) {
     EXPECT_FALSE(FiguresOf({}));
 }
 
@@ -131,7 +131,7 @@ TEST(MakeInputPattern, DoesNotWrapAtThirtyTwoBits) {
     }
 }
 
-TEST(IsHalfPrecisionModel, GoesByFp16AnywhereInThePath) {
+TEST(IsHalfPrecisionModel, IsTrueForFp16AnywhereInThePath) {
     EXPECT_TRUE(IsHalfPrecisionModel(L"vistrel/virtual_monitor/vda_s_ring_518x294_fp16_R15.onnx"));
     EXPECT_TRUE(IsHalfPrecisionModel(L"fp16/model.onnx"));
     EXPECT_TRUE(IsHalfPrecisionModel(L"xfp16x"));
@@ -140,7 +140,7 @@ TEST(IsHalfPrecisionModel, GoesByFp16AnywhereInThePath) {
     EXPECT_FALSE(IsHalfPrecisionModel(L""));
 }
 
-TEST(IsUsableInputSize, HoldsForEveryPictureUpToTheLimit) {
+TEST(IsUsableInputSize, IsTrueForEveryPictureUpToTheLimit) {
     EXPECT_TRUE(IsUsableInputSize(1, 1));
     EXPECT_TRUE(IsUsableInputSize(924, 518));
     EXPECT_TRUE(IsUsableInputSize(8192, 8192));
@@ -150,7 +150,7 @@ TEST(IsUsableInputSize, HoldsForEveryPictureUpToTheLimit) {
     EXPECT_FALSE(IsUsableInputSize(1, kMostInputPixels + 1));
 }
 
-TEST(IsUsableInputSize, IsNotFooledByAProductThatOverflows) {
+TEST(IsUsableInputSize, IsFalseWhenTheProductOverflows) {
     EXPECT_FALSE(IsUsableInputSize(std::int64_t{1} << 32, std::int64_t{1} << 32));
     EXPECT_FALSE(IsUsableInputSize(std::int64_t{1} << 62, 8));
     EXPECT_FALSE(IsUsableInputSize(8, std::int64_t{1} << 62));
@@ -158,7 +158,7 @@ TEST(IsUsableInputSize, IsNotFooledByAProductThatOverflows) {
                                    std::numeric_limits<std::int64_t>::max()));
 }
 
-TEST(IsUsableInputSize, NeedsAPixel) {
+TEST(IsUsableInputSize, IsFalseWithoutPixels) {
     EXPECT_FALSE(IsUsableInputSize(0, 518));
     EXPECT_FALSE(IsUsableInputSize(518, 0));
     EXPECT_FALSE(IsUsableInputSize(-518, -518));

@@ -124,7 +124,7 @@ TEST_F(MeasureInferenceTest, TakesTheGivenSizeWhenTheModelDeclaresNone) {
     }
 }
 
-TEST_F(MeasureInferenceTest, AsksNoShapeOfAnInputThatIsNoTensor) {
+TEST_F(MeasureInferenceTest, QueriesNoShapeOfAnInputThatIsNotATensor) {
     runtime_.input_is_tensor = false;
     EXPECT_TRUE(Measure().ok);
     EXPECT_EQ(runtime_.calls["GetDimensionsCount"], 0);
@@ -142,7 +142,7 @@ TEST_F(MeasureInferenceTest, AllocatesNoPictureOfAbsurdSize) {
     EXPECT_EQ(AliveInCountingRuntime(), 0);
 }
 
-TEST_F(MeasureInferenceTest, RefusesAGivenSizeWithoutPixels) {
+TEST_F(MeasureInferenceTest, RejectsAGivenSizeWithoutPixels) {
     runtime_.input_dimensions = {-1, 3, -1, -1};
     const ModelTiming timing = Measure(0, -518);
     EXPECT_FALSE(timing.ok);
@@ -150,7 +150,7 @@ TEST_F(MeasureInferenceTest, RefusesAGivenSizeWithoutPixels) {
     EXPECT_EQ(AliveInCountingRuntime(), 0);
 }
 
-TEST_F(MeasureInferenceTest, SaysWhenNoRunWasRecorded) {
+TEST_F(MeasureInferenceTest, ReportsThatNoRunWasRecorded) {
     request_.runs = 0;
     const ModelTiming timing = Measure();
     EXPECT_FALSE(timing.ok);
@@ -158,7 +158,7 @@ TEST_F(MeasureInferenceTest, SaysWhenNoRunWasRecorded) {
     EXPECT_EQ(AliveInCountingRuntime(), 0);
 }
 
-TEST_F(MeasureInferenceTest, WordsARefusedProviderItself) {
+TEST_F(MeasureInferenceTest, UsesItsOwnTextForAFailedProvider) {
     runtime_.failing_entry = "AppendDirectMl";
     const ModelTiming timing = Measure();
     EXPECT_FALSE(timing.ok);
@@ -207,7 +207,7 @@ class FailingRuntimeTest : public MeasureInferenceTest, public ::testing::WithPa
     }
 };
 
-TEST_P(FailingRuntimeTest, IsQuotedAndLeavesNothingBehind) {
+TEST_P(FailingRuntimeTest, IsQuotedAndLeaksNothing) {
     const ModelTiming timing = Measure();
     EXPECT_FALSE(timing.ok);
     EXPECT_EQ(timing.error, "onnxruntime: the runtime's own words");
@@ -215,7 +215,7 @@ TEST_P(FailingRuntimeTest, IsQuotedAndLeavesNothingBehind) {
     EXPECT_EQ(AliveInCountingRuntime(), 0);
 }
 
-TEST_P(FailingRuntimeTest, LeavesNothingBehindThatItMadeAllTheSame) {
+TEST_P(FailingRuntimeTest, LeaksNothingThatAFailingCallReturned) {
     runtime_.fails_late = true;
     EXPECT_EQ(Measure().error, "onnxruntime: the runtime's own words");
     EXPECT_EQ(AliveInCountingRuntime(), 0);
@@ -234,32 +234,32 @@ INSTANTIATE_TEST_SUITE_P(AtEveryCall, FailingRuntimeTest, ::testing::ValuesIn(Ev
                              return std::string(failure.param.entry) + std::to_string(failure.param.call);
                          });
 
-TEST_F(MeasureInferenceTest, BearsAProviderThatThrows) {
+TEST_F(MeasureInferenceTest, HandlesAProviderThatThrows) {
     runtime_.failing_entry = "AppendDirectMl";
     runtime_.throws = true;
     EXPECT_EQ(Measure().error, "the runtime's own words");
     EXPECT_EQ(AliveInCountingRuntime(), 0);
 }
 
-TEST(AttemptTiming, QuotesTheRuntimeBehindItsName) {
+TEST(AttemptTiming, QuotesTheRuntimeAfterItsName) {
     ModelTiming timing;
     AttemptTiming(timing, [] { throw Ort::Exception("bad graph"); });
     EXPECT_EQ(timing.error, "onnxruntime: bad graph");
 }
 
-TEST(AttemptTiming, QuotesOtherExceptionsAlone) {
+TEST(AttemptTiming, QuotesOtherExceptionsWithoutAName) {
     ModelTiming timing;
     AttemptTiming(timing, [] { throw std::bad_alloc(); });
     EXPECT_EQ(timing.error, std::bad_alloc().what());
 }
 
-TEST(AttemptTiming, BearsWhatIsNoException) {
+TEST(AttemptTiming, HandlesAThrownValueThatIsNotAnException) {
     ModelTiming timing;
     AttemptTiming(timing, [] { throw 7; });
     EXPECT_EQ(timing.error, "an exception of unknown kind");
 }
 
-TEST(AttemptTiming, ReplacesWhatIsNoUtf8InAMessage) {
+TEST(AttemptTiming, ReplacesInvalidUtf8InAMessage) {
     ModelTiming timing;
     AttemptTiming(timing, [] { throw Ort::Exception("caf\xE9 f\xC3\xBCr \xF0\x9F"); });
     EXPECT_EQ(timing.error, "onnxruntime: caf\uFFFD f\u00FCr \uFFFD");

@@ -64,14 +64,14 @@ TEST_F(TimeDepthModelTest, TimesTheFileInTheFolder) {
     EXPECT_EQ(Account().calls["Run"], kWarmUpRuns + 2);
 }
 
-TEST_F(TimeDepthModelTest, LooksForFp16InTheModelsPathAlone) {
+TEST_F(TimeDepthModelTest, LooksForFp16OnlyInTheModelsPath) {
     Time(L"models/a.onnx");
     EXPECT_EQ(Account().calls["AddSessionConfigEntry"], 0);
     Time(L"models/a_fp16.onnx");
     EXPECT_EQ(Account().calls["AddSessionConfigEntry"], 1);
 }
 
-TEST_F(TimeDepthModelTest, SaysWhenThereIsNoFile) {
+TEST_F(TimeDepthModelTest, ReportsAMissingFile) {
     const ModelTiming timing = Time(L"models/b.onnx");
     EXPECT_FALSE(timing.ok);
     EXPECT_EQ(timing.error, "model file not found");
@@ -82,7 +82,7 @@ TEST_F(TimeDepthModelTest, SaysWhenThereIsNoFile) {
     EXPECT_TRUE(Account().sequence.empty());
 }
 
-TEST_F(TimeDepthModelTest, TakesThePathAsItStandsWithoutAFolder) {
+TEST_F(TimeDepthModelTest, UsesThePathUnchangedWithoutAFolder) {
     const std::wstring path = (folder_ / L"models" / L"a.onnx").wstring();
     const ModelTiming timing = TimeDepthModel("", path, "", 256, 128, 2, 0);
     EXPECT_TRUE(timing.ok);
@@ -98,13 +98,13 @@ TEST_F(TimeDepthModelTest, MeasuresOnTheGivenGpuOrTheFirst) {
     EXPECT_THAT(Account().arguments, Contains("device 0"));
 }
 
-TEST_F(TimeDepthModelTest, AsksForTheTableOnceAProcess) {
+TEST_F(TimeDepthModelTest, RequestsTheTableOncePerProcess) {
     Time(L"models/a.onnx");
     Time(L"models/a.onnx");
     EXPECT_EQ(StandInEntry<int (*)()>("StandInTableRequests")(), 1);
 }
 
-TEST_F(TimeDepthModelTest, BearsAForeignExceptionFromTheDll) {
+TEST_F(TimeDepthModelTest, HandlesAnotherCompilersExceptionFromTheDll) {
     Account().failing_entry = "Run";
     Account().failing_call = 4;
     Account().throws = true;
@@ -156,7 +156,7 @@ TEST_F(DelayLoadGuardTest, MakesAMissingImportOfTheRuntimeAFailingCall) {
     }
 }
 
-TEST_F(DelayLoadGuardTest, LeavesTheImportsOfOtherModulesAlone) {
+TEST_F(DelayLoadGuardTest, IgnoresTheImportsOfOtherModules) {
     const DelayLoadGuard guard;
     InTheRuntime();
     static const int in_this_program = 0;
@@ -164,7 +164,7 @@ TEST_F(DelayLoadGuardTest, LeavesTheImportsOfOtherModulesAlone) {
     EXPECT_EQ(RaiseMissingImport(ERROR_MOD_NOT_FOUND, nullptr), nullptr);
 }
 
-TEST_F(DelayLoadGuardTest, LeavesEverythingElseAlone) {
+TEST_F(DelayLoadGuardTest, IgnoresOtherExceptions) {
     {
         const DelayLoadGuard guard;
         EXPECT_EQ(RaiseMissingImport(ERROR_INVALID_PARAMETER, InTheRuntime()), nullptr);

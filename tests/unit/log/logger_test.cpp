@@ -73,7 +73,7 @@ class RingMemory {
         2 * kGuardWords + (LogRing::kHeaderBytes + LogRing::kDataBytes) / sizeof(std::uint64_t), kFill);
 };
 
-TEST(FormatLogLine, IsTimeTagAndMessage) {
+TEST(FormatLogLine, HasTimeTagAndMessage) {
     EXPECT_EQ(FormatLogLine(LocalMoment(9, 5, 7, 42), LogLevel::Info, "[Vistrel 3D] shader compiled"),
               "09:05:07.042 [INFO ] [Vistrel 3D] shader compiled");
     EXPECT_EQ(FormatLogLine(LocalMoment(23, 59, 59, 999), LogLevel::Error, ""), "23:59:59.999 [ERROR] ");
@@ -88,7 +88,7 @@ TEST(FormatLogLine, AnUnknownLevelHasAnEmptyTag) {
               "01:02:03.004  text");
 }
 
-TEST(FormatLogLine, FractionsOfAMillisecondAreCutOff) {
+TEST(FormatLogLine, TruncatesFractionsOfAMillisecond) {
     const auto almost = LocalMoment(8, 0, 0, 0) + std::chrono::microseconds(999);
     EXPECT_EQ(FormatLogLine(almost, LogLevel::Info, "x"), "08:00:00.000 [INFO ] x");
 }

@@ -30,7 +30,7 @@ void LogFromManyThreads(Logger& logger) {
     }
 }
 
-TEST(LoggerThreads, LoseNoLineAndMixNone) {
+TEST(LoggerThreads, NeitherLoseNorMixLines) {
     Logger logger;
     LogFromManyThreads(logger);
     std::set<std::string> messages;
@@ -54,7 +54,7 @@ TEST(LoggerThreads, TheHistoryNeverExceedsItsLength) {
 }
 
 /// A reader that follows the count, as one in another process does, finds whole lines below it.
-TEST(LoggerThreads, TheRingsCountIsPublishedBehindTheData) {
+TEST(LoggerThreads, TheRingsCountIsPublishedAfterTheData) {
     std::vector<std::uint64_t> memory((LogRing::kHeaderBytes + LogRing::kDataBytes) / sizeof(std::uint64_t));
     auto* const ring = reinterpret_cast<std::byte*>(memory.data());
     const auto* const data = reinterpret_cast<const char*>(ring + LogRing::kHeaderBytes);

@@ -62,7 +62,7 @@ class ConsoleUtf8 : public testing::Test {
     ConsoleUtf8() { Console() = {}; }
 };
 
-TEST_F(ConsoleUtf8, IsUtf8WhileItLives) {
+TEST_F(ConsoleUtf8, SetsUtf8ForItsLifetime) {
     {
         const ConsoleUtf8Output utf8;
         EXPECT_EQ(Console().code_page, 65001U);
@@ -72,7 +72,7 @@ TEST_F(ConsoleUtf8, IsUtf8WhileItLives) {
     EXPECT_EQ(Console().handler, nullptr);
 }
 
-TEST_F(ConsoleUtf8, LeavesAPipeAlone) {
+TEST_F(ConsoleUtf8, DoesNotChangeAPipe) {
     Console().exists = false;
     {
         const ConsoleUtf8Output utf8;
@@ -82,14 +82,14 @@ TEST_F(ConsoleUtf8, LeavesAPipeAlone) {
     EXPECT_EQ(Console().code_page, 437U);
 }
 
-TEST_F(ConsoleUtf8, PutsTheCodePageBackOnCtrlCAndLetsItEndTheProgram) {
+TEST_F(ConsoleUtf8, RestoresTheCodePageOnCtrlCAndLetsTheProgramEnd) {
     const ConsoleUtf8Output utf8;
     ASSERT_NE(Console().handler, nullptr);
     EXPECT_FALSE(Console().handler(CTRL_C_EVENT));
     EXPECT_EQ(Console().code_page, 437U);
 }
 
-TEST_F(ConsoleUtf8, PutsTheCodePageBackOnceForAProgramThatDies) {
+TEST_F(ConsoleUtf8, RestoresTheCodePageOnceForAProgramThatCrashes) {
     PutConsoleCodePageBack();
     EXPECT_EQ(Console().code_page, 437U);
     const ConsoleUtf8Output utf8;
@@ -108,7 +108,7 @@ TEST_F(ConsoleUtf8, ShowsCharactersAndNotBytes) {
     EXPECT_EQ(Console().shown, L"");
 }
 
-TEST_F(ConsoleUtf8, ShowsControlCharactersAndObeysNone) {
+TEST_F(ConsoleUtf8, ShowsControlCharactersWithoutExecutingThem) {
     WriteToConsole(
         "a\x1B[2J\x07\x08\x7F\xC2\x9B"
         "1m\xC2\xA0\tb\r\n");
@@ -120,12 +120,12 @@ TEST_F(ConsoleUtf8, ShowsALineThatWasCutInsideACharacter) {
     EXPECT_EQ(Console().shown, std::wstring(4094, L'x') + L"\uFFFD\r\n");
 }
 
-TEST_F(ConsoleUtf8, EndsEveryLineInCarriageReturnAndLineFeed) {
+TEST_F(ConsoleUtf8, EndsEveryLineWithCarriageReturnAndLineFeed) {
     WriteToConsole("\na\n\nb\r\n\rc\r");
     EXPECT_EQ(Console().shown, L"\r\na\r\n\r\nb\r\n\rc\r");
 }
 
-TEST_F(ConsoleUtf8, TellsAConsoleFromAPipe) {
+TEST_F(ConsoleUtf8, DistinguishesAConsoleFromAPipe) {
     EXPECT_TRUE(StandardOutputIsConsole());
     Console().exists = false;
     EXPECT_FALSE(StandardOutputIsConsole());

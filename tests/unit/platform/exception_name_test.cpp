@@ -9,7 +9,7 @@
 
 namespace {
 
-TEST(ExceptionName, OfEveryCodeThatHasOne) {
+TEST(ExceptionName, IsKnownForEveryListedCode) {
     const std::vector<std::pair<std::uint32_t, std::string>> names = {
         {0x80000001, "guard page"},
         {0x80000002, "misaligned access"},
@@ -46,7 +46,7 @@ TEST(ExceptionName, OfEveryCodeThatHasOne) {
     }
 }
 
-TEST(ExceptionName, IsNoneForAnyOther) {
+TEST(ExceptionName, IsNullForAnyOtherCode) {
     EXPECT_EQ(ExceptionName(0), nullptr);
     EXPECT_EQ(ExceptionName(0xC0001234), nullptr);
 }

@@ -17,7 +17,7 @@ std::string FormatBounded(std::size_t limit, const char* format, ...) {
     return text;
 }
 
-TEST(FormatBounded, CutsOffWhatIsBeyondTheLimit) {
+TEST(FormatBounded, TruncatesAtTheLimit) {
     const std::string hundred(100, 'x');
     for (const std::size_t limit :
          {std::size_t{0}, std::size_t{1}, std::size_t{15}, std::size_t{16}, std::size_t{99}}) {
@@ -27,7 +27,7 @@ TEST(FormatBounded, CutsOffWhatIsBeyondTheLimit) {
     }
 }
 
-TEST(FormatBounded, LeavesWhatFits) {
+TEST(FormatBounded, KeepsTextThatFits) {
     EXPECT_EQ(FormatBounded(3, "%s", "abc"), "abc");
     EXPECT_EQ(FormatBounded(100, "%s %d", "abc", 7), "abc 7");
     EXPECT_EQ(FormatBounded(100, "%s", ""), "");
@@ -44,13 +44,13 @@ TEST(FormatText, PrintsEveryDigitOfAnExactValue) {
     EXPECT_EQ(FormatText("%.20f", 0.1), "0.10000000000000000555");
 }
 
-TEST(FormatText, NamesWhatIsNoNumber) {
+TEST(FormatText, PrintsInfinityAndNotANumber) {
     EXPECT_EQ(FormatText("%.2f", std::numeric_limits<double>::infinity()), "inf");
     EXPECT_EQ(FormatText("%.2f", -std::numeric_limits<double>::infinity()), "-inf");
     EXPECT_EQ(FormatText("%.2f", std::numeric_limits<double>::quiet_NaN()), "nan");
 }
 
-TEST(FormatText, PadsAsAsked) {
+TEST(FormatText, PadsToTheFieldWidth) {
     EXPECT_EQ(FormatText("[%-10s][%10.2f][%5d]", "ab", 1.0, 7), "[ab        ][      1.00][    7]");
 }
 

@@ -9,7 +9,7 @@ TEST(AsciiLowered, LowersExactlyTheLettersAToZ) {
     EXPECT_EQ(AsciiLowered(""), "");
 }
 
-TEST(AsciiLowered, LeavesEveryByteOfOtherLettersAsItIs) {
+TEST(AsciiLowered, DoesNotChangeTheBytesOfOtherLetters) {
     EXPECT_EQ(AsciiLowered("ÄÖÜ É Σ İ A"), "ÄÖÜ É Σ İ a");
     EXPECT_EQ(AsciiLowered("\xC3\xFF\x80"), "\xC3\xFF\x80");
 }
@@ -22,7 +22,7 @@ TEST(EqualsIgnoringAsciiCase, ComparesWholeTexts) {
     EXPECT_FALSE(EqualsIgnoringAsciiCase("", "a"));
 }
 
-TEST(EqualsIgnoringAsciiCase, TellsNeighboursOfTheLettersApart) {
+TEST(EqualsIgnoringAsciiCase, DistinguishesCharactersNextToTheLetters) {
     EXPECT_FALSE(EqualsIgnoringAsciiCase("@", "`"));
     EXPECT_FALSE(EqualsIgnoringAsciiCase("[", "{"));
     EXPECT_FALSE(EqualsIgnoringAsciiCase("Ä", "ä"));

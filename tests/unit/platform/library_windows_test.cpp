@@ -80,14 +80,14 @@ TEST(FindSystemFunction, FindsAFunctionThatWorks) {
     ExpectToWork(FindSystemFunction(L"netapi32.dll", "NetApiBufferAllocate").function);
 }
 
-TEST_F(LoadLibraryQuietlyTest, ShowsNoMessageBoxMeanwhile) {
+TEST_F(LoadLibraryQuietlyTest, ShowsNoMessageBox) {
     LoadLibraryQuietly(L"no such library.dll");
     ASSERT_TRUE(mode_while_loading);
     const DWORD quiet = SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX;
     EXPECT_EQ(*mode_while_loading & quiet, quiet);
 }
 
-TEST_F(LoadLibraryQuietlyTest, PutsTheThreadsErrorModeBack) {
+TEST_F(LoadLibraryQuietlyTest, RestoresTheThreadsErrorMode) {
     for (const DWORD mode : {DWORD{0}, DWORD{SEM_NOGPFAULTERRORBOX}}) {
         for (const wchar_t* name : {L"version.dll", L"no such library.dll"}) {
             ASSERT_NE(SetThreadErrorMode(mode, nullptr), FALSE);
@@ -97,13 +97,13 @@ TEST_F(LoadLibraryQuietlyTest, PutsTheThreadsErrorModeBack) {
     }
 }
 
-TEST_F(LoadLibraryQuietlyTest, TellsWhyThereIsNone) {
+TEST_F(LoadLibraryQuietlyTest, ReturnsWhyLoadingFailed) {
     SetLastError(ERROR_SUCCESS);
     EXPECT_EQ(LoadLibraryQuietly(L"no such library.dll"), nullptr);
     EXPECT_EQ(GetLastError(), DWORD{ERROR_MOD_NOT_FOUND});
 }
 
-TEST(NeverLoadFromCurrentDirectory, TakesItOutOfTheSearch) {
+TEST(NeverLoadFromCurrentDirectory, RemovesItFromTheSearchPath) {
     std::wstring system(MAX_PATH, L'\0');
     system.resize(GetSystemDirectoryW(system.data(), MAX_PATH));
     const std::filesystem::path before = std::filesystem::current_path();
@@ -126,13 +126,13 @@ TEST(FindSystemFunction, FindsAFunctionOfADllInTheSystemFolder) {
     EXPECT_EQ(found.missing, S_OK);
 }
 
-TEST(FindSystemFunction, TellsThatThereIsNoSuchDll) {
+TEST(FindSystemFunction, ReportsAMissingDll) {
     const LibraryFunction found = FindSystemFunction(L"no_such_library.dll", "GetTickCount64");
     EXPECT_EQ(found.function, nullptr);
     EXPECT_EQ(found.missing, HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND));
 }
 
-TEST(FindSystemFunction, FailsAlsoWhenWindowsDoesNotSayWhy) {
+TEST(FindSystemFunction, FailsEvenWithoutAnErrorFromWindows) {
     fails_in_silence = true;
     const LibraryFunction found = FindSystemFunction(L"kernel32.dll", "GetTickCount64");
     fails_in_silence = false;
@@ -140,13 +140,13 @@ TEST(FindSystemFunction, FailsAlsoWhenWindowsDoesNotSayWhy) {
     EXPECT_EQ(found.missing, E_FAIL);
 }
 
-TEST(FindSystemFunction, TellsThatTheDllLacksTheFunction) {
+TEST(FindSystemFunction, ReportsAMissingFunction) {
     const LibraryFunction found = FindSystemFunction(L"kernel32.dll", "NoSuchFunction");
     EXPECT_EQ(found.function, nullptr);
     EXPECT_EQ(found.missing, HRESULT_FROM_WIN32(ERROR_PROC_NOT_FOUND));
 }
 
-TEST(FindSystemFunction, LeavesTheErrorModeAsItWas) {
+TEST(FindSystemFunction, RestoresTheErrorMode) {
     const DWORD before = GetThreadErrorMode();
     FindSystemFunction(L"no_such_library.dll", "GetTickCount64");
     EXPECT_EQ(GetThreadErrorMode(), before);

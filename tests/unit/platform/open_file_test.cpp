@@ -34,17 +34,17 @@ class OpenFile : public testing::Test {
         std::string("open_file_test.") + testing::UnitTest::GetInstance()->current_test_info()->name();
 };
 
-TEST_F(OpenFile, BytesComeAsTheyAre) {
+TEST_F(OpenFile, ReadsBytesUnchanged) {
     std::ofstream(Path(), std::ios::binary) << "a\r\nb\x1A" << '\0' << "\nc";
     EXPECT_EQ(Read(), std::string("a\r\nb\x1A\0\nc", 8));
 }
 
-TEST_F(OpenFile, WhatIsNotThereDoesNotOpen) {
+TEST_F(OpenFile, FailsForAMissingFile) {
     EXPECT_EQ(Read(), "(closed)");
     EXPECT_FALSE(OpenFileForReading("").is_open());
 }
 
-TEST_F(OpenFile, AFileThatIsBeingWrittenOpens) {
+TEST_F(OpenFile, OpensAFileThatIsBeingWritten) {
     std::ofstream writer(Path(), std::ios::binary);
     writer << "first" << std::flush;
     EXPECT_EQ(Read(), "first");
@@ -69,22 +69,22 @@ class Holder {
     HANDLE file_;
 };
 
-TEST_F(OpenFile, AWriterThatSharesForReadingIsNoObstacle) {
+TEST_F(OpenFile, OpensAFileWhoseWriterSharesReading) {
     const Holder holder(Path(), FILE_SHARE_READ);
     EXPECT_EQ(Read(), "text");
 }
 
-TEST_F(OpenFile, AFileThatIsNotSharedDoesNotOpen) {
+TEST_F(OpenFile, FailsForAFileThatIsNotShared) {
     const Holder holder(Path(), 0);
     EXPECT_EQ(Read(), "(closed)");
 }
 
-TEST_F(OpenFile, AFolderDoesNotOpen) {
+TEST_F(OpenFile, FailsForAFolder) {
     std::filesystem::create_directory(Path());
     EXPECT_EQ(Read(), "(closed)");
 }
 
-TEST_F(OpenFile, ANameThatIsNotUtf8DoesNotOpen) {
+TEST_F(OpenFile, FailsForANameThatIsNotUtf8) {
     EXPECT_FALSE(OpenFileForReading("\xFF.txt").is_open());
 }
 #endif

@@ -92,7 +92,7 @@ class ScriptedProcesses : public ::testing::Test {
     }
 };
 
-TEST_F(ScriptedProcesses, AreListedInTheirOrderAndTheSnapshotIsClosed) {
+TEST_F(ScriptedProcesses, AreListedInOrderAndTheSnapshotIsClosed) {
     script->processes = {{0, L"[System Process]"}, {4, L"System"}, {8, L"ゲーム.exe"}, {12, L"obs64.exe"}};
     const std::optional<ProcessSnapshot> processes = TakeProcessSnapshot();
     ASSERT_TRUE(processes);
@@ -103,7 +103,7 @@ TEST_F(ScriptedProcesses, AreListedInTheirOrderAndTheSnapshotIsClosed) {
     EXPECT_EQ(script->closed, 1);
 }
 
-TEST_F(ScriptedProcesses, AreNotKnownWhenTheSnapshotFails) {
+TEST_F(ScriptedProcesses, AreUnknownWhenTheSnapshotFails) {
     script->fail = true;
     EXPECT_FALSE(TakeProcessSnapshot());
     EXPECT_EQ(script->closed, 0);
@@ -116,7 +116,7 @@ TEST_F(ScriptedProcesses, MayBeNone) {
     EXPECT_EQ(script->closed, 1);
 }
 
-TEST_F(ScriptedProcesses, KeepTheLettersAroundHalfACharacter) {
+TEST_F(ScriptedProcesses, KeepTheTextAroundAnUnpairedSurrogate) {
     script->processes = {{4, L"a\xD800.exe"}, {8, L"\xDC00"}, {12, L"\xD83D\xDE00.exe"}, {16, L"b.exe"}};
     EXPECT_THAT(Names(), ElementsAre("a\xEF\xBF\xBD.exe", "\xEF\xBF\xBD", "😀.exe", "b.exe"));
 }

@@ -21,12 +21,12 @@ TEST(RegistryText, NeedNotBeTerminated) {
     EXPECT_EQ(TextFromRegistryData(whole_buffer), std::string(256, 'x'));
 }
 
-TEST(RegistryText, LeavesOutHalfAUnit) {
+TEST(RegistryText, IgnoresHalfAUnit) {
     EXPECT_EQ(TextFromRegistryData(Bytes{'a', 0, 'b'}), "a");
     EXPECT_EQ(TextFromRegistryData(Bytes{'a'}), "");
 }
 
-TEST(RegistryText, OfNothingIsEmpty) {
+TEST(RegistryText, IsEmptyForNoData) {
     EXPECT_EQ(TextFromRegistryData({}), "");
     EXPECT_EQ(TextFromRegistryData(Bytes{0, 0, 'a', 0}), "");
 }
@@ -36,7 +36,7 @@ TEST(RegistryText, IsLittleEndianUtf16) {
               "\xC3\x9C\xE2\x84\xA2\xF0\x9F\x98\x80");
 }
 
-TEST(RegistryText, KeepsTheLettersAroundHalfACharacter) {
+TEST(RegistryText, KeepsTheTextAroundAnUnpairedSurrogate) {
     EXPECT_EQ(TextFromRegistryData(Bytes{'a', 0, 0x3D, 0xD8}), "a\xEF\xBF\xBD");
     EXPECT_EQ(TextFromRegistryData(Bytes{0x00, 0xDE, 'a', 0}),
               "\xEF\xBF\xBD"

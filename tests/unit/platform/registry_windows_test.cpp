@@ -71,7 +71,7 @@ class Registry : public testing::Test {
     RegistrySandbox sandbox_{HKEY_CURRENT_USER};
 };
 
-TEST_F(Registry, AMissingKeyIsFalseAndHasNothing) {
+TEST_F(Registry, AMissingKeyIsFalseAndEmpty) {
     const RegistryKey key(HKEY_CURRENT_USER, L"No\\Such\\Key");
     EXPECT_FALSE(key);
     EXPECT_FALSE(key.ReadText(L"x"));
@@ -80,7 +80,7 @@ TEST_F(Registry, AMissingKeyIsFalseAndHasNothing) {
 }
 
 /// Most of HKEY_LOCAL_MACHINE is such for an ordinary user.
-TEST_F(Registry, ReadsAKeyThatMayOnlyBeRead) {
+TEST_F(Registry, ReadsAReadOnlyKey) {
     sandbox_.WriteText(L"Key", L"Name", L"value");
     sandbox_.WriteNumber(L"Key", L"Number", 5);
     const ReadOnlyKey read_only(HKEY_CURRENT_USER, L"Key");
@@ -128,7 +128,7 @@ TEST_F(Registry, ReadsTextFromAnyTypeWithinItsBytes) {
     EXPECT_EQ(key.ReadText(L"Number"), "n");
 }
 
-TEST_F(Registry, ReadsNumbersThatAreNumbers) {
+TEST_F(Registry, ReadsOnlyNumericValuesAsNumbers) {
     sandbox_.WriteNumber(L"Key", L"Number", 0xFFFFFFFF);
     sandbox_.WriteText(L"Key", L"Text", L"2");
     sandbox_.WriteBytes(L"Key", L"Binary", REG_BINARY, {2, 0, 0, 0});
@@ -178,7 +178,7 @@ TEST_F(Registry, ListsUpToAValueBeyondTheLimits) {
     EXPECT_TRUE(RegistryKey(HKEY_CURRENT_USER, L"TooLong").ReadValues().empty());
 }
 
-TEST_F(Registry, BelievesNoSizeBeyondItsBuffer) {
+TEST_F(Registry, DoesNotTrustASizeBeyondItsBuffer) {
     sandbox_.MakeKey(L"Key");
     const RegistryKey key(HKEY_CURRENT_USER, L"Key");
     const auto query =

@@ -48,13 +48,13 @@ TEST(SystemGraphics, LooksForEachFunctionOnce) {
     EXPECT_EQ(LookedUp(), (std::vector<std::string>{"CreateDXGIFactory1", "D3D11CreateDevice"}));
 }
 
-TEST(SystemGraphics, SaysWhyThereIsNoFactory) {
+TEST(SystemGraphics, ReportsWhyThereIsNoFactory) {
     void* factory = Left<void>();
     EXPECT_EQ(CreateDXGIFactory1(__uuidof(IDXGIFactory1), &factory), kNoSuchFunction);
     EXPECT_EQ(factory, nullptr);
 }
 
-TEST(SystemGraphics, SaysWhyThereIsNoDevice) {
+TEST(SystemGraphics, ReportsWhyThereIsNoDevice) {
     auto* device = Left<ID3D11Device>();
     auto* context = Left<ID3D11DeviceContext>();
     EXPECT_EQ(D3D11CreateDevice(nullptr, D3D_DRIVER_TYPE_HARDWARE, nullptr, 0, nullptr, 0, D3D11_SDK_VERSION,

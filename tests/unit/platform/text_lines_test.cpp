@@ -60,7 +60,7 @@ TEST(TextLines, TheLastLineNeedsNoLineFeed) {
     EXPECT_THAT(LinesOf("x"), ElementsAre("x"));
 }
 
-TEST(TextLines, NoTextHasNoLine) {
+TEST(TextLines, AnEmptyTextHasNoLines) {
     EXPECT_THAT(LinesOf(""), IsEmpty());
 }
 
@@ -68,7 +68,7 @@ TEST(TextLines, ACarriageReturnBeforeTheLineFeedIsDropped) {
     EXPECT_THAT(LinesOf("one\r\ntwo\r\n\r\n"), ElementsAre("one", "two", ""));
 }
 
-TEST(TextLines, OtherCarriageReturnsStay) {
+TEST(TextLines, OtherCarriageReturnsAreKept) {
     EXPECT_THAT(LinesOf("a\rb\r\r\nc\r"), ElementsAre("a\rb\r", "c\r"));
     EXPECT_THAT(LinesOf("\r"), ElementsAre("\r"));
 }
@@ -79,7 +79,7 @@ TEST(TextLines, TheEndOfTextCharacterEndsTheText) {
     EXPECT_THAT(LinesOf("\x1A"), IsEmpty());
 }
 
-TEST(TextLines, ZeroBytesAndIllFormedTextPass) {
+TEST(TextLines, ZeroBytesAndInvalidUtf8AreKept) {
     const std::string rubbish("a\0b\xFF\xC3\n\0\n\x80", 9);
     EXPECT_THAT(LinesOf(rubbish), ElementsAre(std::string("a\0b\xFF\xC3", 5), std::string("\0", 1), "\x80"));
 }
@@ -93,7 +93,7 @@ TEST(TextLines, AReadErrorEndsTheText) {
     EXPECT_FALSE(TextLines(file).Next());
 }
 
-TEST(TextLines, ABufferThatIsTooSmallForTheOverlapIsMadeLargeEnough) {
+TEST(TextLines, ABufferTooSmallForTheOverlapIsEnlarged) {
     const std::string line(1000, 'x');
     for (const std::size_t bytes : {std::size_t{0}, std::size_t{1}, TextLines::kOverlap}) {
         EXPECT_THAT(LinesOf(line + "\r\nnext", bytes), ElementsAre(line, "next"));
@@ -101,7 +101,7 @@ TEST(TextLines, ABufferThatIsTooSmallForTheOverlapIsMadeLargeEnough) {
 }
 
 /// Every length around the buffer's edges, with both line ends and without.
-TEST(TextLines, LinesOfAnyLengthComeThroughWhole) {
+TEST(TextLines, LinesOfAnyLengthAreReadWhole) {
     for (std::size_t length = 0; length <= 5 * kSmallBuffer; ++length) {
         std::string line;
         for (std::size_t i = 0; i < length; ++i) {
@@ -129,7 +129,7 @@ std::vector<std::string> PlainLinesOf(std::string text) {
     return lines;
 }
 
-TEST(TextLines, AgreeWithPlainReadingOnRandomText) {
+TEST(TextLines, MatchASimpleReaderOnRandomText) {
     std::mt19937 random(20240615);  // NOLINT: the same texts in every run.
     std::uniform_int_distribution<int> kind(0, 200);
     for (int round = 0; round < 2000; ++round) {

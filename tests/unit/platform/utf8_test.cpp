@@ -19,7 +19,7 @@ TEST(Utf8FromUtf16, ConvertsEveryLengthOfCharacter) {
     EXPECT_EQ(Utf8FromUtf16(std::u16string(u"a\0b", 3)), std::string("a\0b", 3));
 }
 
-TEST(Utf8FromUtf16, PutsAReplacementInPlaceOfHalfACharacterAndKeepsTheRest) {
+TEST(Utf8FromUtf16, ReplacesAnUnpairedSurrogateAndKeepsTheRest) {
     const std::u16string lead(1, kLead);
     const std::u16string trail(1, kTrail);
     EXPECT_EQ(Utf8FromUtf16(lead), kGap);
@@ -37,7 +37,7 @@ TEST(Utf8FromUtf16, PutsAReplacementInPlaceOfHalfACharacterAndKeepsTheRest) {
 
 /// Any two of the units around the edges of both halves: a pair is a lead and a trail, in this order, and no
 /// other two are.
-TEST(Utf8FromUtf16, KnowsBothHalvesToTheirEdges) {
+TEST(Utf8FromUtf16, RecognisesTheWholeSurrogateRanges) {
     const std::u16string edges = u"\uD7FF\xD800\xDBFF\xDC00\xDFFF\uE000";
     const auto is_lead = [](char16_t unit) { return unit == 0xD800 || unit == 0xDBFF; };
     const auto is_trail = [](char16_t unit) { return unit == 0xDC00 || unit == 0xDFFF; };
@@ -57,19 +57,19 @@ TEST(Utf8FromUtf16, KnowsBothHalvesToTheirEdges) {
     }
 }
 
-TEST(Utf16FromUtf8, GivesBackWhatWasConverted) {
+TEST(Utf16FromUtf8, ReversesTheConversion) {
     for (const char16_t* text : {u"", u"a\u0080\u07FF\u0800\uFFFF", u"\U00010000\U0010FFFF \U0001F600"}) {
         EXPECT_EQ(Utf16FromUtf8(Utf8FromUtf16(text)), text);
     }
 }
 
-TEST(Utf16FromUtf8, IsEmptyForBytesThatAreNoUtf8) {
+TEST(Utf16FromUtf8, IsEmptyForInvalidUtf8) {
     for (const char* bytes : {"\xFF", "a\x80", "\xC3", "\xED\xA0\xBD", "\xC0\x80", "\xF4\x90\x80\x80"}) {
         EXPECT_EQ(Utf16FromUtf8(bytes), u"") << bytes;
     }
 }
 
-TEST(ValidUtf8, OnlyReplacesWhatIsNotUtf8) {
+TEST(ValidUtf8, ReplacesOnlyInvalidBytes) {
     EXPECT_EQ(ValidUtf8("a\tb\x1B\xE2\x80\xAE\xFF"), "a\tb\x1B\xE2\x80\xAE\xEF\xBF\xBD");
 }
 

@@ -58,7 +58,7 @@ StereoWarpArguments Curved(std::uint32_t mode, float angle = 0.0F) {
     return arguments;
 }
 
-TEST(StereoWarpConstants, DefaultsByteByByte) {
+TEST(StereoWarpConstants, MatchTheDefaultsByteForByte) {
     // 63 mm x 22 % over 3 m, and the rest of the defaults, as single precision in memory order.
     const std::array<std::uint8_t, 112> expected = {
         0x5f, 0x63, 0x97, 0x3b,  // 0.00462
@@ -95,7 +95,7 @@ TEST(StereoWarpConstants, DefaultsByteByByte) {
     EXPECT_EQ(Compute(DiagSettings{}, arguments).bytes(), expected);
 }
 
-TEST(StereoWarpConstants, EverySettingHasItsPlace) {
+TEST(StereoWarpConstants, EverySettingHasItsOffset) {
     DiagSettings settings;
     settings.f3d_screen_depth = 0.125F;
     settings.f3d_depth_strength = 2.5F;
@@ -122,7 +122,7 @@ TEST(StereoWarpConstants, EverySettingHasItsPlace) {
     EXPECT_EQ(words.Float(52), 0.0F);
 }
 
-TEST(StereoWarpConstants, NegativeCountsArriveAsTheirBits) {
+TEST(StereoWarpConstants, NegativeCountsKeepTheirBits) {
     DiagSettings settings;
     settings.f3d_search_steps = -1;
     settings.f3d_debug_stage = std::numeric_limits<std::int32_t>::min();
@@ -141,7 +141,7 @@ Words ComputeFrom(const char* json) {
     return Compute(settings, arguments);
 }
 
-TEST(StereoWarpConstants, SettingsThatNoFieldHoldsReachTheShaderAsTheFieldsTookThem) {
+TEST(StereoWarpConstants, SettingsOutOfRangeReachTheShaderAsStored) {
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
     Words words = ComputeFrom(R"({"vistrel_f3d_separation_pct": 1e300, "vistrel_f3d_screen_depth": -1e300,
                                   "vistrel_f3d_depth_strength": 1e300, "vistrel_f3d_popout_limit": -1e300,
@@ -204,7 +204,7 @@ TEST(StereoWarpConstants, AScreenWithoutSizeCountsAsOneMetre) {
     EXPECT_EQ(Compute(DiagSettings{}, arguments).Float(60), 0.02F);
 }
 
-TEST(StereoWarpConstants, ASmallDepthResolutionStandsForTheSetting) {
+TEST(StereoWarpConstants, TheSettingReplacesASmallDepthResolution) {
     const auto resolution = [](float argument) {
         StereoWarpArguments arguments;
         arguments.depth_resolution = argument;
@@ -219,7 +219,7 @@ TEST(StereoWarpConstants, ASmallDepthResolutionStandsForTheSetting) {
     EXPECT_EQ(resolution(1024.5F), 1024.5F);
 }
 
-TEST(StereoWarpConstants, ALowThresholdStandsForTheUsualOne) {
+TEST(StereoWarpConstants, TheDefaultReplacesALowThreshold) {
     const auto threshold = [](float argument) {
         StereoWarpArguments arguments;
         arguments.threshold = argument;
@@ -231,7 +231,7 @@ TEST(StereoWarpConstants, ALowThresholdStandsForTheUsualOne) {
     EXPECT_EQ(threshold(kNotANumber), 0.063F);
 }
 
-TEST(StereoWarpConstants, DepthIsInvertedOnlyWhenReShadeDeliversIt) {
+TEST(StereoWarpConstants, DepthIsInvertedOnlyWhenItComesFromReShade) {
     const auto inverted = [](bool reshade, std::int32_t depth_mode, bool invert) {
         DiagSettings settings;
         settings.reshade_enabled = reshade;
@@ -247,7 +247,7 @@ TEST(StereoWarpConstants, DepthIsInvertedOnlyWhenReShadeDeliversIt) {
     EXPECT_EQ(inverted(true, 1, false), 0.0F);
 }
 
-TEST(StereoWarpConstants, PairsAscendInEitherOrder) {
+TEST(StereoWarpConstants, PairsAreSortedInAscendingOrder) {
     FixedWarpSettings swapped;
     std::swap(swapped.region_x[0], swapped.region_x[1]);
     std::swap(swapped.region_y[0], swapped.region_y[1]);
@@ -257,7 +257,7 @@ TEST(StereoWarpConstants, PairsAscendInEitherOrder) {
     EXPECT_EQ(Compute({}, TimingArguments(), half).bytes(), Compute({}, TimingArguments()).bytes());
 }
 
-TEST(StereoWarpConstants, FixedSettingsHaveTheirPlaces) {
+TEST(StereoWarpConstants, FixedSettingsHaveTheirOffsets) {
     FixedWarpSettings fixed;
     fixed.curve_radius = 2.0F;
     fixed.flat_flag = true;

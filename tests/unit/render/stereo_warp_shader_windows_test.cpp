@@ -105,7 +105,7 @@ TEST_F(StereoWarpShaderTest, FindsTheFileInTheCurrentFolder) {
                 ElementsAre(std::string("[INFO ] [Vistrel 3D] shader compiled from ") + kShaderFile));
 }
 
-TEST_F(StereoWarpShaderTest, PassesOverAnEmptyFile) {
+TEST_F(StereoWarpShaderTest, SkipsAnEmptyFile) {
     Write(executable_folder, "");
     Write(Above(), "");
     Write(Current(), kPlainShader);
@@ -125,7 +125,7 @@ TEST_F(StereoWarpShaderTest, FailsWithoutAFileAndLogsItOnce) {
                 ElementsAre("[ERROR] [Vistrel 3D] stereo_warp.hlsl not found next to the executable"));
 }
 
-TEST_F(StereoWarpShaderTest, WithoutADeviceNothingIsTried) {
+TEST_F(StereoWarpShaderTest, DoesNothingWithoutADevice) {
     const LogCapture log;
     StereoWarpShader shader;
     EXPECT_FALSE(shader.Load(nullptr));
@@ -135,7 +135,7 @@ TEST_F(StereoWarpShaderTest, WithoutADeviceNothingIsTried) {
     EXPECT_TRUE(shader.Load(lab_.device.Get()));
 }
 
-TEST_F(StereoWarpShaderTest, AReadyShaderNeedsItsFileNoMore) {
+TEST_F(StereoWarpShaderTest, AReadyShaderNoLongerNeedsItsFile) {
     Write(Current(), kPlainShader);
     StereoWarpShader shader;
     ASSERT_TRUE(shader.Load(lab_.device.Get()));
@@ -157,7 +157,7 @@ TEST_F(StereoWarpShaderTest, QuotesTheCompiler) {
     EXPECT_THAT(log.Lines(), ElementsAre("[ERROR] [Vistrel 3D] " + shader.LastError()));
 }
 
-TEST_F(StereoWarpShaderTest, AsksForPSMain) {
+TEST_F(StereoWarpShaderTest, CompilesPSMain) {
     Write(Current(), "float4 main() : SV_Target { return 1; }");
     StereoWarpShader shader;
     EXPECT_FALSE(shader.Load(lab_.device.Get()));
@@ -172,19 +172,19 @@ TEST_F(StereoWarpShaderTest, CompilesStrictly) {
     EXPECT_THAT(shader.LastError(), HasSubstr("error X"));
 }
 
-TEST_F(StereoWarpShaderTest, SaysThatItFailedWhenTheCompilerIsSilent) {
+TEST_F(StereoWarpShaderTest, ReportsAFailureWithoutCompilerMessages) {
     Write(Current(), kPlainShader);
     scripted_compile = [](std::string_view, ID3DBlob**, ID3DBlob**) { return E_FAIL; };
     EXPECT_THAT(LogOfLoad(false), ElementsAre("[ERROR] [Vistrel 3D] D3DCompile failed"));
 }
 
-TEST_F(StereoWarpShaderTest, TakesSuccessWithoutBytecodeForFailure) {
+TEST_F(StereoWarpShaderTest, TreatsSuccessWithoutBytecodeAsAFailure) {
     Write(Current(), kPlainShader);
     scripted_compile = [](std::string_view, ID3DBlob**, ID3DBlob**) { return S_OK; };
     EXPECT_THAT(LogOfLoad(false), ElementsAre("[ERROR] [Vistrel 3D] D3DCompile failed"));
 }
 
-TEST_F(StereoWarpShaderTest, FailsWhenThePixelShaderCannotBeMade) {
+TEST_F(StereoWarpShaderTest, FailsWhenThePixelShaderCannotBeCreated) {
     Write(Current(), kPlainShader);
     ScriptedDevice scripted(lab_.device.Get());
     scripted.result_of_call = [](int) { return E_INVALIDARG; };
@@ -193,7 +193,7 @@ TEST_F(StereoWarpShaderTest, FailsWhenThePixelShaderCannotBeMade) {
     EXPECT_EQ(scripted.LivingObjects(), 0);
 }
 
-TEST_F(StereoWarpShaderTest, ReleasesThePixelShaderWhenTheBufferCannotBeMade) {
+TEST_F(StereoWarpShaderTest, ReleasesThePixelShaderWhenTheBufferCannotBeCreated) {
     Write(Current(), kPlainShader);
     ScriptedDevice scripted(lab_.device.Get());
     scripted.result_of_call = [](int call) { return call == 2 ? E_OUTOFMEMORY : S_OK; };
@@ -207,7 +207,7 @@ TEST_F(StereoWarpShaderTest, ReleasesThePixelShaderWhenTheBufferCannotBeMade) {
     EXPECT_THAT(log.Lines(), ElementsAre("[ERROR] [Vistrel 3D] constant buffer creation failed"));
 }
 
-TEST_F(StereoWarpShaderTest, ReleasesEverythingInTheEnd) {
+TEST_F(StereoWarpShaderTest, ReleasesEverything) {
     Write(Current(), kPlainShader);
     ScriptedDevice scripted(lab_.device.Get());
     {
@@ -218,7 +218,7 @@ TEST_F(StereoWarpShaderTest, ReleasesEverythingInTheEnd) {
     EXPECT_EQ(scripted.LivingObjects(), 0);
 }
 
-TEST_F(StereoWarpShaderTest, MakesABufferOfTheInterfacesSize) {
+TEST_F(StereoWarpShaderTest, CreatesABufferOfTheInterfacesSize) {
     Write(Current(), kPlainShader);
     StereoWarpShader shader;
     ASSERT_TRUE(shader.Load(lab_.device.Get()));
@@ -236,7 +236,7 @@ TEST_F(StereoWarpShaderTest, MakesABufferOfTheInterfacesSize) {
     EXPECT_EQ(description.StructureByteStride, 0U);
 }
 
-TEST_F(StereoWarpShaderTest, AppliesNothingBeforeItIsReady) {
+TEST_F(StereoWarpShaderTest, BindsNothingBeforeItIsReady) {
     StereoWarpShader shader;
     shader.Apply(lab_.context.Get(), {});
     ComPtr<ID3D11Buffer> buffer;
@@ -295,7 +295,7 @@ std::array<std::uint32_t, 28> WordsSeen(const LabDevice& lab, const StereoWarpSh
     return seen;
 }
 
-TEST_F(StereoWarpShaderTest, TheShaderSeesWhatWasComputed) {
+TEST_F(StereoWarpShaderTest, TheShaderReceivesTheComputedConstants) {
     Write(Current(), kWordsShader);
     StereoWarpShader shader;
     ASSERT_TRUE(shader.Load(lab_.device.Get())) << shader.LastError();

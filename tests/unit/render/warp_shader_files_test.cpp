@@ -53,19 +53,19 @@ TEST_F(ReadWholeFileTest, ReadsEveryByte) {
     EXPECT_EQ(text, contents);
 }
 
-TEST_F(ReadWholeFileTest, ReadsUnderANameOfAnyLanguage) {
+TEST_F(ReadWholeFileTest, ReadsAFileWithANonAsciiName) {
     std::string text;
     EXPECT_TRUE(ReadWholeFile(Written(u8"Ünïcødé 深度.hlsl", "x"), text));
     EXPECT_EQ(text, "x");
 }
 
-TEST_F(ReadWholeFileTest, AnEmptyFileIsAsGoodAsNone) {
+TEST_F(ReadWholeFileTest, AnEmptyFileCountsAsMissing) {
     std::string text = "old";
     EXPECT_FALSE(ReadWholeFile(Written(u8"empty.hlsl", ""), text));
     EXPECT_EQ(text, "");
 }
 
-TEST_F(ReadWholeFileTest, AMissingFileOrAFolderIsNone) {
+TEST_F(ReadWholeFileTest, AMissingFileOrAFolderReturnsNothing) {
     std::string text = "old";
     EXPECT_FALSE(ReadWholeFile(Path(u8"missing.hlsl"), text));
     EXPECT_EQ(text, "");

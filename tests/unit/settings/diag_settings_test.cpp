@@ -40,7 +40,7 @@ TEST(DiagSettings, StartsAtTheProductsDefaults) {
     EXPECT_FALSE(settings.steam_build);
 }
 
-TEST(DiagSettings, IsOneRecordForTheProcess) {
+TEST(DiagSettings, IsOneInstancePerProcess) {
     EXPECT_EQ(&DiagSettings::Instance(), &DiagSettings::Instance());
     EXPECT_EQ(DiagSettings::Instance().f3d_separation_pct, 22.0F);
 }

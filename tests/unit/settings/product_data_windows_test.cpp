@@ -72,7 +72,7 @@ TEST(ProductData, IsLookedUpOnEveryCall) {
     EXPECT_EQ(shell.lookups, 2);
 }
 
-TEST(ProductData, WithoutAnAnswerIsTheCurrentDirectoryAndNoFolderIsMade) {
+TEST(ProductData, FallsBackToTheCurrentDirectoryWithoutCreatingAFolder) {
     shell = {.result = E_FAIL};
     EXPECT_EQ(ProductDataFolder(), ".");
     EXPECT_EQ(ProductDataPath("usersettings.json"), ".\\usersettings.json");
@@ -80,7 +80,7 @@ TEST(ProductData, WithoutAnAnswerIsTheCurrentDirectoryAndNoFolderIsMade) {
 }
 
 /// The program's code page need not have the letters: Windows before 10 1903 ignores the one of the manifest.
-TEST(ProductData, LettersBeyondTheCodePageComeOutAsUtf8) {
+TEST(ProductData, CharactersOutsideTheCodePageBecomeUtf8) {
     ASSERT_NE(GetACP(), UINT{CP_UTF8});
     shell = {.local_data = L"C:\\J\u00FCrgen \u30B2"};
     const std::string folder = ProductDataFolder();

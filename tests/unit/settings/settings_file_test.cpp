@@ -52,7 +52,7 @@ TEST(SettingsFileCandidates, WithoutAToolFolderAreRelative) {
 }
 
 // First of all tests that apply a file: the path is the process's.
-TEST_F(SettingsFile, BeforeAnyFileIsAppliedThereIsNone) {
+TEST_F(SettingsFile, IsEmptyBeforeAFileIsApplied) {
     const ReportCapture report;
     EXPECT_FALSE(ApplyFirstSettingsFile({Path("a.json"), Path("b.json"), Path("c.json")}));
     EXPECT_EQ(SettingsFilePath(), "(not found)");
@@ -72,7 +72,7 @@ TEST_F(SettingsFile, ABrokenFileIsReportedAndHidesLaterOnes) {
                                  "expected '[', '{', or a literal\n");
 }
 
-TEST_F(SettingsFile, KeysBeforeAWrongOneCountThoughTheFileDoesNot) {
+TEST_F(SettingsFile, KeysBeforeAWrongOneApplyThoughTheFileFails) {
     const std::string file = Write("a.json", R"({"vistrel_image_algo": 1, "vistrel_pseudo_3d": 0,
                                                  "vistrel_reshade_enabled": true, "vistrel_fsr3": true})");
     const ReportCapture report;
@@ -116,8 +116,8 @@ TEST_F(SettingsFile, AFolderOfThatNameIsSkipped) {
 }
 #endif
 
-TEST_F(SettingsFile, ANameOutsideTheCodePageOpens) {
-    std::ofstream(std::filesystem::path(u8"settings_file_test.ANameOutsideTheCodePageOpens/Ünï日本.json"))
+TEST_F(SettingsFile, OpensANameOutsideTheCodePage) {
+    std::ofstream(std::filesystem::path(u8"settings_file_test.OpensANameOutsideTheCodePage/Ünï日本.json"))
         << "{\"vistrel_scale\": 4}";
     EXPECT_TRUE(ApplyFirstSettingsFile({Path("Ünï日本.json")}));
     EXPECT_EQ(SettingsFilePath(), Path("Ünï日本.json"));

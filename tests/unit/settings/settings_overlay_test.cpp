@@ -115,7 +115,7 @@ TEST(SettingsOverlay, AFileWithoutProductKeysChangesNothing) {
     EXPECT_EQ(Describe(Overlaid("{}")), Describe(DiagSettings()));
 }
 
-TEST(SettingsOverlay, EachKeyFillsItsFieldAndNoOther) {
+TEST(SettingsOverlay, EachKeySetsOnlyItsField) {
     ASSERT_EQ(Keys().size(), 25U);
     for (const Key& key : Keys()) {
         DiagSettings expected;
@@ -124,7 +124,7 @@ TEST(SettingsOverlay, EachKeyFillsItsFieldAndNoOther) {
     }
 }
 
-TEST(SettingsOverlay, AllKeysTogetherFillAllFields) {
+TEST(SettingsOverlay, AllKeysTogetherSetAllFields) {
     DiagSettings expected;
     std::string json = "{ \"other\": null";
     for (const Key& key : Keys()) {
@@ -144,7 +144,7 @@ TEST(SettingsOverlay, KeysAreMatchedExactly) {
 
 /// The failure at each key for values of a wrong kind: keys before it have their new values, keys behind it
 /// and the key itself do not.
-TEST(SettingsOverlay, AWrongKindAtAKeyKeepsTheKeysBeforeIt) {
+TEST(SettingsOverlay, AValueOfAWrongTypeKeepsTheKeysBeforeIt) {
     for (std::size_t wrong = 0; wrong < Keys().size(); ++wrong) {
         const bool flag = std::holds_alternative<bool DiagSettings::*>(Keys()[wrong].field);
         std::vector<std::pair<std::string, std::string>> values = {
@@ -177,7 +177,7 @@ TEST(SettingsOverlay, NumbersOfBothKindsConvertIntoEachOther) {
     EXPECT_EQ(Overlaid(R"({"vistrel_f3d_search_steps": 12.0})").f3d_search_steps, 12);
 }
 
-TEST(SettingsOverlay, AFractionIsCutOffForAnInt) {
+TEST(SettingsOverlay, AFractionIsTruncatedForAnInt) {
     EXPECT_EQ(Overlaid(R"({"vistrel_f3d_search_steps": 12.99})").f3d_search_steps, 12);
     EXPECT_EQ(Overlaid(R"({"vistrel_f3d_search_steps": -12.99})").f3d_search_steps, -12);
     EXPECT_EQ(Overlaid(R"({"vistrel_f3d_search_steps": 1e-300})").f3d_search_steps, 0);
@@ -211,7 +211,7 @@ void ExpectInts(const std::vector<IntCase>& cases) {
     }
 }
 
-TEST(SettingsOverlay, AWholeNumberBeyondAnIntCountsModulo2To32) {
+TEST(SettingsOverlay, AWholeNumberBeyondAnIntWrapsModulo2To32) {
     ExpectInts({{"2147483647", kLargestInt},
                 {"-2147483648", kSmallestInt},
                 {"2147483648", kSmallestInt},
@@ -225,7 +225,7 @@ TEST(SettingsOverlay, AWholeNumberBeyondAnIntCountsModulo2To32) {
                 {"18446744073709551615", -1}});
 }
 
-TEST(SettingsOverlay, AFractionOrExponentBeyondAnIntIsTheSmallestInt) {
+TEST(SettingsOverlay, AFractionOrExponentBeyondAnIntBecomesTheSmallestInt) {
     ExpectInts({{"2147483647.9", kLargestInt},
                 {"-2147483648.9", kSmallestInt},
                 {"2147483648.0", kSmallestInt},
@@ -241,7 +241,7 @@ TEST(SettingsOverlay, AFractionOrExponentBeyondAnIntIsTheSmallestInt) {
                 {"-9223372036854775809", kSmallestInt}});
 }
 
-TEST(SettingsOverlay, ANumberBeyondAFloatIsAnInfinity) {
+TEST(SettingsOverlay, ANumberBeyondAFloatBecomesInfinity) {
     constexpr float kMost = std::numeric_limits<float>::max();
     constexpr float kInfinity = std::numeric_limits<float>::infinity();
     const std::vector<std::pair<std::string, float>> cases = {
@@ -264,17 +264,17 @@ TEST(SettingsOverlay, ANumberBeyondAFloatIsAnInfinity) {
     }
 }
 
-TEST(SettingsOverlay, ANumberThatJsonCannotHoldIsAFailure) {
+TEST(SettingsOverlay, ANumberBeyondADoubleFails) {
     EXPECT_EQ(FailureWithoutChange(R"({"vistrel_scale": 1e999})"),
               "[json.exception.out_of_range.406] number overflow parsing '1e999'");
 }
 
-TEST(SettingsOverlay, TheLastOfTwoEqualKeysCounts) {
+TEST(SettingsOverlay, TheLastOfTwoEqualKeysWins) {
     EXPECT_EQ(Overlaid(R"({"vistrel_scale": 2, "vistrel_scale": 3})").scale, 3.0F);
     EXPECT_EQ(Overlaid(R"({"vistrel_scale": "x", "vistrel_scale": 3})").scale, 3.0F);
 }
 
-TEST(SettingsOverlay, AValueThatIsNoObjectFailsAtTheFirstKey) {
+TEST(SettingsOverlay, AValueThatIsNotAnObjectFailsAtTheFirstKey) {
     for (const auto& [json, kind] :
          std::vector<std::pair<std::string, std::string>>{{"[]", "array"},
                                                           {"[{\"vistrel_scale\": 2}]", "array"},
@@ -288,7 +288,7 @@ TEST(SettingsOverlay, AValueThatIsNoObjectFailsAtTheFirstKey) {
     }
 }
 
-TEST(SettingsOverlay, TextThatIsNoJsonIsAFailure) {
+TEST(SettingsOverlay, TextThatIsNotJsonFails) {
     EXPECT_EQ(
         FailureWithoutChange(""),
         "[json.exception.parse_error.101] parse error at line 1, column 1: attempting to parse an empty "
@@ -309,7 +309,7 @@ TEST(SettingsOverlay, CommentsAreNotAccepted) {
     FailureWithoutChange("{\"vistrel_scale\": 2 /* wide */}");
 }
 
-TEST(SettingsOverlay, TextAfterTheValueIsNotLookedAt) {
+TEST(SettingsOverlay, TextAfterTheValueIsIgnored) {
     EXPECT_EQ(Overlaid("{\"vistrel_scale\": 2} and then { rubbish \x1A\xFF").scale, 2.0F);
     EXPECT_EQ(Overlaid("{\"vistrel_scale\": 2}{\"vistrel_scale\": 3}").scale, 2.0F);
     EXPECT_EQ(Overlaid("{\"vistrel_scale\": 2} // comment").scale, 2.0F);
@@ -321,7 +321,7 @@ TEST(SettingsOverlay, AByteOrderMarkIsSkipped) {
     FailureWithoutChange(std::string("\xFF\xFE{\0}\0", 6));  // UTF-16 is not read.
 }
 
-TEST(SettingsOverlay, AStreamThatCannotBeReadIsAFailure) {
+TEST(SettingsOverlay, AStreamThatCannotBeReadFails) {
     class FailingFile : public std::streambuf {
         int_type underflow() override { throw std::runtime_error("read error"); }
     };

@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(PngOf, OneRedPixelByteForByte) {
+TEST(PngOf, EncodesOneRedPixelByteForByte) {
     const std::vector<std::uint8_t> red = {0, 0, 255, 255};
     const std::string expected(
         "\x89PNG\r\n\x1A\n"

@@ -32,11 +32,11 @@ TEST(CommandLine, TakesEveryOption) {
     EXPECT_EQ(options.capture_seconds, 0.5);
 }
 
-TEST(CommandLine, TheLastOfTwoValuesHolds) {
+TEST(CommandLine, TheLastOfTwoValuesWins) {
     EXPECT_EQ(OptionsFrom({"--refresh", "80", "--refresh", "144"}).refresh_hz, 144);
 }
 
-TEST(CommandLine, PassesOverWhatItDoesNotKnow) {
+TEST(CommandLine, IgnoresUnknownArguments) {
     const Arguments arguments = {"",       "quick",        "--Quick",     "--quick=1", "-quick",
                                  "/quick", "--refresh=90", "--NO-MODELS", " --quick",  "%s%n"};
     const CommandLine command_line = ParseCommandLine(arguments);
@@ -46,7 +46,7 @@ TEST(CommandLine, PassesOverWhatItDoesNotKnow) {
     EXPECT_EQ(command_line.options.refresh_hz, 0);
 }
 
-TEST(CommandLine, AnOptionWithoutItsValueIsPassedOver) {
+TEST(CommandLine, AnOptionWithoutItsValueIsIgnored) {
     EXPECT_EQ(OptionsFrom({"--refresh"}).refresh_hz, 0);
     EXPECT_EQ(OptionsFrom({"--refresh", "90", "--refresh"}).refresh_hz, 90);
     EXPECT_EQ(OptionsFrom({"--capture-seconds"}).capture_seconds, 3.0);
@@ -61,7 +61,7 @@ TEST(CommandLine, AValueIsConsumedWhateverItIs) {
     EXPECT_EQ(OptionsFrom({"--refresh", "--refresh", "90"}).refresh_hz, 0);
 }
 
-TEST(CommandLine, HelpAnywhereIsHelp) {
+TEST(CommandLine, HelpIsRecognisedAnywhere) {
     EXPECT_TRUE(ParseCommandLine(Arguments{"--help"}).help);
     EXPECT_TRUE(ParseCommandLine(Arguments{"--quick", "--help", "--no-models"}).help);
     EXPECT_TRUE(ParseCommandLine(Arguments{"--refresh", "90", "nonsense", "--help"}).help);
@@ -84,7 +84,7 @@ struct RefreshCase {
 
 class RefreshValue : public testing::TestWithParam<RefreshCase> {};
 
-TEST_P(RefreshValue, IsReadForgivingly) {
+TEST_P(RefreshValue, IsParsedLeniently) {
     EXPECT_EQ(OptionsFrom({"--refresh", GetParam().text}).refresh_hz, GetParam().refresh_hz)
         << '"' << GetParam().text << '"';
 }
@@ -110,14 +110,14 @@ struct SecondsCase {
 };
 
 /// A number of so many digits that no double holds it.
-TEST(CommandLine, SecondsBeyondADoubleAreUnreadable) {
+TEST(CommandLine, SecondsBeyondADoubleAreInvalid) {
     EXPECT_EQ(OptionsFrom({"--capture-seconds", std::string(400, '9')}).capture_seconds, 0.0);
     EXPECT_EQ(OptionsFrom({"--capture-seconds", std::string(300, '9')}).capture_seconds, 3600.0);
 }
 
 class CaptureSeconds : public testing::TestWithParam<SecondsCase> {};
 
-TEST_P(CaptureSeconds, AreReadForgivinglyAndBounded) {
+TEST_P(CaptureSeconds, AreParsedLenientlyAndBounded) {
     EXPECT_EQ(OptionsFrom({"--capture-seconds", GetParam().text}).capture_seconds, GetParam().seconds)
         << '"' << GetParam().text << '"';
 }

@@ -15,7 +15,7 @@ std::string ConsoleTextOf(Write write) {
     return testing::internal::GetCapturedStdout();
 }
 
-TEST(RunTexts, BannerIsForTheConsoleAlone) {
+TEST(RunTexts, BannerGoesToTheConsoleOnly) {
     const ReportCapture report;
     EXPECT_EQ(ConsoleTextOf(PrintBanner), R"(=====================================================
  Vistrel diagnostic
@@ -45,13 +45,13 @@ Running from: C:\Ambulo 100%s
 )");
 }
 
-TEST(RunTexts, AnUnknownFolderLeavesItsLine) {
+TEST(RunTexts, AnUnknownFolderLeavesItsLineEmpty) {
     const ReportCapture report;
     PrintOpeningLines("");
     EXPECT_TRUE(report.Text().ends_with("\nRunning from: \n")) << report.Text();
 }
 
-TEST(RunTexts, PartTwoInstructionsAreForTheConsoleAlone) {
+TEST(RunTexts, PartTwoInstructionsGoToTheConsoleOnly) {
     const ReportCapture report;
     EXPECT_EQ(ConsoleTextOf(PrintPartTwoInstructions), R"(
 =====================================================

@@ -36,7 +36,7 @@ TEST(OpenXrLoader, OverridesWhatTheUserSet) {
     EXPECT_EQ(LoaderDebug(), L"none");
 }
 
-TEST(OpenXrLoader, UnloadsWithTheObjectUnlessToldToStay) {
+TEST(OpenXrLoader, UnloadsWithTheObjectUnlessKeptLoaded) {
     const OpenXrLab lab(LabLoader::Genuine);
     for (int i = 0; i < 3; ++i) {
         {
@@ -55,7 +55,7 @@ TEST(OpenXrLoader, UnloadsWithTheObjectUnlessToldToStay) {
     EXPECT_TRUE(Loaded());
 }
 
-TEST(OpenXrLoader, LoadedUnloadedAndLoadedAgain) {
+TEST(OpenXrLoader, CanBeLoadedAgainAfterUnloading) {
     for (int i = 0; i < 10; ++i) {
         const OpenXrLab lab(i % 3 == 1 ? LabLoader::StandIn : LabLoader::Genuine);
         lab.SetScript("view 100 200");

@@ -17,7 +17,7 @@ TEST(OpenXrName, EndsAtTheFirstZeroOrWithTheField) {
     EXPECT_EQ(OpenXrName(empty), "");
 }
 
-TEST(OpenXrRuntimeText, NameAndVersion) {
+TEST(OpenXrRuntimeText, HasNameAndVersion) {
     EXPECT_EQ(OpenXrRuntimeText("SteamVR/OpenXR", 0x0002'0009'00000006), "SteamVR/OpenXR 2.9.6");
     EXPECT_EQ(OpenXrRuntimeText("", 0), " 0.0.0");
     EXPECT_EQ(OpenXrRuntimeText("Max", std::numeric_limits<std::uint64_t>::max()),
@@ -25,7 +25,7 @@ TEST(OpenXrRuntimeText, NameAndVersion) {
     EXPECT_EQ(OpenXrRuntimeText("100%s %n", 0), "100%s %n 0.0.0");
 }
 
-TEST(OpenXrRuntimeText, AlwaysUtf8) {
+TEST(OpenXrRuntimeText, IsAlwaysUtf8) {
     EXPECT_EQ(OpenXrRuntimeText("B\xC3\xBC"
                                 "cher",
                                 0),
@@ -67,13 +67,13 @@ std::vector<int> Enumerate(FakeList& list) {
     });
 }
 
-TEST(EnumerateOpenXr, AsksForTheCountAndThenForTheList) {
+TEST(EnumerateOpenXr, QueriesTheCountAndThenTheList) {
     FakeList list = {3, 3};
     EXPECT_EQ(Enumerate(list), (std::vector<int>{0, 1, 2}));
     EXPECT_EQ(list.capacity_offered, 3U);
 }
 
-TEST(EnumerateOpenXr, NoSecondCallForNothing) {
+TEST(EnumerateOpenXr, MakesNoSecondCallForAnEmptyList) {
     FakeList list = {0, 3};
     EXPECT_TRUE(Enumerate(list).empty());
     EXPECT_EQ(list.capacity_offered, 0U);
@@ -89,7 +89,7 @@ TEST(EnumerateOpenXr, AListThatShrankEndsInEmptyEntries) {
     EXPECT_EQ(Enumerate(list), (std::vector<int>{0, -7, -7}));
 }
 
-TEST(EnumerateOpenXr, NeverOffersMoreThanTheMost) {
+TEST(EnumerateOpenXr, NeverOffersMoreThanTheLimit) {
     FakeList list = {std::numeric_limits<std::uint32_t>::max(), 2};
     EXPECT_EQ(Enumerate(list).size(), kMostOpenXrEntries);
     EXPECT_EQ(list.capacity_offered, kMostOpenXrEntries);
@@ -97,7 +97,7 @@ TEST(EnumerateOpenXr, NeverOffersMoreThanTheMost) {
     EXPECT_TRUE(Enumerate(list).empty());
 }
 
-TEST(EnumerateOpenXr, AFailedCountIsNotBelieved) {
+TEST(EnumerateOpenXr, IgnoresTheCountOfAFailedCall) {
     const auto fails = [](std::uint32_t, std::uint32_t* count, int*) {
         *count = 5;
         return -1;

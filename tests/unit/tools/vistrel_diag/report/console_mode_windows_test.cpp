@@ -49,7 +49,7 @@ decltype(&SetConsoleMode) __imp_SetConsoleMode = FakeSetConsoleMode;
 
 namespace {
 
-TEST(ConsoleMode, QuickEditIsSwitchedOffAndTheRestKept) {
+TEST(ConsoleMode, QuickEditIsDisabledAndTheOtherFlagsKept) {
     console = {.mode = 0x1F7};
     SwitchQuickEditOff();
     EXPECT_EQ(console.mode, 0x1B7U);
@@ -58,13 +58,13 @@ TEST(ConsoleMode, QuickEditIsSwitchedOffAndTheRestKept) {
     EXPECT_EQ(console.mode, 0x87U) << "the extended flag is what makes Windows take the change";
 }
 
-TEST(ConsoleMode, AConsoleWithoutQuickEditIsLeftAlone) {
+TEST(ConsoleMode, AConsoleWithoutQuickEditIsNotChanged) {
     console = {.mode = 0x1B7};
     SwitchQuickEditOff();
     EXPECT_EQ(console.changes, 0);
 }
 
-TEST(ConsoleMode, AStandardInputThatIsNoConsoleIsLeftAlone) {
+TEST(ConsoleMode, AStandardInputThatIsNotAConsoleIsNotChanged) {
     for (const HANDLE input : {HANDLE(nullptr), INVALID_HANDLE_VALUE}) {
         console = {.input = input, .mode = 0x47};
         SwitchQuickEditOff();

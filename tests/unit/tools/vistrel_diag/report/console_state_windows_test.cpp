@@ -110,7 +110,7 @@ class ConsoleStateTest : public testing::Test {
     ConsoleStateTest() { Console() = {}; }
 };
 
-TEST_F(ConsoleStateTest, ChangesTheConsoleAndPutsItBack) {
+TEST_F(ConsoleStateTest, ChangesTheConsoleAndRestoresIt) {
     {
         const ConsoleState state;
         EXPECT_EQ(Console().input_mode, 0x1B7U);
@@ -122,7 +122,7 @@ TEST_F(ConsoleStateTest, ChangesTheConsoleAndPutsItBack) {
     EXPECT_TRUE(Console().handlers.empty());
 }
 
-TEST_F(ConsoleStateTest, BringsQuickEditBackWithTheFlagThatWindowsAsksFor) {
+TEST_F(ConsoleStateTest, RestoresQuickEditWithTheFlagThatWindowsRequires) {
     Console().input_mode = 0x47;
     { const ConsoleState state; }
     EXPECT_EQ(Console().input_mode, 0xC7U);
@@ -137,7 +137,7 @@ TEST_F(ConsoleStateTest, ReadsWholeLinesOnAConsoleThatGaveSingleKeys) {
     EXPECT_EQ(Console().input_mode, 0x98U);
 }
 
-TEST_F(ConsoleStateTest, LeavesPipesAlone) {
+TEST_F(ConsoleStateTest, DoesNotChangePipes) {
     Console().is_input = Console().is_output = false;
     const FakeConsole before = Console();
     {
@@ -161,14 +161,14 @@ TEST_F(ConsoleStateTest, ShowsProgressAsWideAsTheWindowIs) {
     EXPECT_EQ(Console().output_mode, 0x3U) << "sequences are obeyed while one is written, and no longer";
 }
 
-TEST_F(ConsoleStateTest, WritesNoSequenceToAConsoleThatDoesNotObeyThem) {
+TEST_F(ConsoleStateTest, WritesNoSequenceToAConsoleThatDoesNotSupportThem) {
     Console().virtual_terminal = false;
     const ConsoleState state;
     Progress::Show("Something");
     EXPECT_EQ(Console().written, L"  Something ...\r");
 }
 
-TEST_F(ConsoleStateTest, IsPutBackOnceForAProcessThatDiesAndShowsNothingMore) {
+TEST_F(ConsoleStateTest, IsRestoredOnceOnACrashAndShowsNothingMore) {
     const ConsoleState state;
     Progress::Show("Something");
     Console().written.clear();
@@ -189,7 +189,7 @@ TEST_F(ConsoleStateTest, IsPutBackOnceForAProcessThatDiesAndShowsNothingMore) {
     EXPECT_EQ(Console().written.find(L'\x1B'), std::wstring::npos);
 }
 
-TEST_F(ConsoleStateTest, TellsAConsoleOfOurOwn) {
+TEST_F(ConsoleStateTest, RecognisesAConsoleOfOurOwn) {
     EXPECT_FALSE(HasConsoleOfItsOwn());
     {
         const ConsoleState state;

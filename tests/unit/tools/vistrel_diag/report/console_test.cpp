@@ -26,7 +26,7 @@ TEST(Console, PromptIsExact) {
               "\nHeadset on and game running?\n  [Enter] continue     [s] then Enter to skip\n> ");
 }
 
-TEST(Console, AQuestionIsNoFormat) {
+TEST(Console, AQuestionIsNotUsedAsAFormat) {
     const ConsoleInput input("\n");
     testing::internal::CaptureStdout();
     AskContinue("100%s sure?");
@@ -141,7 +141,7 @@ class ConsoleWithAPerson : public testing::Test {
     }
 };
 
-TEST_F(ConsoleWithAPerson, WhatWasTypedBeforeAPromptIsForgottenBeforeItIsShown) {
+TEST_F(ConsoleWithAPerson, InputTypedBeforeAPromptIsDiscardedBeforeItIsShown) {
     Typed() = "";
     EXPECT_TRUE(AskContinue("Ready?"));
     const std::string prompt = "\nReady?\n  [Enter] continue     [s] then Enter to skip\n> ";
@@ -164,7 +164,7 @@ TEST_F(ConsoleWithAPerson, AnswersAsAFileDoes) {
     EXPECT_TRUE(AskContinue("Ready?")) << "the end of the input";
 }
 
-TEST_F(ConsoleWithAPerson, CanEndAWatchByEnter) {
+TEST_F(ConsoleWithAPerson, EndsAWatchOnEnter) {
     EXPECT_TRUE(BeginToWatchForEnter());
     EXPECT_EQ(Done(), (std::vector<std::string>{"forgotten"}));
     Typed() = std::nullopt;
@@ -173,7 +173,7 @@ TEST_F(ConsoleWithAPerson, CanEndAWatchByEnter) {
     EXPECT_TRUE(EnterWasPressed());
 }
 
-TEST_F(ConsoleWithAPerson, EndsNoWatchWhereOutputOrInputIsAPipe) {
+TEST_F(ConsoleWithAPerson, EndsNoWatchWhenOutputOrInputIsAPipe) {
     Typed() = "";
     SetConsoleWriter(nullptr);
     EXPECT_FALSE(BeginToWatchForEnter());

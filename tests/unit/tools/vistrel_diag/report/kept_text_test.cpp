@@ -25,7 +25,7 @@ TEST(KeptText, KeepsWhatIsAppendedAcrossItsBlocks) {
     EXPECT_EQ(text.Copy(), expected);
 }
 
-TEST(KeptText, BearsOneAppendLongerThanABlockAndOneThatFillsItExactly) {
+TEST(KeptText, AcceptsAnAppendLongerThanABlockAndOneThatFillsItExactly) {
     KeptText text;
     text.Append(std::string(64 * 1024, 'x'));
     text.Append("");

@@ -109,7 +109,7 @@ TEST_F(ProgressOnAConsole, ShowsSecondsLeft) {
     EXPECT_EQ(Seen().taskbar.back(), "100%");
 }
 
-TEST_F(ProgressOnAConsole, BearsSecondsThatAreNoTime) {
+TEST_F(ProgressOnAConsole, HandlesSecondsThatAreNotATime) {
     constexpr double kNoNumber = std::numeric_limits<double>::quiet_NaN();
     constexpr double kInfinite = std::numeric_limits<double>::infinity();
     Progress::ShowSecondsLeft("Waiting", kNoNumber, kNoNumber);
@@ -121,7 +121,7 @@ TEST_F(ProgressOnAConsole, BearsSecondsThatAreNoTime) {
     EXPECT_EQ(LastLine(), "  Waiting, 0 s left ...");
 }
 
-TEST_F(ProgressOnAConsole, IsDrawnAnewOnlyWhenItChanges) {
+TEST_F(ProgressOnAConsole, IsRedrawnOnlyWhenItChanges) {
     Progress::ShowSecondsLeft("Capturing", 2.9, 3.0);
     const Shown before = Seen();
     Progress::ShowSecondsLeft("Capturing", 2.1, 3.0);
@@ -132,7 +132,7 @@ TEST_F(ProgressOnAConsole, IsDrawnAnewOnlyWhenItChanges) {
     EXPECT_NE(Seen().text, before.text);
 }
 
-TEST_F(ProgressOnAConsole, TheNextOutputTakesItsPlace) {
+TEST_F(ProgressOnAConsole, TheNextOutputReplacesIt) {
     ConsolePrint("First.\n");
     Progress::Show("Something long that takes its time");
     ConsolePrint("Second.\n");
@@ -147,7 +147,7 @@ TEST_F(ProgressOnAConsole, AShorterTextLeavesNothingOfALongerOne) {
     EXPECT_EQ(LastLine(), "  Short ...");
 }
 
-TEST_F(ProgressOnAConsole, IsCutToTheWindow) {
+TEST_F(ProgressOnAConsole, IsTruncatedToTheWindow) {
     Seen().columns = 20;
     Progress::Show("Something long that takes its time");
     EXPECT_EQ(LastLine(), "  Something long th") << "19 columns: the last one would wrap";
@@ -160,7 +160,7 @@ TEST_F(ProgressOnAConsole, IsCutToTheWindow) {
     }
 }
 
-TEST_F(ProgressOnAConsole, ALineThatIsNotEndedIsLeftAlone) {
+TEST_F(ProgressOnAConsole, AnUnfinishedLineIsNotOverwritten) {
     ConsolePrint("Waiting..");
     Progress::Show("Asking the OpenXR runtime");
     EXPECT_EQ(LastLine(), "Waiting..");
@@ -170,7 +170,7 @@ TEST_F(ProgressOnAConsole, ALineThatIsNotEndedIsLeftAlone) {
     EXPECT_EQ(LastLine(), "  Asking the OpenXR runtime ...");
 }
 
-TEST_F(ProgressOnAConsole, MayFollowALineThatIsWrittenOver) {
+TEST_F(ProgressOnAConsole, MayFollowALineThatIsOverwritten) {
     ConsolePrint("  measuring 1920x1080 ...\r");
     Progress::Show("Warp at size", 1, 3, "1920x1080");
     EXPECT_EQ(LastLine(), "  Warp at size 1 of 3: 1920x1080 ...");
@@ -190,7 +190,7 @@ TEST_F(ProgressOnAConsole, ANewSectionAndAPromptEndIt) {
     EXPECT_EQ(Seen().taskbar.back(), "nothing");
 }
 
-TEST_F(ProgressOnAConsole, ADisplayThatGoesIsClearedFirst) {
+TEST_F(ProgressOnAConsole, ADisplayIsClearedBeforeItIsRemoved) {
     Progress::Show("Depth model", 2, 12);
     Progress::SetDisplay(nullptr);
     EXPECT_EQ(LastLine(), "");
@@ -202,7 +202,7 @@ TEST_F(ProgressOnAConsole, ADisplayThatGoesIsClearedFirst) {
     EXPECT_EQ(Seen().titles, before.titles);
 }
 
-TEST(Progress, ReachesNoPipe) {
+TEST(Progress, IsNotWrittenToAPipe) {
     testing::internal::CaptureStdout();
     Progress::Show("Depth model", 1, 12);
     Progress::ShowSecondsLeft("Capturing", 1, 2);

@@ -43,13 +43,13 @@ TEST(ReportLine, IsCutAt4095Characters) {
     EXPECT_EQ(report.FileText(), longest + "\r\n");
 }
 
-TEST(ReportLine, OfExactly4095CharactersIsWhole) {
+TEST(ReportLine, IsNotCutAtExactly4095Characters) {
     const ReportCapture report;
     Report::Line("%s", std::string(4095, 'y').c_str());
     EXPECT_EQ(report.FileText(), std::string(4095, 'y') + "\r\n");
 }
 
-TEST(ReportLine, TakesNoFormatFromItsArguments) {
+TEST(ReportLine, DoesNotUseItsArgumentsAsAFormat) {
     const ReportCapture report;
     Report::Line("%s", "100%s of %n and %d");
     EXPECT_EQ(report.FileText(), "100%s of %n and %d\r\n");
@@ -76,7 +76,7 @@ TEST(ReportSection, HeaderOfAnyTitleIsSixtySixColumnsWide) {
     }
 }
 
-TEST(ReportSection, TitleIsNoFormat) {
+TEST(ReportSection, TitleIsNotUsedAsAFormat) {
     const ReportCapture report;
     Report::Section("100% %s");
     EXPECT_EQ(report.FileText(), "\r\n== 100% %s " + std::string(55, '=') + "\r\n");
@@ -116,7 +116,7 @@ class ReportFile : public testing::Test {
     std::filesystem::path folder_;
 };
 
-TEST_F(ReportFile, OfAnUnknownToolFolderLandsInTheCurrentDirectory) {
+TEST_F(ReportFile, IsInTheCurrentDirectoryWhenTheToolFolderIsUnknown) {
     Report::Line("kept");
     Report::WrittenFile written;
     const std::string console = ConsoleTextOf([&] { written = Report::WriteFile(""); });
@@ -144,7 +144,7 @@ TEST_F(ReportFile, HasNoLineFeedWithoutACarriageReturn) {
 }
 
 #ifdef _WIN32
-TEST_F(ReportFile, LandsInAFolderOfAnyName) {
+TEST_F(ReportFile, CanBeInAFolderOfAnyName) {
     const std::filesystem::path folder = folder_ / L"\u00DCn\u00EFc\u00F8d\u00E9 \u65E5\u672C";
     std::filesystem::create_directory(folder);
     const std::u8string name = folder.u8string();
@@ -161,12 +161,12 @@ TEST_F(ReportFile, ReplacesAnOlderOne) {
     EXPECT_EQ(Contents(folder_ / "vistrel_diag_report.txt"), Report::Text().Copy());
 }
 
-TEST_F(ReportFile, StandsInTheToolFolderBehindOneBackslash) {
+TEST_F(ReportFile, IsInTheToolFolderAfterOneBackslash) {
     const Report::WrittenFile written = Report::WriteFile("no such folder");
     EXPECT_EQ(written.path, "no such folder\\vistrel_diag_report.txt");
 }
 
-TEST_F(ReportFile, ThatCannotBeOpenedIsSaidOnTheConsole) {
+TEST_F(ReportFile, IsReportedOnTheConsoleWhenItCannotBeOpened) {
     std::filesystem::create_directory(
         "vistrel_diag_report.txt");  // A folder of that name cannot be written to.
     Report::WrittenFile written;
@@ -177,7 +177,7 @@ TEST_F(ReportFile, ThatCannotBeOpenedIsSaidOnTheConsole) {
 }
 
 /// As a handler of Ctrl-C reads it, on a thread of its own.
-TEST(Report, IsReadByAnotherThreadWhileItGrows) {
+TEST(Report, CanBeReadByAnotherThreadWhileItGrows) {
     constexpr int kSections = 500;
     constexpr int kReadings = 100;
     const ReportCapture report;

@@ -30,7 +30,7 @@ TEST(CutShortLine, NamesTheSectionTheModuleAndTheException) {
               InHeadset("the program crashed (exception 0xC0001234)"));
 }
 
-TEST(CutShortLine, NamesEveryOtherEnd) {
+TEST(CutShortLine, NamesEveryOtherCause) {
     const std::string start = "!! THIS RUN WAS CUT SHORT in the section \"GPUs\": ";
     const std::string end = ". Whatever would follow is missing.";
     EXPECT_EQ(CutShortLine(RunEnd::Abort, {}, "GPUs"), start + "the program aborted" + end);
@@ -43,14 +43,14 @@ TEST(CutShortLine, NamesEveryOtherEnd) {
     EXPECT_EQ(CutShortLine(static_cast<RunEnd>(99), {}, "GPUs"), start + "unknown" + end);
 }
 
-TEST(CutShortLine, SaysSoBeforeTheFirstSection) {
+TEST(CutShortLine, ReportsAnEndBeforeTheFirstSection) {
     EXPECT_EQ(
         CutShortLine(RunEnd::ControlC, {}, ""),
         "!! THIS RUN WAS CUT SHORT before its first section: the user stopped it with Ctrl-C. Whatever would "
         "follow is missing.");
 }
 
-TEST(CutShortLine, TakesNoFormatFromTheSection) {
+TEST(CutShortLine, DoesNotUseTheSectionAsAFormat) {
     EXPECT_NE(CutShortLine(RunEnd::Abort, {}, "%s%n").find("\"%s%n\""), std::string::npos);
 }
 

@@ -125,7 +125,7 @@ TEST_F(RescueTest, AfterAnAbort) {
     ExpectReport(CutShort("the program aborted"));
 }
 
-TEST_F(RescueTest, AfterAnExceptionThatNobodyCatches) {
+TEST_F(RescueTest, AfterAnUncaughtException) {
     EXPECT_NE(RunVictim("uncaught-exception"), 0U);
     ExpectReport(CutShort("the program aborted"));
 }
@@ -155,12 +155,12 @@ TEST_F(RescueTest, AfterAnAbortInTheRuntimeOfWindows) {
     ExpectReport(CutShort("the program aborted"));
 }
 
-TEST_F(RescueTest, TakesItsPlaceBackFromALibraryWhenASectionBegins) {
+TEST_F(RescueTest, ReplacesALibrarysFilterWhenASectionBegins) {
     EXPECT_EQ(RunVictim("library-took-the-filter"), EXCEPTION_ACCESS_VIOLATION);
     ExpectReport(CutShort(kAccessViolation));
 }
 
-TEST_F(RescueTest, AfterACrashAmidLinesHoldsWholeLines) {
+TEST_F(RescueTest, HoldsWholeLinesAfterACrashWithinALine) {
     EXPECT_NE(RunVictim("amid-lines"), 0U);
     std::string expected = KeptLines();
     const std::string found = WithoutPlace(ReportFile());
@@ -200,12 +200,12 @@ TEST_F(RescueTest, AfterACrashWhileTheOrdinaryReportIsWritten) {
     ExpectReport(expected.insert(KeptLines().size(), "the last line\r\n"));
 }
 
-TEST_F(RescueTest, AfterTheOrdinaryReportACrashIsNobodysBusiness) {
+TEST_F(RescueTest, DoesNothingOnACrashAfterTheOrdinaryReport) {
     EXPECT_EQ(RunVictim("crash-after-ordinary-report"), 0U);
     ExpectReport(KeptLines() + "the last line\r\n");
 }
 
-TEST_F(RescueTest, ReachesAFolderWithALongPath) {
+TEST_F(RescueTest, WritesToAFolderWithALongPath) {
     folder_ /= std::wstring(100, L'\u00E9');
     folder_ /= std::wstring(200, L'b');
     const std::wstring long_form = L"\\\\?\\" + folder_.wstring();
@@ -254,7 +254,7 @@ TEST_F(RescueTest, ALogOffThatIsCancelledEndsNothing) {
 
 /// Wine leaves the handler of an overflow its room whatever was asked for; Windows leaves what is guaranteed,
 /// and without that about two pages, on which nothing can be written.
-TEST_F(RescueTest, HasRoomOnTheStackAfterAnOverflow) {
+TEST_F(RescueTest, HasEnoughStackAfterAnOverflow) {
     EXPECT_GE(RunVictim("stack-guarantee"), 16U);
 }
 
@@ -273,7 +273,7 @@ TEST_F(RescueTest, WritesAReportThatAnotherProgramHasOpen) {
     }
 }
 
-TEST_F(RescueTest, LeavesAnOlderReportAloneWhileNothingWasKept) {
+TEST_F(RescueTest, KeepsAnOlderReportWhenThereIsNothingToWrite) {
     std::ofstream(folder_ / "vistrel_diag_report.txt") << "an older report";
     RunVictim("access-violation early");
     ExpectReport("an older report");

@@ -12,7 +12,7 @@ WorkerMessage ThereAndBack(const WorkerMessage& message) {
     return WorkerMessage::FromLine(line.substr(0, line.size() - 1)).value();
 }
 
-TEST(WorkerMessage, ValuesComeBack) {
+TEST(WorkerMessage, RoundTripsValues) {
     const WorkerMessage message =
         ThereAndBack(WorkerMessage()
                          .SetText("text", "line 1\nline 2 \"Ü\" %s")
@@ -29,7 +29,7 @@ TEST(WorkerMessage, ValuesComeBack) {
     EXPECT_FALSE(message.Truth("no"));
 }
 
-TEST(WorkerMessage, NumbersComeBackBitForBit) {
+TEST(WorkerMessage, RoundTripsNumbersBitForBit) {
     for (const double number : {0.0, 9.22, 1.0 / 3, 1e300, 5e-324, 2.0, -7.25}) {
         EXPECT_EQ(ThereAndBack(WorkerMessage().SetNumber("n", number)).Number("n"), number);
     }
@@ -38,11 +38,11 @@ TEST(WorkerMessage, NumbersComeBackBitForBit) {
         std::nullopt);
 }
 
-TEST(WorkerMessage, BytesThatAreNoUtf8AreReplaced) {
+TEST(WorkerMessage, ReplacesInvalidUtf8) {
     EXPECT_EQ(ThereAndBack(WorkerMessage().SetText("text", "a\xFFz")).Text("text"), "a\xEF\xBF\xBDz");
 }
 
-TEST(WorkerMessage, AValueOfAnotherKindOrNameIsNone) {
+TEST(WorkerMessage, HasNoValueOfAnotherTypeOrName) {
     const WorkerMessage message = WorkerMessage().SetInteger("seven", 7);
     EXPECT_EQ(message.Text("seven"), std::nullopt);
     EXPECT_EQ(message.Number("seven"), std::nullopt);
@@ -50,7 +50,7 @@ TEST(WorkerMessage, AValueOfAnotherKindOrNameIsNone) {
     EXPECT_EQ(message.Integer("eight"), std::nullopt);
 }
 
-TEST(WorkerMessage, WhatIsNoMessageIsNone) {
+TEST(WorkerMessage, RejectsInvalidMessages) {
     for (const char* line : {"", "{", "7", "[]", "null", "{\"a\":1}}", "\xFF", "{\"a\":\"\xFF\"}"}) {
         EXPECT_FALSE(WorkerMessage::FromLine(line).has_value()) << line;
     }

@@ -40,7 +40,7 @@ TEST(LargestHardwareGpu, IsNeverOneWithoutDedicatedMemory) {
     EXPECT_EQ(LargestHardwareGpu({Gpu(0, 0), Gpu(1, 0)}).index, -1);
 }
 
-TEST(LargestHardwareGpu, OfNoneIsNone) {
+TEST(LargestHardwareGpu, IsEmptyWithoutGpus) {
     const BenchmarkGpu none = LargestHardwareGpu({});
     EXPECT_EQ(none.index, -1);
     EXPECT_FALSE(none.adapter);
@@ -78,7 +78,7 @@ TEST(BenchmarkGpuLines, CallAnUnlistedGpuDefault) {
     EXPECT_EQ(FirstLineFor({}, 0), "Benchmark GPU   : GPU 0 (default)");
 }
 
-TEST(BenchmarkGpuLines, SayThatThereIsNoDevice) {
+TEST(BenchmarkGpuLines, ReportAMissingDevice) {
     const ReportCapture report;
     PrintNoBenchmarkDevice(0x887A0004);
     EXPECT_EQ(report.Text(), "!! D3D11CreateDevice failed (0x887A0004). Cannot benchmark.\n");

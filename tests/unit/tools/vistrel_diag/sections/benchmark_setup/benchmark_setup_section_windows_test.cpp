@@ -113,7 +113,7 @@ TEST_F(BenchmarkSetup, TakesTheLargestWhenTheRuntimeNamesNone) {
     EXPECT_EQ(index_, 1);
 }
 
-TEST_F(BenchmarkSetup, TakesTheLargestWhenTheNamedOneIsGoneAndSaysNamedAllTheSame) {
+TEST_F(BenchmarkSetup, TakesTheLargestWhenTheNamedOneIsGoneButReportsItAsNamed) {
     ReportGpuSection();
     EXPECT_EQ(LinesFor(AdapterLuid{99, 0}),
               std::string(kHeader) + "Benchmark GPU   : GPU 1 (large)\n" + kNamed);
@@ -126,7 +126,7 @@ TEST_F(BenchmarkSetup, TakesTheLargestWhenThereIsNoFactory) {
               std::string(kHeader) + "Benchmark GPU   : GPU 1 (large)\n" + kNamed);
 }
 
-TEST_F(BenchmarkSetup, DoesNotLookBehindAFailingEnumeration) {
+TEST_F(BenchmarkSetup, StopsAtAFailingEnumeration) {
     ReportGpuSection();
     Scenario().adapters[1].enumeration_fails = E_FAIL;
     lab::RestartCounts();
@@ -135,7 +135,7 @@ TEST_F(BenchmarkSetup, DoesNotLookBehindAFailingEnumeration) {
     EXPECT_EQ(lab::Counts().enumerations, 2);
 }
 
-TEST_F(BenchmarkSetup, PassesOverAnAdapterWithoutADescription) {
+TEST_F(BenchmarkSetup, SkipsAnAdapterWithoutADescription) {
     Scenario().adapters[1].description_fails = E_FAIL;
     ReportGpuSection();
     // Found at index 2; the list has only two entries.
@@ -143,7 +143,7 @@ TEST_F(BenchmarkSetup, PassesOverAnAdapterWithoutADescription) {
               std::string(kHeader) + "Benchmark GPU   : GPU 2 (default)\n" + kNamed);
 }
 
-TEST_F(BenchmarkSetup, WithoutAnyGpuAsksForTheSystemsDefault) {
+TEST_F(BenchmarkSetup, UsesTheSystemsDefaultWithoutAnyGpu) {
     lab::SetUpMachine("");
     ReportGpuSection();
     EXPECT_EQ(LinesFor(std::nullopt),
@@ -152,7 +152,7 @@ TEST_F(BenchmarkSetup, WithoutAnyGpuAsksForTheSystemsDefault) {
     EXPECT_EQ(LastCall().driver_type, D3D_DRIVER_TYPE_HARDWARE);
 }
 
-TEST_F(BenchmarkSetup, AsksForAPlainDevice) {
+TEST_F(BenchmarkSetup, CreatesADeviceWithDefaultLevelsAndNoFlags) {
     ReportGpuSection();
     LinesFor(std::nullopt);
     EXPECT_EQ(LastCall().count, 1);
@@ -161,7 +161,7 @@ TEST_F(BenchmarkSetup, AsksForAPlainDevice) {
     EXPECT_EQ(LastCall().sdk_version, 7U);
 }
 
-TEST_F(BenchmarkSetup, ReportsADeviceThatCannotBeMade) {
+TEST_F(BenchmarkSetup, ReportsADeviceThatCannotBeCreated) {
     ReportGpuSection();
     LastCall().answer = DXGI_ERROR_UNSUPPORTED;
     EXPECT_EQ(LinesFor(std::nullopt), std::string(kHeader) + "Benchmark GPU   : GPU 1 (large)\n" + kUnnamed +

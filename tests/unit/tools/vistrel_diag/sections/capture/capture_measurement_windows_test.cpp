@@ -106,7 +106,7 @@ TEST_F(CaptureMeasurementTest, AStillDesktopGivesOneImage) {
     EXPECT_EQ(errors_, "");
 }
 
-TEST_F(CaptureMeasurementTest, ADesktopThatNeverGivesAnImage) {
+TEST_F(CaptureMeasurementTest, ReportsADesktopThatNeverGivesAnImage) {
     Desktop().next_frame = Nothing;
     const CaptureMeasurement measurement = Measure(3.0);
     EXPECT_FALSE(measurement.ok);
@@ -120,7 +120,7 @@ TEST_F(CaptureMeasurementTest, ADesktopThatNeverGivesAnImage) {
                 ElementsAre(250, 250, 250, 250, 250, 250, 250, 250, 250, 250, 0, 0));
 }
 
-TEST_F(CaptureMeasurementTest, NoTimeAtAll) {
+TEST_F(CaptureMeasurementTest, ReportsADurationThatIsNotPositive) {
     UseSource(60);
     for (const double seconds : {0.0, -0.0, -1.0, -1e300, -std::numeric_limits<double>::infinity(),
                                  std::numeric_limits<double>::quiet_NaN()}) {
@@ -134,7 +134,7 @@ TEST_F(CaptureMeasurementTest, NoTimeAtAll) {
     EXPECT_EQ(delivered_, 0);
 }
 
-TEST_F(CaptureMeasurementTest, AVeryLongTime) {
+TEST_F(CaptureMeasurementTest, MeasuresForAVeryLongTime) {
     // An image an hour, for a year and more; the clock jumps so that the test does not.
     Desktop().next_frame = [this]() -> ScriptedFrame {
         lab::PassTime(std::int64_t{3600} * 1'000'000);
@@ -147,7 +147,7 @@ TEST_F(CaptureMeasurementTest, AVeryLongTime) {
     EXPECT_EQ(measurement.seconds, 11'112 * 3600.0);
 }
 
-TEST_F(CaptureMeasurementTest, NoMonitor) {
+TEST_F(CaptureMeasurementTest, ReportsAMissingMonitor) {
     Output(0).unplugged = true;
     const CaptureMeasurement measurement = Measure(1.0);
     EXPECT_FALSE(measurement.ok);
@@ -158,7 +158,7 @@ TEST_F(CaptureMeasurementTest, NoMonitor) {
     EXPECT_EQ(measurement.capture_gpu_name, "");
 }
 
-TEST_F(CaptureMeasurementTest, CapturedOnAnotherGpu) {
+TEST_F(CaptureMeasurementTest, ReportsACaptureOnAnotherGpu) {
     UseHybridLaptop();
     UseFrames({{.width = 33, .height = 5, .seed = 4}});
     const CaptureMeasurement measurement = Measure(0.1);
@@ -168,7 +168,7 @@ TEST_F(CaptureMeasurementTest, CapturedOnAnotherGpu) {
     EXPECT_EQ(measurement.pixels, ScriptedPixels({.width = 33, .height = 5, .seed = 4}));
 }
 
-TEST_F(CaptureMeasurementTest, LostAndRestoredMeanwhile) {
+TEST_F(CaptureMeasurementTest, ContinuesAfterALossThatIsRestored) {
     UseFrames({{}, {.result = DXGI_ERROR_ACCESS_LOST}, {.seed = 2}, {.seed = 3}});
     const CaptureMeasurement measurement = Measure(0.01);
     EXPECT_TRUE(measurement.ok);
@@ -179,7 +179,7 @@ TEST_F(CaptureMeasurementTest, LostAndRestoredMeanwhile) {
         "[ScreenCaptureDxgi] Access lost. Reinitializing...\n[ScreenCaptureDxgi] Duplication restored.\n");
 }
 
-TEST_F(CaptureMeasurementTest, ALossThatLastsCountsItsCallsAlone) {
+TEST_F(CaptureMeasurementTest, APermanentLossCountsOnlyCalls) {
     lab::StartClock(true, kAcquireTime / 2);  // A call reads the counter and the tick count.
     Desktop().next_frame = [this]() -> ScriptedFrame {
         if (++delivered_ == 1) {
@@ -198,13 +198,13 @@ TEST_F(CaptureMeasurementTest, ALossThatLastsCountsItsCallsAlone) {
     EXPECT_EQ(errors_, "[ScreenCaptureDxgi] Access lost. Reinitializing...\n");
 }
 
-TEST_F(CaptureMeasurementTest, RowsFurtherApartThanThePictureIsWide) {
+TEST_F(CaptureMeasurementTest, RowPitchMayExceedTheWidth) {
     Desktop().extra_row_pitch = 100;
     UseFrames({{.width = 33, .height = 7, .seed = 4}});
     EXPECT_EQ(Measure(0.01).pixels, ScriptedPixels({.width = 33, .height = 7, .seed = 4}));
 }
 
-TEST_F(CaptureMeasurementTest, ALaterImageWhenTheFirstCannotBeReadBack) {
+TEST_F(CaptureMeasurementTest, TakesALaterImageWhenTheFirstCannotBeReadBack) {
     Desktop().staging_textures_fail = true;
     Desktop().next_frame = [this]() -> ScriptedFrame {
         lab::PassTime(kAcquireTime);
@@ -216,7 +216,7 @@ TEST_F(CaptureMeasurementTest, ALaterImageWhenTheFirstCannotBeReadBack) {
     EXPECT_EQ(measurement.pixels, ScriptedPixels({.seed = 3}));
 }
 
-TEST_F(CaptureMeasurementTest, TheFirstPresentedImageTakesThePlaceOfAnother) {
+TEST_F(CaptureMeasurementTest, TheFirstPresentedImageReplacesAnUnpresentedOne) {
     const ScriptedFrame presented = {.width = 16, .height = 9, .seed = 2, .present_ticks = start_};
     UseFrames({{.width = 16, .height = 9, .seed = 1},
                {.width = 16, .height = 9, .seed = 3},
@@ -227,12 +227,12 @@ TEST_F(CaptureMeasurementTest, TheFirstPresentedImageTakesThePlaceOfAnother) {
     EXPECT_EQ(measurement.pixels, ScriptedPixels(presented));
 }
 
-TEST_F(CaptureMeasurementTest, WithoutAPresentTheImageThatThereIsCounts) {
+TEST_F(CaptureMeasurementTest, UsesTheAvailableImageWithoutAPresent) {
     UseFrames({{.width = 16, .height = 9, .seed = 1}, {.width = 16, .height = 9, .seed = 3}});
     EXPECT_EQ(Measure(1.0).pixels, ScriptedPixels({.width = 16, .height = 9, .seed = 1}));
 }
 
-TEST_F(CaptureMeasurementTest, AFrameThatCannotBeCarriedAcrossIsNoImage) {
+TEST_F(CaptureMeasurementTest, AFrameThatCannotBeCopiedAcrossIsNotAnImage) {
     UseHybridLaptop();
     const ScriptedFrame carried = {.width = 16, .height = 9, .seed = 2, .present_ticks = start_ + 1};
     Desktop().map_result = E_OUTOFMEMORY;
@@ -250,7 +250,7 @@ TEST_F(CaptureMeasurementTest, AFrameThatCannotBeCarriedAcrossIsNoImage) {
     EXPECT_EQ(measurement.pixels, ScriptedPixels(carried));
 }
 
-TEST_F(CaptureMeasurementTest, NothingReadBackWhenMappingFails) {
+TEST_F(CaptureMeasurementTest, ReadsNothingBackWhenMappingFails) {
     Desktop().map_result = DXGI_ERROR_DEVICE_REMOVED;
     UseFrames({{}, {}});
     const CaptureMeasurement measurement = Measure(0.001);
@@ -271,7 +271,7 @@ TEST_F(CaptureMeasurementTest, APictureOfAnotherSizeThanReportedIsNotReadBack) {
     EXPECT_THAT(measurement.pixels, IsEmpty());
 }
 
-TEST_F(CaptureMeasurementTest, ADesktopInAFormatWithoutAPicture) {
+TEST_F(CaptureMeasurementTest, ReportsADesktopInAFormatWithoutAPicture) {
     for (const DXGI_FORMAT format : {DXGI_FORMAT_R8G8B8A8_UNORM, DXGI_FORMAT_R16G16B16A16_FLOAT}) {
         UseFrames({{.format = format}, {.format = format}});
         const CaptureMeasurement measurement = Measure(0.001);
@@ -282,7 +282,7 @@ TEST_F(CaptureMeasurementTest, ADesktopInAFormatWithoutAPicture) {
     }
 }
 
-TEST_F(CaptureMeasurementTest, APictureOfOtherThanFourByteTexelsIsLeftOut) {
+TEST_F(CaptureMeasurementTest, APictureWithoutFourByteTexelsIsNotReadBack) {
     Desktop().gdi_flag_ignored = true;  // A driver that is more obliging than it need be.
     UseFrames({{.format = DXGI_FORMAT_R16G16B16A16_FLOAT}});
     const ReportCapture report;
@@ -299,7 +299,7 @@ NOTE: could not read a frame back, so the benchmark uses a synthetic pattern ins
 )");
 }
 
-TEST_F(CaptureMeasurementTest, TheWholeSection) {
+TEST_F(CaptureMeasurementTest, PrintsTheWholeSection) {
     UseFrames({{}});
     const ReportCapture report;
     testing::internal::CaptureStdout();
@@ -313,7 +313,7 @@ New frames      : 1 in 0.50 s  ->  2.0 fps from the desktop
 )");
 }
 
-TEST_F(CaptureMeasurementTest, TheGamesFrameRate) {
+TEST_F(CaptureMeasurementTest, PrintsTheGamesFrameRate) {
     UseSource(144);
     const ReportCapture report;
     testing::internal::CaptureStdout();

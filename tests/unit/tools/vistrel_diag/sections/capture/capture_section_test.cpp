@@ -29,7 +29,7 @@ std::string Printed(const CaptureMeasurement& measurement, void (*print)(const C
     return report.Text();
 }
 
-TEST(PrintCaptureSection, Success) {
+TEST(PrintCaptureSection, PrintsASuccess) {
     EXPECT_EQ(Printed(Measured(), PrintCaptureSection),
               R"(Duplicated      : 2560x1440
 New frames      : 181 in 3.00 s  ->  60.3 fps from the desktop
@@ -37,7 +37,7 @@ New frames      : 181 in 3.00 s  ->  60.3 fps from the desktop
 )");
 }
 
-TEST(PrintCaptureSection, CapturedOnAnotherGpu) {
+TEST(PrintCaptureSection, NotesACaptureOnAnotherGpu) {
     CaptureMeasurement measurement = Measured();
     measurement.cross_adapter = true;
     measurement.capture_gpu_name = "Panel GPU 100%s";
@@ -49,7 +49,7 @@ New frames      : 181 in 3.00 s  ->  60.3 fps from the desktop
 )");
 }
 
-TEST(PrintCaptureSection, NoPixelsReadBack) {
+TEST(PrintCaptureSection, NotesMissingPixels) {
     CaptureMeasurement measurement = Measured();
     measurement.pixels.clear();
     measurement.new_frames = 1;
@@ -62,7 +62,7 @@ NOTE: could not read a frame back, so the benchmark uses a synthetic pattern ins
 )");
 }
 
-TEST(PrintCaptureSection, Failure) {
+TEST(PrintCaptureSection, PrintsAFailure) {
     CaptureMeasurement measurement;
     measurement.error = "100 % lost: %s";
     EXPECT_EQ(Printed(measurement, PrintCaptureSection),
@@ -71,14 +71,14 @@ TEST(PrintCaptureSection, Failure) {
 )");
 }
 
-TEST(PrintGameFrameRate, Success) {
+TEST(PrintGameFrameRate, PrintsASuccess) {
     EXPECT_EQ(Printed(Measured(), PrintGameFrameRate),
               R"(Frame rate reaching the capture: 60.3 fps (181 frames in 3.00 s at 2560x1440)
 This is the rate Vistrel would be fed at - the game's own rate, not the headset's.
 )");
 }
 
-TEST(PrintGameFrameRate, Failure) {
+TEST(PrintGameFrameRate, PrintsAFailure) {
     CaptureMeasurement measurement;
     measurement.error = "the capture started but never produced a frame";
     EXPECT_EQ(Printed(measurement, PrintGameFrameRate),
@@ -87,7 +87,7 @@ TEST(PrintGameFrameRate, Failure) {
 )");
 }
 
-TEST(FramesPerSecond, ZeroWhenNothingWasMeasured) {
+TEST(FramesPerSecond, IsZeroWhenNothingWasMeasured) {
     CaptureMeasurement measurement = Measured();
     measurement.seconds = 0.0;
     EXPECT_EQ(FramesPerSecond(measurement), 0.0);
@@ -98,7 +98,7 @@ TEST(FramesPerSecond, ZeroWhenNothingWasMeasured) {
     EXPECT_EQ(FramesPerSecond(measurement), 144.5);
 }
 
-TEST(PackRows, LeavesThePaddingOut) {
+TEST(PackRows, OmitsThePadding) {
     std::vector<std::uint8_t> rows(3 * 16);
     std::iota(rows.begin(), rows.end(), std::uint8_t{0});
     EXPECT_EQ(PackRows(rows.data(), 16, 4, 3),
@@ -106,7 +106,7 @@ TEST(PackRows, LeavesThePaddingOut) {
     EXPECT_EQ(PackRows(rows.data(), 4, 4, 2), (std::vector<std::uint8_t>{0, 1, 2, 3, 4, 5, 6, 7}));
 }
 
-TEST(PackRows, ReadsNothingBehindTheLastRow) {
+TEST(PackRows, ReadsNothingAfterTheLastRow) {
     // The last row has no padding behind it; a sanitizer sees a read past its end.
     const std::vector<std::uint8_t> rows(16 + 4, 9);
     EXPECT_EQ(PackRows(rows.data(), 16, 4, 2), std::vector<std::uint8_t>(8, 9));

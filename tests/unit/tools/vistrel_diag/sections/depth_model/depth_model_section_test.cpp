@@ -75,7 +75,7 @@ DiagSettings SettingsWithQuality(std::int32_t quality) {
     return settings;
 }
 
-TEST(PrintOnnxRuntimeMissing, SaysWhereToPutTheTool) {
+TEST(PrintOnnxRuntimeMissing, ExplainsWhereToPutTheTool) {
     const ReportCapture report;
     PrintOnnxRuntimeMissing();
     EXPECT_EQ(report.Text(),
@@ -120,7 +120,7 @@ TEST_F(IntroductionTest, NotesReShadeDepth) {
               "Measured on     : GPU 0 (First GPU)\n\n");
 }
 
-TEST_F(IntroductionTest, TakesEveryOtherDepthModeForTheModel) {
+TEST_F(IntroductionTest, TreatsEveryOtherDepthModeAsTheModel) {
     for (const std::int32_t mode : {-1, 0, 2}) {
         const ReportCapture report;
         PrintDepthModelIntroduction(mode, -1);
@@ -128,7 +128,7 @@ TEST_F(IntroductionTest, TakesEveryOtherDepthModeForTheModel) {
     }
 }
 
-TEST(PrintConfiguredModel, TimesThePresetAlone) {
+TEST(PrintConfiguredModel, TimesOnlyThePreset) {
     ScriptedTimers scripted;
     const ReportCapture report;
     const ModelTiming timing = PrintConfiguredModel(SettingsWithQuality(3), scripted.Timers());
@@ -143,7 +143,7 @@ TEST(PrintConfiguredModel, TimesThePresetAlone) {
     EXPECT_THAT(scripted.Presets(), ElementsAre("Distill Fast (518x294)"));
 }
 
-TEST(PrintConfiguredModel, SaysWhyItCouldNotBeTimed) {
+TEST(PrintConfiguredModel, ReportsWhyItCouldNotBeTimed) {
     ScriptedTimers scripted;
     scripted.FailOn("Video Depth Fast (518x294)", "onnxruntime: 100% broken %s");
     const ReportCapture report;
@@ -155,7 +155,7 @@ TEST(PrintConfiguredModel, SaysWhyItCouldNotBeTimed) {
     EXPECT_FALSE(timing.ok);
 }
 
-TEST(PrintConfiguredModel, HasNothingToTimeForACustomModelWithoutPath) {
+TEST(PrintConfiguredModel, TimesNothingForACustomModelWithoutAPath) {
     for (const std::int32_t quality : {-1, 12}) {
         ScriptedTimers scripted;
         const ReportCapture report;
@@ -182,7 +182,7 @@ TEST(PrintConfiguredModel, TimesACustomModelAtTheSettingsResolution) {
     EXPECT_THAT(scripted.Customs(), ElementsAre(Pair("D:\\Models\\m\xC3\xB6\x64\x65l.onnx", 700)));
 }
 
-TEST(PrintConfiguredModel, HandsOnAResolutionThatIsNone) {
+TEST(PrintConfiguredModel, PassesOnAnInvalidResolution) {
     ScriptedTimers scripted;
     DiagSettings settings = SettingsWithQuality(std::numeric_limits<std::int32_t>::min());
     settings.custom_model_path = "m.onnx";

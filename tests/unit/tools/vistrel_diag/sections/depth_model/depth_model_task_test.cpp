@@ -8,7 +8,7 @@ WorkerMessage ThereAndBack(const WorkerMessage& message) {
     return WorkerMessage::FromLine(message.ToLine()).value();
 }
 
-TEST(DepthModelRequestMessage, BringsEverythingBack) {
+TEST(DepthModelRequestMessage, RoundTripsEverything) {
     DepthModelRequest request;
     request.tool_folder = "C:\\\u00DCn\u00EFc\u00F6d\u00E9 \"folder\"";
     request.gpu_index = -1;
@@ -22,7 +22,7 @@ TEST(DepthModelRequestMessage, BringsEverythingBack) {
     EXPECT_FALSE(back.custom.has_value());
 }
 
-TEST(DepthModelRequestMessage, OfAModelOfTheUsersOwn) {
+TEST(DepthModelRequestMessage, RoundTripsACustomModel) {
     DepthModelRequest request;
     request.custom = {"D:\\models\\own.onnx", 518};
     const DepthModelRequest back = DepthModelRequestOf(ThereAndBack(MessageOf(request)));
@@ -32,7 +32,7 @@ TEST(DepthModelRequestMessage, OfAModelOfTheUsersOwn) {
     EXPECT_EQ(back.preset_count, 0);
 }
 
-TEST(ModelTimingMessage, BringsEverythingBackBitForBit) {
+TEST(ModelTimingMessage, RoundTripsEverythingBitForBit) {
     ModelTiming timing;
     timing.ok = true;
     timing.name = "Square Normal (392)";

@@ -36,7 +36,7 @@ std::string Printed(const std::vector<DisplayInfo>& displays, const std::vector<
     return report.Text();
 }
 
-TEST(MatchDisplaysWithGpus, TakesThePositionInTheListAndNotTheAdapterIndex) {
+TEST(MatchDisplaysWithGpus, ReturnsThePositionInTheListAndNotTheAdapterIndex) {
     const std::vector<GpuInfo> gpus = {Gpu(0, "first", {R"(\\.\DISPLAY1)"}),
                                        Gpu(2, "after a skipped one", {R"(\\.\DISPLAY2)", R"(\\.\DISPLAY3)"})};
     EXPECT_EQ(MatchedGpu(R"(\\.\DISPLAY1)", gpus), 0);
@@ -44,7 +44,7 @@ TEST(MatchDisplaysWithGpus, TakesThePositionInTheListAndNotTheAdapterIndex) {
     EXPECT_EQ(MatchedGpu(R"(\\.\DISPLAY3)", gpus), 1);
 }
 
-TEST(MatchDisplaysWithGpus, LetsTheLastOfSeveralGpusWin) {
+TEST(MatchDisplaysWithGpus, TakesTheLastOfSeveralGpus) {
     const std::vector<GpuInfo> gpus = {Gpu(0, "a", {R"(\\.\DISPLAY1)"}), Gpu(1, "b", {R"(\\.\DISPLAY1)"}),
                                        Gpu(2, "c", {R"(\\.\DISPLAY2)"})};
     EXPECT_EQ(MatchedGpu(R"(\\.\DISPLAY1)", gpus), 1);
@@ -56,19 +56,19 @@ TEST(MatchDisplaysWithGpus, ComparesNamesExactly) {
     EXPECT_EQ(MatchedGpu(R"(\\.\DISPLAY1)", gpus), -1);
 }
 
-TEST(MatchDisplaysWithGpus, GivesMinusOneWhereNoGpuClaimsTheDisplay) {
+TEST(MatchDisplaysWithGpus, ReturnsMinusOneWhenNoGpuClaimsTheDisplay) {
     EXPECT_EQ(MatchedGpu(R"(\\.\DISPLAY1)", {}), -1);
     EXPECT_EQ(MatchedGpu(R"(\\.\DISPLAY1)", {Gpu(0, "a", {})}), -1);
 }
 
-TEST(MatchDisplaysWithGpus, ForgetsAnEarlierMatch) {
+TEST(MatchDisplaysWithGpus, ReplacesAnEarlierMatch) {
     std::vector<DisplayInfo> displays = {Display(R"(\\.\DISPLAY1)")};
     displays.front().gpu = 7;
     MatchDisplaysWithGpus(displays, {});
     EXPECT_EQ(displays.front().gpu, -1);
 }
 
-TEST(PrintDisplaySection, MarksThePrimaryDisplayWhereverItStands) {
+TEST(PrintDisplaySection, MarksThePrimaryDisplayAtAnyPosition) {
     const std::vector<GpuInfo> gpus = {Gpu(0, "Radeon", {}), Gpu(3, "GeForce", {})};
     EXPECT_EQ(Printed({{R"(\\.\DISPLAY1)", 1920, 1080, 60, false, 0},
                        {R"(\\.\DISPLAY22)", 3840, 2160, 144, true, 1}},
@@ -78,7 +78,7 @@ TEST(PrintDisplaySection, MarksThePrimaryDisplayWhereverItStands) {
                   std::string(kClosingNote));
 }
 
-TEST(PrintDisplaySection, NamesAGpuThatIsNotKnown) {
+TEST(PrintDisplaySection, PrintsAnUnknownGpu) {
     EXPECT_EQ(
         Printed({{R"(\\.\DISPLAY1)", 1280, 720, 0, true, -1}}, {}),
         "* \\\\.\\DISPLAY1   : 1280x720 @ 0 Hz  -> driven by GPU -1 (UNKNOWN)\n" + std::string(kClosingNote));
@@ -90,7 +90,7 @@ TEST(PrintDisplaySection, NeverCutsALongName) {
                   std::string(kClosingNote));
 }
 
-TEST(PrintDisplaySection, SaysOnlyTheNoteWithoutDisplays) {
+TEST(PrintDisplaySection, PrintsOnlyTheNoteWithoutDisplays) {
     EXPECT_EQ(Printed({}, {Gpu(0, "a", {R"(\\.\DISPLAY1)"})}), kClosingNote);
 }
 

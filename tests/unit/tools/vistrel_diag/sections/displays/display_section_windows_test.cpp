@@ -109,7 +109,7 @@ class DisplayProbe : public ::testing::Test {
     }
 };
 
-TEST_F(DisplayProbe, ReportsAndKeepsTheMonitorsInTheirOrder) {
+TEST_F(DisplayProbe, ReportsAndKeepsTheMonitorsInOrder) {
     scripted_devices = {{L"\\\\.\\DISPLAY1", kOnDesktop, {{1920, 1080, 60}}},
                         {L"\\\\.\\DISPLAY2", kOnDesktop | kPrimary, {{3840, 2160, 144}}}};
     SetGpuList({Gpu(0, "Radeon", {R"(\\.\DISPLAY2)"}), Gpu(1, "GeForce", {R"(\\.\DISPLAY1)"})});
@@ -128,7 +128,7 @@ TEST_F(DisplayProbe, ReportsAndKeepsTheMonitorsInTheirOrder) {
     EXPECT_EQ(DisplayList()[1].gpu, 0);
 }
 
-TEST_F(DisplayProbe, LeavesOutWhatIsNoPartOfTheDesktop) {
+TEST_F(DisplayProbe, SkipsDevicesThatAreNotPartOfTheDesktop) {
     scripted_devices = {{L"\\\\.\\DISPLAY1", 0, {{1920, 1080, 60}}},
                         {L"\\\\.\\DISPLAYV1", kMirror, {{1024, 768, 1}}},
                         {L"\\\\.\\DISPLAY2", kPrimary, {{1920, 1080, 60}}},
@@ -145,7 +145,7 @@ TEST_F(DisplayProbe, ListsAMirrorDeviceThatIsPartOfTheDesktop) {
                               kClosingNote);
 }
 
-TEST_F(DisplayProbe, LeavesOutADeviceWhoseModeCannotBeReadAndGoesOn) {
+TEST_F(DisplayProbe, SkipsADeviceWhoseModeCannotBeRead) {
     scripted_devices = {{L"\\\\.\\DISPLAY1", kOnDesktop | kPrimary, std::nullopt},
                         {L"\\\\.\\DISPLAY2", kOnDesktop, {{1080, 1920, 60}}}};
     EXPECT_EQ(
@@ -164,7 +164,7 @@ TEST_F(DisplayProbe, NamesNoGpuForADisplayOfAnAdapterThatIsNotListed) {
                   kClosingNote);
 }
 
-TEST_F(DisplayProbe, KeepsTheLettersAroundHalfACharacterInAName) {
+TEST_F(DisplayProbe, KeepsTheTextAroundAnUnpairedSurrogateInAName) {
     scripted_devices = {{L"\xDE00 DISPLAY", kOnDesktop, {{1920, 1080, 60}}}};
     SetGpuList({Gpu(0, "Radeon", {"\xEF\xBF\xBD DISPLAY"})});
     EXPECT_EQ(Reported(), kHeader +
@@ -172,7 +172,7 @@ TEST_F(DisplayProbe, KeepsTheLettersAroundHalfACharacterInAName) {
                               kClosingNote);
 }
 
-TEST_F(DisplayProbe, SaysOnlyTheNoteWithoutDevices) {
+TEST_F(DisplayProbe, PrintsOnlyTheNoteWithoutDevices) {
     scripted_devices.emplace();
     EXPECT_EQ(Reported(), kHeader + kClosingNote);
     EXPECT_TRUE(DisplayList().empty());

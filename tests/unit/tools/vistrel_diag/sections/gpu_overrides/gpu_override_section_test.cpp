@@ -23,7 +23,7 @@ TEST(ConcernsVistrelOrSteamVr, FindsEachWordAnywhereInTheName) {
     EXPECT_TRUE(ConcernsVistrelOrSteamVr(R"(D:\SteamVR\tool.exe)"));
 }
 
-TEST(ConcernsVistrelOrSteamVr, TakesNothingLess) {
+TEST(ConcernsVistrelOrSteamVr, IsFalseForOtherNames) {
     EXPECT_FALSE(ConcernsVistrelOrSteamVr(""));
     EXPECT_FALSE(ConcernsVistrelOrSteamVr("vistre"));
     EXPECT_FALSE(ConcernsVistrelOrSteamVr("steam vr"));
@@ -32,12 +32,12 @@ TEST(ConcernsVistrelOrSteamVr, TakesNothingLess) {
     EXPECT_FALSE(ConcernsVistrelOrSteamVr("vrmonitor.exe"));
 }
 
-TEST(ConcernsVistrelOrSteamVr, BearsLettersBeyondAscii) {
+TEST(ConcernsVistrelOrSteamVr, AcceptsNonAsciiNames) {
     EXPECT_TRUE(ConcernsVistrelOrSteamVr(R"(C:\Spiele für Éva\ゲーム\VISTREL.exe)"));
     EXPECT_FALSE(ConcernsVistrelOrSteamVr(R"(C:\VÏSTREL.exe)"));
 }
 
-TEST(PrintGpuOverrideSection, SaysNoneWithoutExplanationWhenNothingWasEverPinned) {
+TEST(PrintGpuOverrideSection, PrintsNoneWithoutExplanationWhenNothingWasEverPinned) {
     EXPECT_EQ(Printed(std::nullopt), "None set.\n");
 }
 

@@ -149,7 +149,7 @@ TEST_F(GpuOverrideProbe, ReadsNoFurtherThanTheDataOfAValueThatIsNotTerminated) {
     EXPECT_EQ(OnlyChoice(), "GpuPreference=2;");
 }
 
-TEST_F(GpuOverrideProbe, LeavesOutHalfAUnit) {
+TEST_F(GpuOverrideProbe, IgnoresHalfAUnit) {
     MakeKey();
     SetBytes(L"vistrel", REG_BINARY, {'a', 0, 'b', 0, 'c'});
     EXPECT_EQ(OnlyChoice(), "ab");
@@ -171,7 +171,7 @@ TEST_F(GpuOverrideProbe, ReadsNothingLeftOverFromALongerValueBefore) {
     EXPECT_EQ((*preferences)[1].choice, "s");
 }
 
-TEST_F(GpuOverrideProbe, KeepsTheLettersAroundHalfACharacter) {
+TEST_F(GpuOverrideProbe, KeepsTheTextAroundAnUnpairedSurrogate) {
     MakeKey();
     SetBytes(L"vistrel", REG_SZ, {0x3C, 0xD8, 'a', 0, 0, 0});
     EXPECT_EQ(OnlyChoice(),

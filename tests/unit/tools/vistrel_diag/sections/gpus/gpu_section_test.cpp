@@ -42,7 +42,7 @@ std::string VramLinesOf(const std::vector<ProbedGpu>& gpus) {
     return report.Text();
 }
 
-TEST(GpuSection, OfADesktopMachine) {
+TEST(GpuSection, DescribesADesktopMachine) {
     ProbedGpu card = Gpu(0, "NVIDIA GeForce RTX 4090");
     card.gpu.luid = {0x0001A2B3, 0};
     card.gpu.dedicated_video_memory = 24564 * kMegabyte;
@@ -84,7 +84,7 @@ TEST(GpuSection, DoesNotNoteSoftwareAdapters) {
     EXPECT_EQ(SectionOf({SoftwareGpu(0), SoftwareGpu(1), Gpu(2, "A")}).find("NOTE"), std::string::npos);
 }
 
-TEST(GpuSection, WithoutDxgi) {
+TEST(GpuSection, ReportsAMissingDxgi) {
     const ReportCapture report;
     PrintGpuSectionEnd({});
     EXPECT_EQ(report.Text(), "!! CreateDXGIFactory1 failed - cannot enumerate GPUs.\n");
@@ -121,7 +121,7 @@ TEST(GpuSection, AnOutputWithoutANameStillCounts) {
     EXPECT_NE(SectionOf({probed}).find("  Displays      : a, , a\n"), std::string::npos);
 }
 
-TEST(GpuSection, ABudgetOfNothingIsUsedToNothing) {
+TEST(GpuSection, AZeroBudgetIsUsedToZeroPercent) {
     ProbedGpu probed = Gpu(0, "x");
     probed.memory = VideoMemoryUse{5 * kMegabyte, 0, 0};
     const std::string section = SectionOf({probed});
@@ -135,7 +135,7 @@ TEST(GpuSection, AReservationOfOneByteIsShown) {
     EXPECT_NE(SectionOf({probed}).find("  VRAM reserved : 0 MB\n"), std::string::npos);
 }
 
-TEST(GpuSection, BearsTheLargestNumbers) {
+TEST(GpuSection, PrintsTheLargestNumbers) {
     ProbedGpu probed = Gpu(0xFFFFFFFF, "%s%n");
     probed.gpu.dedicated_video_memory = UINT64_MAX;
     probed.memory = VideoMemoryUse{UINT64_MAX, 1, UINT64_MAX};
@@ -186,7 +186,7 @@ TEST(VramLines, MarkAGpuAboveNinetyPercentOfItsBudget) {
     EXPECT_EQ(line_at(11000), name + "11000 MB of 10000 MB  (110%)   <<< OUT OF HEADROOM\n");
 }
 
-TEST(VramLines, NamesAndLabelsAreNoFormats) {
+TEST(VramLines, DoNotUseNamesAndLabelsAsFormats) {
     ProbedGpu probed = Gpu(0, "%n");
     probed.memory = VideoMemoryUse{};
     const ReportCapture report;

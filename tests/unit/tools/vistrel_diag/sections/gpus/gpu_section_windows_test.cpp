@@ -62,7 +62,7 @@ adapter Gräfik
     EXPECT_EQ(inventory.gpus[0].memory->reservation, 10U);
 }
 
-TEST_F(GpuProbe, KeepsTheLettersAroundHalfACharacterInAName) {
+TEST_F(GpuProbe, KeepsTheTextAroundAnUnpairedSurrogateInAName) {
     UseMachine("adapter A\n output B\n");
     Adapter(0).name = u"GPU \xD83D!";
     Scenario().displays[0].name = u"\xDE00 DISPLAY";
@@ -72,7 +72,7 @@ TEST_F(GpuProbe, KeepsTheLettersAroundHalfACharacterInAName) {
     EXPECT_THAT(inventory.gpus[0].gpu.displays, ElementsAre("\xEF\xBF\xBD DISPLAY"));
 }
 
-TEST_F(GpuProbe, TellsSoftwareByTheSecondBitOfTheFlags) {
+TEST_F(GpuProbe, RecognisesSoftwareByTheSecondBitOfTheFlags) {
     UseMachine(R"(
 adapter a
   software
@@ -89,7 +89,7 @@ adapter c
     EXPECT_TRUE(inventory.gpus[2].gpu.software);
 }
 
-TEST_F(GpuProbe, ReadsAnUnterminatedNameNoFurtherThanItsField) {
+TEST_F(GpuProbe, ReadsAnUnterminatedNameOnlyToTheEndOfItsField) {
     UseMachine("adapter A\n output B\n");
     Adapter(0).name = std::u16string(200, u'x');
     Scenario().displays[0].name = std::u16string(50, u'y');
@@ -112,7 +112,7 @@ TEST_F(GpuProbe, SkipsAnOutputWithoutADescription) {
     EXPECT_THAT(ProbeGpus().gpus.at(0).gpu.displays, ElementsAre("one", "three"));
 }
 
-TEST_F(GpuProbe, WithoutAFactoryFindsNothing) {
+TEST_F(GpuProbe, FindsNothingWithoutAFactory) {
     UseMachine("factory fails 0x887A0004\n");
     const ReportCapture report;
     ReportGpuSection();
@@ -124,7 +124,7 @@ TEST_F(GpuProbe, WithoutAFactoryFindsNothing) {
     EXPECT_EQ(lab::Counts().enumerations, 0);
 }
 
-TEST_F(GpuProbe, EndsTheWalkAtAnyFailure) {
+TEST_F(GpuProbe, StopsAtAnyFailure) {
     for (const HRESULT end : {DXGI_ERROR_NOT_FOUND, DXGI_ERROR_INVALID_CALL, E_FAIL, E_OUTOFMEMORY}) {
         UseMachine("adapter a\n output one\n");
         Scenario().adapters_end_with = end;
@@ -136,7 +136,7 @@ TEST_F(GpuProbe, EndsTheWalkAtAnyFailure) {
     }
 }
 
-TEST_F(GpuProbe, EndsTheWalkAtAnAdapterThatCannotBeHad) {
+TEST_F(GpuProbe, StopsAtAnAdapterThatCannotBeEnumerated) {
     UseMachine(R"(
 adapter a
   output one
@@ -152,13 +152,13 @@ adapter c
     EXPECT_THAT(inventory.gpus[0].gpu.displays, ElementsAre("one"));
 }
 
-TEST_F(GpuProbe, EndsTheWalkAtASuccessWithoutAnObject) {
+TEST_F(GpuProbe, StopsAtASuccessWithoutAnObject) {
     UseMachine("adapters end with 0x00000000\nadapter a\n  outputs end with 0x00000000\n");
     EXPECT_EQ(ProbeGpus().gpus.size(), 1U);
     EXPECT_EQ(lab::Counts().enumerations, 3);
 }
 
-TEST_F(GpuProbe, WithoutMemoryAccountingLeavesTheMemoryOut) {
+TEST_F(GpuProbe, OmitsTheMemoryWithoutMemoryAccounting) {
     UseMachine(R"(
 adapter a
   luid 00000000:00000000
@@ -192,7 +192,7 @@ TEST_F(GpuProbe, ListKeepsTheAdaptersAlive) {
     EXPECT_EQ(lab::Counts().LiveObjects(), 0);
 }
 
-TEST_F(GpuProbe, VramIsWhatItIsNow) {
+TEST_F(GpuProbe, ReadsTheCurrentVram) {
     UseMachine(R"(
 adapter software
   software
@@ -211,7 +211,7 @@ adapter card
                                  "901 MB of 1000 MB  (90%)   <<< OUT OF HEADROOM\n");
 }
 
-TEST(VideoMemory, OfNoAdapterIsUnknown) {
+TEST(VideoMemory, IsUnknownWithoutAnAdapter) {
     EXPECT_FALSE(QueryLocalVideoMemory(nullptr));
 }
 

@@ -14,7 +14,7 @@ constexpr HandReading kSilent = {true, HandSource::None};
 constexpr HandReading kBare = {true, HandSource::Unobstructed};
 constexpr HandReading kController = {true, HandSource::Controller};
 
-TEST(HandTracking, Extensions) {
+TEST(HandTracking, ReportsTheExtensions) {
     const ReportCapture report;
     PrintHandTrackingExtensions({true, false});
     PrintHandTrackingExtensions({false, true});
@@ -25,7 +25,7 @@ TEST(HandTracking, Extensions) {
               "XR_EXT_hand_tracking_data_source : present\n");
 }
 
-TEST(HandTracking, Stops) {
+TEST(HandTracking, ReportsWhyTheProbeStopped) {
     const ReportCapture report;
     for (const HandProbeStop stop :
          {HandProbeStop::NoDevice, HandProbeStop::NoLoader, HandProbeStop::NoEntryPoints,
@@ -44,7 +44,7 @@ Could not create a session (another VR app holding the scene?) - skipped.
 )");
 }
 
-TEST(HandTracking, WatchInstructions) {
+TEST(HandTracking, PrintsTheWatchInstructions) {
     const ReportCapture report;
     PrintWatchInstructions(12.0);
     PrintWatchInstructions(0.5);  // An exact half goes to the even number.
@@ -59,7 +59,7 @@ raise your bare hands - the source below should flip.
 )");
 }
 
-TEST(HandTracking, WatchSeconds) {
+TEST(HandTracking, BoundsTheWatchSeconds) {
     EXPECT_EQ(WatchSeconds(12.0), 12.0);
     EXPECT_EQ(WatchSeconds(0.0), 0.0);
     EXPECT_EQ(WatchSeconds(-1.0), -1.0);
@@ -67,7 +67,7 @@ TEST(HandTracking, WatchSeconds) {
     EXPECT_EQ(WatchSeconds(std::numeric_limits<double>::infinity()), 0.0);
 }
 
-TEST(HandTracking, ReportedSource) {
+TEST(HandTracking, NamesTheReportedSource) {
     EXPECT_EQ(ReportedHandSource(true, true, 1), HandSource::Unobstructed);
     EXPECT_EQ(ReportedHandSource(true, true, 2), HandSource::Controller);
     EXPECT_EQ(ReportedHandSource(true, true, 0), HandSource::Controller);
@@ -76,7 +76,7 @@ TEST(HandTracking, ReportedSource) {
     EXPECT_EQ(ReportedHandSource(false, true, 1), HandSource::None);
 }
 
-TEST(HandTracking, ALineForEveryChangeAndNoOther) {
+TEST(HandTracking, PrintsALineOnlyForAChange) {
     const ReportCapture report;
     HandPair hands = NewHands();
     for (const HandReading& reading :
@@ -90,7 +90,7 @@ TEST(HandTracking, ALineForEveryChangeAndNoOther) {
               "  hand L : CONTROLLER (held)\n");
 }
 
-TEST(HandTracking, TheFirstLineComesForAnyState) {
+TEST(HandTracking, PrintsTheFirstStateInAnyCase) {
     const ReportCapture report;
     HandPair hands = NewHands();
     NoteHandReading(hands[0], kAway);
@@ -100,7 +100,7 @@ TEST(HandTracking, TheFirstLineComesForAnyState) {
     EXPECT_TRUE(hands[1].tracked);
 }
 
-TEST(HandTracking, ASourceOfAHandThatIsNotThereIsIgnored) {
+TEST(HandTracking, IgnoresTheSourceOfAMissingHand) {
     HandPair hands = NewHands();
     NoteHandReading(hands[0], {false, HandSource::Unobstructed});
     EXPECT_FALSE(hands[0].saw_unobstructed);
@@ -121,7 +121,7 @@ std::string Summary(const std::vector<HandReading>& left, const std::vector<Hand
     return report.Text();
 }
 
-TEST(HandTracking, SummaryOfBothSources) {
+TEST(HandTracking, SummarisesBothSources) {
     EXPECT_EQ(Summary({kController, kBare}, {kBare, kAway}, true), R"(
 Summary:
   hand L: tracked=yes, saw UNOBSTRUCTED, saw CONTROLLER
@@ -139,7 +139,7 @@ The data-source IS reported here, so Vistrel can trust it to tell a bare hand fr
 )");
 }
 
-TEST(HandTracking, SummaryWithoutTheExtension) {
+TEST(HandTracking, SummarisesAMissingExtension) {
     EXPECT_EQ(Summary({kSilent}, {}, false), R"(
 Summary:
   hand L: tracked=yes
@@ -148,7 +148,7 @@ No data-source extension: 'tracked' is all this runtime reveals, so a hand canno
 )");
 }
 
-TEST(HandTracking, SummaryOfASilentExtension) {
+TEST(HandTracking, SummarisesAnExtensionWithoutResults) {
     EXPECT_EQ(Summary({kSilent}, {kAway}, true), R"(
 Summary:
   hand L: tracked=yes

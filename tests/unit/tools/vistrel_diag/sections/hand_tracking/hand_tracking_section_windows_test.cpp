@@ -104,7 +104,7 @@ Probed Probe(const OpenXrLab& lab, const std::string& script, double seconds = 1
     return probed;
 }
 
-TEST(HandTrackingProbe, WithoutDevice) {
+TEST(HandTrackingProbe, StopsWithoutADevice) {
     const OpenXrLab lab(LabLoader::StandIn);
     const ReportCapture report;
     ProbeHandTracking(nullptr, 12.0);
@@ -112,7 +112,7 @@ TEST(HandTrackingProbe, WithoutDevice) {
     EXPECT_EQ(lab.Log(), "");
 }
 
-TEST(HandTrackingProbe, WithoutLoader) {
+TEST(HandTrackingProbe, StopsWithoutALoader) {
     const OpenXrLab lab(LabLoader::None);
     EXPECT_EQ(Probe(lab, "").report, kHeader + "openxr_loader.dll not found - hand probe skipped.\n");
 }
@@ -130,7 +130,7 @@ INSTANTIATE_TEST_SUITE_P(HandTrackingProbe, ProbeWithLoaderWithout,
                          testing::Values(LabLoader::WithoutExports, LabLoader::WithoutCreate,
                                          LabLoader::WithoutFind, LabLoader::WithoutEnumerate));
 
-TEST(HandTrackingProbe, GenuineLoaderWithoutRuntime) {
+TEST(HandTrackingProbe, StopsWithoutARuntime) {
     const OpenXrLab lab(LabLoader::Genuine, false);
     EXPECT_EQ(Probe(lab, "").report, kHeader +
                                          "XR_EXT_hand_tracking             : ABSENT\n"
@@ -148,7 +148,7 @@ class HandTrackingProbeBehind : public testing::TestWithParam<LabLoader> {
 INSTANTIATE_TEST_SUITE_P(Loaders, HandTrackingProbeBehind,
                          testing::Values(LabLoader::Genuine, LabLoader::StandIn));
 
-TEST_P(HandTrackingProbeBehind, EndsAsPromised) {
+TEST_P(HandTrackingProbeBehind, CallsTheRuntimeInTheDocumentedOrder) {
     const Probed probed = Probe(lab_, "event 0 ready\nevent 5 exiting\nhand left 0 bare\n");
     EXPECT_THAT(probed.log, HasSubstr(R"(
 xrCreateInstance vistrel_diag 1.0.34 XR_KHR_D3D11_enable XR_EXT_hand_tracking XR_EXT_hand_tracking_data_source
@@ -168,7 +168,7 @@ xrEndFrame
     EXPECT_THAT(probed.log, EndsWith(kCleanUp));
 }
 
-TEST_P(HandTrackingProbeBehind, WithoutDataSourceNothingOfItIsAskedFor) {
+TEST_P(HandTrackingProbeBehind, DoesNotUseAMissingDataSource) {
     const Probed probed = Probe(lab_,
                                 "extensions XR_KHR_D3D11_enable XR_EXT_hand_tracking\n"
                                 "event 0 ready\nevent 5 exiting\n");
@@ -178,12 +178,12 @@ TEST_P(HandTrackingProbeBehind, WithoutDataSourceNothingOfItIsAskedFor) {
     EXPECT_THAT(probed.log, EndsWith(kCleanUp));
 }
 
-TEST_P(HandTrackingProbeBehind, InstanceRefused) {
+TEST_P(HandTrackingProbeBehind, StopsWhenTheInstanceIsRefused) {
     EXPECT_EQ(Probe(lab_, "result xrCreateInstance -2").report,
               kHeader + kBothPresent + "No runtime accepted an instance (SteamVR not running?) - skipped.\n");
 }
 
-TEST_P(HandTrackingProbeBehind, NoHeadset) {
+TEST_P(HandTrackingProbeBehind, StopsWithoutAHeadset) {
     for (const char* script : {"result xrGetSystem -35", "system 0"}) {
         const Probed probed = Probe(lab_, script);
         EXPECT_EQ(probed.report,
@@ -192,7 +192,7 @@ TEST_P(HandTrackingProbeBehind, NoHeadset) {
     }
 }
 
-TEST_P(HandTrackingProbeBehind, SessionRefusedOrNull) {
+TEST_P(HandTrackingProbeBehind, StopsWhenTheSessionIsRefusedOrNull) {
     for (const char* script : {"result xrCreateSession -38", "null xrCreateSession"}) {
         const Probed probed = Probe(lab_, script);
         EXPECT_EQ(probed.report,
@@ -202,7 +202,7 @@ TEST_P(HandTrackingProbeBehind, SessionRefusedOrNull) {
     }
 }
 
-TEST_P(HandTrackingProbeBehind, EachRequiredFunctionMissing) {
+TEST_P(HandTrackingProbeBehind, StopsWhenARequiredFunctionIsMissing) {
     for (const char* function :
          {"xrGetSystem", "xrCreateSession", "xrCreateReferenceSpace", "xrPollEvent", "xrBeginSession",
           "xrWaitFrame", "xrBeginFrame", "xrEndFrame", "xrCreateHandTrackerEXT", "xrLocateHandJointsEXT"}) {
@@ -214,7 +214,7 @@ TEST_P(HandTrackingProbeBehind, EachRequiredFunctionMissing) {
     }
 }
 
-TEST_P(HandTrackingProbeBehind, EachOtherFunctionMissing) {
+TEST_P(HandTrackingProbeBehind, WorksWithoutEachOtherFunction) {
     for (const char* function : {"xrGetD3D11GraphicsRequirementsKHR", "xrDestroySession", "xrDestroySpace",
                                  "xrEndSession", "xrDestroyHandTrackerEXT"}) {
         SCOPED_TRACE(function);
@@ -227,19 +227,19 @@ TEST_P(HandTrackingProbeBehind, EachOtherFunctionMissing) {
     }
 }
 
-TEST(HandTrackingProbe, WithoutDestroyInstance) {
+TEST(HandTrackingProbe, WorksWithoutDestroyInstance) {
     const OpenXrLab lab(LabLoader::StandIn);  // The genuine loader brings a function of its own.
     const Probed probed = Probe(lab, "missing xrDestroyInstance\nevent 0 exiting");
     EXPECT_THAT(probed.log, EndsWith("xrDestroySession\nunloaded\n"));
 }
 
-TEST(HandTrackingProbe, InstanceThatIsNone) {
+TEST(HandTrackingProbe, TreatsANullInstanceAsAFailure) {
     const OpenXrLab lab(LabLoader::StandIn);
     EXPECT_THAT(Probe(lab, "null xrCreateInstance").report,
                 EndsWith("No runtime accepted an instance (SteamVR not running?) - skipped.\n"));
 }
 
-TEST(HandTrackingProbe, ExtensionsThatCannotBeListed) {
+TEST(HandTrackingProbe, TreatsExtensionsThatCannotBeListedAsAbsent) {
     const OpenXrLab lab(LabLoader::StandIn);
     for (const char* script : {"result xrEnumerateInstanceExtensionProperties -2", "extensions",
                                "grow extensions 1", "unterminated extensions", "claim extensions 0"}) {
@@ -249,7 +249,7 @@ TEST(HandTrackingProbe, ExtensionsThatCannotBeListed) {
     }
 }
 
-TEST(HandTrackingProbe, MillionsOfExtensionsAreNotBelieved) {
+TEST(HandTrackingProbe, RejectsMillionsOfExtensions) {
     const OpenXrLab lab(LabLoader::StandIn);
     EXPECT_THAT(Probe(lab, "claim extensions 4294967295\nevent 0 exiting").report, HasSubstr(kBothPresent));
     EXPECT_THAT(Probe(lab, "claim extensions 5000000\ngrow extensions 4999990").report,
@@ -273,7 +273,7 @@ TEST_P(HandTrackingProbeBehind, EventsWithoutEndTakeNoLongerThanTheWatch) {
     EXPECT_THAT(probed.log, EndsWith(kCleanUp));
 }
 
-TEST_P(HandTrackingProbeBehind, NeverReadyOrDeafTakesAsLongAsTheWatch) {
+TEST_P(HandTrackingProbeBehind, ASessionThatNeverBeginsTakesAsLongAsTheWatch) {
     for (const char* script :
          {"event 0 idle", "result xrPollEvent -2", "result xrBeginSession -2\nevent 0 ready"}) {
         SCOPED_TRACE(script);
@@ -286,7 +286,7 @@ TEST_P(HandTrackingProbeBehind, NeverReadyOrDeafTakesAsLongAsTheWatch) {
     }
 }
 
-TEST_P(HandTrackingProbeBehind, ASessionThatDoesNotBeginIsTriedAgain) {
+TEST_P(HandTrackingProbeBehind, RetriesASessionThatDoesNotBegin) {
     const Probed probed =
         Probe(lab_, "result xrBeginSession -2\nevent 0 ready\nevent 2 ready\nevent 4 exiting");
     EXPECT_THAT(probed.log, HasSubstr("xrBeginSession\nxrBeginSession\n"));
@@ -309,7 +309,7 @@ TEST_P(HandTrackingProbeBehind, NoTimeToWatch) {
     }
 }
 
-TEST_P(HandTrackingProbeBehind, OneTrackerIsDestroyedWhereThereIsOne) {
+TEST_P(HandTrackingProbeBehind, DestroysASingleTracker) {
     const Probed probed =
         Probe(lab_, "result xrCreateHandTrackerEXT:left -1\nevent 0 ready\nevent 9 exiting");
     EXPECT_THAT(probed.log, Not(HasSubstr("xrLocateHandJointsEXT left")));

@@ -9,7 +9,7 @@ HeadsetQuery ThereAndBack(const HeadsetQuery& query) {
     return HeadsetQueryOf(WorkerMessage::FromLine(line).value());
 }
 
-TEST(HeadsetQueryMessage, BringsEverythingBack) {
+TEST(HeadsetQueryMessage, RoundTripsEverything) {
     HeadsetQuery query;
     query.headset_found = true;
     query.runtime = "SteamVR/OpenXR 2.9.6";
@@ -31,7 +31,7 @@ TEST(HeadsetQueryMessage, BringsEverythingBack) {
     EXPECT_FALSE(back.worker_end.has_value());
 }
 
-TEST(HeadsetQueryMessage, OfNothingIsARecordOfNothing) {
+TEST(HeadsetQueryMessage, RoundTripsAnEmptyRecord) {
     const HeadsetQuery back = ThereAndBack({});
     EXPECT_FALSE(back.headset_found);
     EXPECT_EQ(back.runtime, "");
@@ -39,7 +39,7 @@ TEST(HeadsetQueryMessage, OfNothingIsARecordOfNothing) {
     EXPECT_EQ(back.stop, std::nullopt);
 }
 
-TEST(HeadsetQueryMessage, AStopThatThereIsNotIsNone) {
+TEST(HeadsetQueryMessage, IgnoresAnUnknownStop) {
     for (const std::int64_t stop : {-1, 4, 1000000}) {
         EXPECT_EQ(HeadsetQueryOf(WorkerMessage().SetInteger("stop", stop)).stop, std::nullopt);
     }

@@ -50,7 +50,7 @@ HeadsetQuery Stopped(HeadsetStop stop) {
     return query;
 }
 
-TEST(HeadsetSection, WhyTheQueryStopped) {
+TEST(HeadsetSection, ReportsWhyTheQueryStopped) {
     EXPECT_EQ(Printed(Stopped(HeadsetStop::NoLoader)),
               "openxr_loader.dll not found next to this exe - OpenXR skipped.\n");
     EXPECT_EQ(Printed(Stopped(HeadsetStop::NoEntryPoints)),
@@ -74,7 +74,7 @@ TEST(HeadsetSection, HowTheQuerysProcessEndedComesBeforeWhatItHadFound) {
               "Eye resolution  : 2016x2240 per eye (runtime recommendation)\n");
 }
 
-TEST(HeadsetSection, EverythingInItsOrder) {
+TEST(HeadsetSection, PrintsEverythingInOrder) {
     HeadsetQuery query = Requiring({0xA001, 0});
     query.runtime = "Runtime 1.2.3";
     query.stop = HeadsetStop::NoHeadset;
@@ -97,7 +97,7 @@ TEST(HeadsetSection, AHeightWithoutWidthIsNotPrinted) {
     EXPECT_EQ(Printed(query), "Eye resolution  : 1x0 per eye (runtime recommendation)\n");
 }
 
-TEST(HeadsetSection, CrossGpuNote) {
+TEST(HeadsetSection, NotesADisplayOnAnotherGpu) {
     EXPECT_EQ(Printed(Requiring({0xA001, 0}), kTwoGpus, {Display(false, 0), Display(true, 1)}),
               R"(Required GPU    : LUID 00000000:0000A001 -> GPU 0 (Discrete)
 
@@ -107,7 +107,7 @@ TEST(HeadsetSection, CrossGpuNote) {
 )");
 }
 
-TEST(HeadsetSection, NoNoteForOtherDisplaysOrUnclaimedOnes) {
+TEST(HeadsetSection, NotesNothingForOtherDisplaysOrUnclaimedOnes) {
     const std::string line = "Required GPU    : LUID 00000000:0000A001 -> GPU 0 (Discrete)\n";
     EXPECT_EQ(Printed(Requiring({0xA001, 0}), kTwoGpus, {Display(false, 1)}), line);
     EXPECT_EQ(Printed(Requiring({0xA001, 0}), kTwoGpus, {Display(true, -1)}), line);
@@ -115,12 +115,12 @@ TEST(HeadsetSection, NoNoteForOtherDisplaysOrUnclaimedOnes) {
     EXPECT_EQ(Printed(Requiring({0xA001, 0}), kTwoGpus), line);
 }
 
-TEST(HeadsetSection, ANoteForEveryPrimaryDisplay) {
+TEST(HeadsetSection, NotesEveryPrimaryDisplay) {
     const std::string text = Printed(Requiring({0xA001, 0}), kTwoGpus, {Display(true, 1), Display(true, 1)});
     EXPECT_NE(text.find("\n\n!! NOTE:"), text.rfind("\n\n!! NOTE:"));
 }
 
-TEST(HeadsetSection, UnknownGpu) {
+TEST(HeadsetSection, ReportsAnUnknownGpu) {
     for (const AdapterLuid& luid : {AdapterLuid{0xA003, 0}, AdapterLuid{0xA001, 1}, AdapterLuid{0, 0xA001}}) {
         EXPECT_EQ(Printed(Requiring(luid), kTwoGpus, {Display(true, 0)}),
                   "Required GPU    : LUID " + FormatLuid(luid) + " -> GPU -1 (NOT FOUND)\n");
@@ -129,7 +129,7 @@ TEST(HeadsetSection, UnknownGpu) {
               "Required GPU    : LUID FFFFFFFF:0000A001 -> GPU -1 (NOT FOUND)\n");
 }
 
-TEST(HeadsetSection, TheLastOfSeveralMatches) {
+TEST(HeadsetSection, TakesTheLastOfSeveralMatches) {
     const std::vector<GpuInfo> gpus = {Gpu(0, "First", {7, 7}), Gpu(1, "Second", {7, 7}),
                                        Gpu(2, "Third", {8, 8})};
     EXPECT_EQ(Printed(Requiring({7, 7}), gpus),

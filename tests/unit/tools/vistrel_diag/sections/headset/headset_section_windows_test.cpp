@@ -26,7 +26,7 @@ view 2020 2244
 luid 00000001:0000BEEF
 )";
 
-TEST(HeadsetQuery, WithoutTheLoader) {
+TEST(HeadsetQuery, StopsWithoutTheLoader) {
     const OpenXrLab lab(LabLoader::None);
     const HeadsetQuery query = QueryOpenXrHeadset();
     EXPECT_EQ(query.stop, HeadsetStop::NoLoader);
@@ -90,7 +90,7 @@ xrDestroyInstance
 )"));
 }
 
-TEST_P(HeadsetQueryBehind, TellsEachAnswerAsItIsFound) {
+TEST_P(HeadsetQueryBehind, ReportsEachAnswerAsItIsFound) {
     lab_.SetScript(kHeadset);
     std::vector<std::string> told;
     QueryOpenXrHeadset([&told](const HeadsetQuery& query) {
@@ -178,7 +178,7 @@ TEST_P(HeadsetQueryBehind, NegativeHighHalfOfTheLuid) {
     EXPECT_EQ(Query("luid FFFFFFFF:80000000").adapter_luid, (AdapterLuid{0x80000000, -1}));
 }
 
-TEST_P(HeadsetQueryBehind, MillionsOfViewsAreNotBelieved) {
+TEST_P(HeadsetQueryBehind, RejectsMillionsOfViews) {
     EXPECT_EQ(Query(kHeadset + std::string("claim views 4294967295")).eye_width, 2016U);
     EXPECT_EQ(Query(kHeadset + std::string("claim views 5000000\ngrow views 4999998")).eye_width, 0U);
 }
@@ -188,20 +188,20 @@ TEST_P(HeadsetQueryBehind, UnterminatedRuntimeName) {
               "Garbage" + std::string(128 - 7, 'x') + " 1.0.0");
 }
 
-TEST(HeadsetQuery, InstanceThatIsNone) {
+TEST(HeadsetQuery, TreatsANullInstanceAsAFailure) {
     const OpenXrLab lab(LabLoader::StandIn);
     lab.SetScript("null xrCreateInstance");
     EXPECT_EQ(QueryOpenXrHeadset().stop, HeadsetStop::NoInstance);
 }
 
-TEST(HeadsetQuery, WithoutDestroyInstance) {
+TEST(HeadsetQuery, WorksWithoutDestroyInstance) {
     const OpenXrLab lab(LabLoader::StandIn);  // The genuine loader brings a function of its own.
     lab.SetScript(kHeadset + std::string("missing xrDestroyInstance"));
     EXPECT_TRUE(QueryOpenXrHeadset().headset_found);
     EXPECT_THAT(lab.Log(), Not(HasSubstr("xrDestroyInstance")));
 }
 
-TEST(HeadsetQuery, GenuineLoaderWithoutRuntime) {
+TEST(HeadsetQuery, StopsWithoutARuntime) {
     const OpenXrLab lab(LabLoader::Genuine, false);
     EXPECT_EQ(QueryOpenXrHeadset().stop, HeadsetStop::NoInstance);
 }

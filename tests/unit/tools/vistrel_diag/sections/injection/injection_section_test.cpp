@@ -20,7 +20,7 @@ std::string Printed(const std::optional<InjectedFiles>& found) {
     return report.Text();
 }
 
-TEST(FindInjectedFiles, AsksForEveryNameOnceAndInOrder) {
+TEST(FindInjectedFiles, ChecksEveryNameOnceAndInOrder) {
     std::vector<std::string> asked;
     const InjectedFiles found = FindInjectedFiles([&asked](const char* name) {
         asked.emplace_back(name);
@@ -34,7 +34,7 @@ TEST(FindInjectedFiles, AsksForEveryNameOnceAndInOrder) {
     EXPECT_THAT(found.reshade_files, IsEmpty());
 }
 
-TEST(FindInjectedFiles, KeepsWhatExistsByItsKind) {
+TEST(FindInjectedFiles, SortsExistingFilesByKind) {
     const InjectedFiles found = FindInjectedFiles([](const char* name) {
         const std::string_view text = name;
         return text == "winmm.dll" || text == "d3d9.dll" || text == "ReShade64.dll" ||
@@ -44,26 +44,26 @@ TEST(FindInjectedFiles, KeepsWhatExistsByItsKind) {
     EXPECT_THAT(found.reshade_files, ElementsAre(StrEq("ReShade64.dll"), StrEq("reshade-shaders")));
 }
 
-TEST(PrintInjectionSection, CannotTellWithoutAFolder) {
+TEST(PrintInjectionSection, ReportsAnUnknownFolder) {
     EXPECT_EQ(Printed(std::nullopt), "Cannot tell - the folder this is running from is not known.\n");
 }
 
-TEST(PrintInjectionSection, SaysWhenNothingWasFound) {
+TEST(PrintInjectionSection, ReportsThatNothingWasFound) {
     EXPECT_EQ(Printed(InjectedFiles()),
               "Nothing found. No proxy DLL and no ReShade files beside Vistrel.exe.\n");
 }
 
-TEST(PrintInjectionSection, GivesAllTheAdviceForOneProxyDll) {
+TEST(PrintInjectionSection, PrintsAllAdviceForOneProxyDll) {
     EXPECT_EQ(Printed(InjectedFiles{{"dxgi.dll"}, {}}),
               "PROXY DLL      : dxgi.dll   <- not ours\n" + std::string(kAdvice));
 }
 
-TEST(PrintInjectionSection, GivesAllTheAdviceForOneReShadeFolder) {
+TEST(PrintInjectionSection, PrintsAllAdviceForOneReShadeFolder) {
     EXPECT_EQ(Printed(InjectedFiles{{}, {"reshade-shaders"}}),
               "ReShade file   : reshade-shaders\n" + std::string(kAdvice));
 }
 
-TEST(PrintInjectionSection, ListsEverythingThereIsToFind) {
+TEST(PrintInjectionSection, ListsEveryKnownFile) {
     const InjectedFiles everything = FindInjectedFiles([](const char*) { return true; });
     EXPECT_EQ(Printed(everything),
               "PROXY DLL      : dxgi.dll   <- not ours\n"

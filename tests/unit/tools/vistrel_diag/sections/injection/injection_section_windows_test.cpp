@@ -72,7 +72,7 @@ std::string Reported(std::string_view folder) {
 const std::string kHeader = "\n== INJECTED INTO VISTREL'S OWN FOLDER " + std::string(28, '=') + "\n";
 const std::string kNothing = "Nothing found. No proxy DLL and no ReShade files beside Vistrel.exe.\n";
 
-TEST(InjectionProbe, CannotTellWithoutAFolder) {
+TEST(InjectionProbe, ReportsAnUnknownFolder) {
     EXPECT_EQ(Reported(""), kHeader + "Cannot tell - the folder this is running from is not known.\n");
 }
 
@@ -84,7 +84,7 @@ TEST(InjectionProbe, FindsNothingInACleanFolder) {
     EXPECT_EQ(Reported(folder.Path()), kHeader + kNothing);
 }
 
-TEST(InjectionProbe, FindsNothingInAFolderThatIsNotThere) {
+TEST(InjectionProbe, FindsNothingInAMissingFolder) {
     EXPECT_EQ(Reported("C:\\no such folder at all"), kHeader + kNothing);
 }
 
@@ -100,7 +100,7 @@ TEST(InjectionProbe, FindsAReShadeFolder) {
     EXPECT_EQ(Reported(folder.Path()), kHeader + "ReShade file   : reshade-shaders\n" + kAdvice);
 }
 
-TEST(InjectionProbe, TakesFilesForFoldersAndFoldersForFiles) {
+TEST(InjectionProbe, DoesNotDistinguishFilesFromFolders) {
     TestFolder folder("");
     folder.AddFile("reshade-shaders");
     folder.AddFolder("d3d9.dll");
@@ -125,7 +125,7 @@ TEST(InjectionProbe, FindsAllSeventeen) {
     EXPECT_EQ(found->proxy_dlls.size() + found->reshade_files.size(), 17U);
 }
 
-TEST(InjectionProbe, LeavesLetterCaseToTheFileSystemAndNamesFilesAsAskedFor) {
+TEST(InjectionProbe, LeavesCaseToTheFileSystemAndPrintsTheListedNames) {
     TestFolder folder("");
     folder.AddFile("DXGI.DLL");
     folder.AddFile("RESHADE.INI");
@@ -133,7 +133,7 @@ TEST(InjectionProbe, LeavesLetterCaseToTheFileSystemAndNamesFilesAsAskedFor) {
               kHeader + "PROXY DLL      : dxgi.dll   <- not ours\nReShade file   : ReShade.ini\n" + kAdvice);
 }
 
-TEST(InjectionProbe, LooksIntoAFolderWithANameBeyondAscii) {
+TEST(InjectionProbe, SearchesAFolderWithANonAsciiName) {
     ASSERT_NE(GetACP(), UINT{CP_UTF8});
     TestFolder folder("_Ünïcødé ゲーム 🎮");
     EXPECT_EQ(Reported(folder.Path()), kHeader + kNothing);
@@ -141,7 +141,7 @@ TEST(InjectionProbe, LooksIntoAFolderWithANameBeyondAscii) {
     EXPECT_EQ(Reported(folder.Path()), kHeader + "PROXY DLL      : version.dll   <- not ours\n" + kAdvice);
 }
 
-TEST(InjectionProbe, TakesAPathThatNoCallBearsForAbsent) {
+TEST(InjectionProbe, TreatsAPathThatWindowsRejectsAsAbsent) {
     EXPECT_EQ(Reported("C:\\" + std::string(40000, 'a')), kHeader + kNothing);
     EXPECT_EQ(Reported("C:\\ill-formed \xC3\x28"), kHeader + kNothing);
 }

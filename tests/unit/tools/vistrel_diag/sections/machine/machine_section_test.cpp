@@ -21,7 +21,7 @@ std::string SchedulingLineOf(std::optional<std::uint32_t> mode) {
     return lines.substr(lines.find("GPU scheduling"));
 }
 
-TEST(MachineSection, OfAUsualMachine) {
+TEST(MachineSection, DescribesAUsualMachine) {
     MachineInfo machine;
     machine.windows_name = "Windows 10 Pro";
     machine.build_number = "22631";
@@ -37,7 +37,7 @@ GPU scheduling  : ENABLED
 )");
 }
 
-TEST(MachineSection, WhereNothingCouldBeRead) {
+TEST(MachineSection, DescribesAMachineThatCannotBeRead) {
     EXPECT_EQ(LinesOf({}), R"(OS              :  (build .)
 CPU             :  (0 logical)
 RAM             : 0.0 GB total, 0.0 GB free
@@ -74,7 +74,7 @@ TEST(MachineSection, NamesTheGpuSchedulingMode) {
     }
 }
 
-TEST(MachineSection, NamesAreNoFormats) {
+TEST(MachineSection, DoesNotUseNamesAsFormats) {
     MachineInfo machine;
     machine.windows_name = "%s%n";
     machine.processor_name = "100%d";

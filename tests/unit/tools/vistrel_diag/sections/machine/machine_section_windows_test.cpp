@@ -31,7 +31,7 @@ TEST_F(MachineProbe, ReadsTheRegistry) {
     EXPECT_EQ(machine.gpu_scheduling_mode, 2U);
 }
 
-TEST_F(MachineProbe, LeavesEmptyWhatIsMissing) {
+TEST_F(MachineProbe, LeavesMissingValuesEmpty) {
     const MachineInfo machine = ProbeMachine();
     EXPECT_FALSE(machine.windows_name);
     EXPECT_FALSE(machine.build_number);
@@ -40,7 +40,7 @@ TEST_F(MachineProbe, LeavesEmptyWhatIsMissing) {
     EXPECT_FALSE(machine.gpu_scheduling_mode);
 }
 
-TEST_F(MachineProbe, ReadsEachValueForItself) {
+TEST_F(MachineProbe, ReadsEachValueIndependently) {
     sandbox_.WriteText(kWindows, L"CurrentBuildNumber", L"7601");
     const MachineInfo machine = ProbeMachine();
     EXPECT_FALSE(machine.windows_name);
@@ -48,7 +48,7 @@ TEST_F(MachineProbe, ReadsEachValueForItself) {
     EXPECT_FALSE(machine.update_revision);
 }
 
-TEST_F(MachineProbe, DoesNotTakeTextForASchedulingMode) {
+TEST_F(MachineProbe, RejectsTextAsASchedulingMode) {
     sandbox_.WriteText(kGraphics, L"HwSchMode", L"2");
     EXPECT_FALSE(ProbeMachine().gpu_scheduling_mode);
     sandbox_.WriteBytes(kGraphics, L"HwSchMode", REG_BINARY, {2, 0, 0, 0});

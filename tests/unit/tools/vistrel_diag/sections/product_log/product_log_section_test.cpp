@@ -17,7 +17,7 @@ std::string Printed(const std::string& bytes) {
     return report.Text();
 }
 
-TEST(ProductLogSection, WithoutALogTellsHowToProduceOne) {
+TEST(ProductLogSection, ExplainsHowToProduceAMissingLog) {
     const ReportCapture report;
     PrintProductLog("C:\\Data\\vistrel_init_log.txt", nullptr);
     EXPECT_EQ(report.Text(), R"(No log at C:\Data\vistrel_init_log.txt
@@ -38,7 +38,7 @@ TEST(ProductLogSection, ALogWithoutRelevantLinesSaysSo) {
     EXPECT_EQ(Printed("10:00:00 [INFO ] Initializing D3D11\nFAILED\n"), expected);
 }
 
-TEST(ProductLogSection, RelevantLinesAreQuotedUnchangedBehindThePath) {
+TEST(ProductLogSection, RelevantLinesAreQuotedUnchangedAfterThePath) {
     EXPECT_EQ(Printed("10:00:00 [INFO ] window opened\r\n"
                       "\t10:00:01 [INFO ] Initializing D3D11: Match found 100%s \r\n"
                       "\r\n"
@@ -49,7 +49,7 @@ TEST(ProductLogSection, RelevantLinesAreQuotedUnchangedBehindThePath) {
               "  10:00:02 [WARNING] DirectML is slow\n");
 }
 
-TEST(ProductLogSection, ALogThatBreaksOffIsNotSaidToHaveNoRelevantLines) {
+TEST(ProductLogSection, AReadErrorIsNotReportedAsNoRelevantLines) {
     BreakingStream log;
     const ReportCapture report;
     PrintProductLog("C:\\Data\\vistrel_init_log.txt", &log);
@@ -57,12 +57,12 @@ TEST(ProductLogSection, ALogThatBreaksOffIsNotSaidToHaveNoRelevantLines) {
               "C:\\Data\\vistrel_init_log.txt\n\n  !! The file could not be read to its end.\n");
 }
 
-TEST(ProductLogSection, ALineLongerThanTheReportsIsCut) {
+TEST(ProductLogSection, ALineTooLongForTheReportIsCut) {
     const std::string line = "ERROR " + std::string(6000, 'e');
     EXPECT_EQ(Printed(line).substr(Printed(line).find("  ERROR")), "  " + line.substr(0, 4093) + "\n");
 }
 
-TEST(ProductLogSection, BinaryRubbishIsBorne) {
+TEST(ProductLogSection, BinaryDataDoesNoHarm) {
     const std::string quoted = Printed(std::string("\xFF\x01 failed\0 unseen\n\0\0DirectML\nERROR\n", 35));
     EXPECT_EQ(quoted.substr(quoted.find("\n\n") + 2), "  \xFF\x01 failed\n  \n  ERROR\n");
 }

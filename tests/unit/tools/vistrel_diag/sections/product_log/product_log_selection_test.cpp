@@ -66,7 +66,7 @@ std::string Lines(int from, int to, const std::string& text) {
     return lines;
 }
 
-TEST(ProductLogSelection, EachMarkerSelectsItsLineWhereverItStands) {
+TEST(ProductLogSelection, EachMarkerSelectsItsLineAtAnyPosition) {
     for (const std::string& marker : kMarkers) {
         for (std::size_t before = 0; before < 12; ++before) {
             for (const char* behind : {"", "x", " and more"}) {
@@ -93,7 +93,7 @@ TEST(ProductLogSelection, MarkersAreMatchedByCase) {
     EXPECT_THAT(Select("it failed\nFailed it\nFAILED\n"), ElementsAre("it failed", "Failed it"));
 }
 
-TEST(ProductLogSelection, AMarkerDoesNotReachOverALineEnd) {
+TEST(ProductLogSelection, AMarkerDoesNotSpanLines) {
     EXPECT_THAT(Select("ERR\nOR\nfai\r\nled\n"), IsEmpty());
 }
 
@@ -108,7 +108,7 @@ TEST(ProductLogSelection, OnlyTheLastRunIsSelected) {
                 ElementsAre("Initializing D3D11 WARNING second", "ERROR b"));
 }
 
-TEST(ProductLogSelection, TheAnchorCountsWhereverItStandsAndOnlyWhole) {
+TEST(ProductLogSelection, TheAnchorCountsAtAnyPositionAndOnlyWhole) {
     const std::string anchor = "Initializing D3D11";
     for (std::size_t before = 0; before < 40; ++before) {
         const std::string start = std::string(before, 'I') + anchor + " failed";
@@ -121,7 +121,7 @@ TEST(ProductLogSelection, TheAnchorCountsWhereverItStandsAndOnlyWhole) {
     }
 }
 
-TEST(ProductLogSelection, AnAnchorWithoutAMarkerIsNone) {
+TEST(ProductLogSelection, AnAnchorWithoutAMarkerDoesNotCount) {
     EXPECT_THAT(Select("ERROR a\nInitializing D3D11\nERROR b\n"), ElementsAre("ERROR a", "ERROR b"));
 }
 
@@ -152,11 +152,11 @@ TEST(ProductLogSelection, ARunOfSixtyLinesIsSelectedWholeAndALongerOneFromItsEnd
     EXPECT_EQ(lines.back(), "WARNING 500");
 }
 
-TEST(ProductLogSelection, BothLineEndsAndNoFinalOneAreUnderstood) {
+TEST(ProductLogSelection, AcceptsBothLineEndsAndAMissingFinalOne) {
     EXPECT_THAT(Select("ERROR a\r\nERROR b\nx\r\nERROR c"), ElementsAre("ERROR a", "ERROR b", "ERROR c"));
 }
 
-TEST(ProductLogSelection, MarkersAndAnchorCountHoweverFarBehindInALine) {
+TEST(ProductLogSelection, MarkersAndAnchorCountHoweverFarIntoALine) {
     for (const std::size_t before : {5000U, 262'130U, 262'140U, 262'143U, 524'200U, 1'000'000U}) {
         const std::string far(before, 'x');
         const auto lines = Select("ERROR first\n" + far + "failed" + far + "Initializing D3D11" + far + "\n" +
@@ -171,7 +171,7 @@ TEST(ProductLogSelection, MarkersAndAnchorCountHoweverFarBehindInALine) {
     }
 }
 
-TEST(ProductLogSelection, AgreesWithPlainSelectionOnRandomLogs) {
+TEST(ProductLogSelection, MatchesASimpleSelectionOnRandomLogs) {
     std::vector<std::string> words = kMarkers;
     words.insert(words.end(), {"Initializing D3D11", "Initializing D3D11", "Initializing D3D1", "FAILED",
                                "DirectX", "ERR", "D3D11", " ", "x", "Graphics Adapter", "mode", "i", "fa"});

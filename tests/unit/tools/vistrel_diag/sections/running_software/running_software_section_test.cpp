@@ -32,7 +32,7 @@ std::string Printed(const RunningSoftwareInfo& software) {
     return report.Text();
 }
 
-TEST(NotablePrograms, KnowsAllTen) {
+TEST(NotablePrograms, RecognisesAllTen) {
     const std::vector<std::string> all = {"Ambulo.exe",       "Vistrel.exe",   "vrserver.exe",
                                           "vrcompositor.exe", "vrmonitor.exe", "VirtualDesktop.Streamer.exe",
                                           "OculusClient.exe", "obs64.exe",     "obs32.exe",
@@ -52,7 +52,7 @@ TEST(NotablePrograms, ComparesWholeNames) {
                 IsEmpty());
 }
 
-TEST(NotablePrograms, AreNoneWithoutASnapshot) {
+TEST(NotablePrograms, AreEmptyWithoutASnapshot) {
     EXPECT_THAT(NotablePrograms(std::nullopt), IsEmpty());
     EXPECT_THAT(NotablePrograms(ProcessSnapshot()), IsEmpty());
 }
@@ -69,17 +69,17 @@ TEST(WindowTitleText, ConvertsToUtf8) {
     EXPECT_EQ(WindowTitleText(u"ゲーム 🎮"), "ゲーム 🎮");
 }
 
-TEST(WindowTitleText, LeavesOutTheCharacterThatTheBufferCutInTwo) {
+TEST(WindowTitleText, OmitsTheCharacterThatTheBufferSplit) {
     EXPECT_EQ(WindowTitleText(u"game \xD83C"), "game ");
     EXPECT_EQ(WindowTitleText(u"\xD83C"), "");
 }
 
-TEST(WindowTitleText, KeepsTheLettersAroundHalfACharacter) {
+TEST(WindowTitleText, KeepsTheTextAroundAnUnpairedSurrogate) {
     EXPECT_EQ(WindowTitleText(u"a\xDFAE"), "a\xEF\xBF\xBD");
     EXPECT_EQ(WindowTitleText(u"a\xD83Cz"), "a\xEF\xBF\xBDz");
 }
 
-TEST(IsVistrelRunning, TakesTheProductOrItsHostInAnyCase) {
+TEST(IsVistrelRunning, IsTrueForTheProductOrItsHostInAnyCase) {
     const auto running = [](const std::vector<std::string>& names) {
         return IsVistrelRunning([&names] { return Processes(names); });
     };
@@ -160,7 +160,7 @@ TEST(WaitForVistrelToClose, EndsWhenNoSnapshotCanBeTaken) {
     EXPECT_EQ(machine.ConsoleOfWait(), std::string(kWaiting) + "..." + kClosed);
 }
 
-TEST(WaitForVistrelToClose, KeepsEverythingOutOfTheReport) {
+TEST(WaitForVistrelToClose, PrintsNothingToTheReport) {
     const ReportCapture report;
     ScriptedMachine machine;
     machine.closes_after_seconds = 2;
@@ -168,7 +168,7 @@ TEST(WaitForVistrelToClose, KeepsEverythingOutOfTheReport) {
     EXPECT_EQ(report.FileText(), "");
 }
 
-TEST(PrintRunningSoftwareSection, SaysWhenNothingNotableRuns) {
+TEST(PrintRunningSoftwareSection, ReportsThatNothingNotableRuns) {
     EXPECT_EQ(Printed({}), kNothingNotable);
 }
 

@@ -63,7 +63,7 @@ TEST(RunningSoftwareProbe, SpellsNamesAsTheProcessesDo) {
     EXPECT_FALSE(IsVistrelRunning());
 }
 
-TEST(RunningSoftwareProbe, TakesTheHostForTheProduct) {
+TEST(RunningSoftwareProbe, TreatsTheHostAsTheProduct) {
     const RunningProgram host(L"sleeper", L"ambulo.EXE", L"60");
     EXPECT_TRUE(IsVistrelRunning());
     const ReportCapture report;
@@ -111,7 +111,7 @@ TEST(ForegroundApplicationProbe, CutsALongTitle) {
     EXPECT_EQ(application.executable_name, "long title.exe");
 }
 
-TEST(ForegroundApplicationProbe, NeverCutsACharacterInTwo) {
+TEST(ForegroundApplicationProbe, NeverSplitsACharacter) {
     std::string expected;
     for (int i = 0; i < 255; ++i) {
         expected += "🎮";
@@ -119,13 +119,13 @@ TEST(ForegroundApplicationProbe, NeverCutsACharacterInTwo) {
     EXPECT_EQ(WhileInForeground(L"long title.exe", L"60 🎮 300").title, expected);
 }
 
-TEST(ForegroundApplicationProbe, BearsAWindowWithoutATitle) {
+TEST(ForegroundApplicationProbe, AcceptsAWindowWithoutATitle) {
     const ForegroundApplication application = WhileInForeground(L"untitled.exe", L"60 \"\"");
     EXPECT_EQ(application.executable_name, "untitled.exe");
     EXPECT_EQ(application.title, "");
 }
 
-TEST(ForegroundApplicationProbe, KeepsTheLettersAroundHalfACharacterOfATitle) {
+TEST(ForegroundApplicationProbe, KeepsTheTextAroundAnUnpairedSurrogateInATitle) {
     EXPECT_EQ(WhileInForeground(L"odd title.exe", L"60 \"a\xDC00z\"").title, "a\xEF\xBF\xBDz");
 }
 
@@ -138,7 +138,7 @@ TEST(ForegroundApplicationProbe, IsReportedInQuotesAfterTheNotablePrograms) {
                                  "\n  obs32.exe\nForeground app  : obs32.exe  \"Aufnahme läuft\"\n");
 }
 
-TEST(ForegroundApplicationProbe, IsNoneWithoutAForegroundWindow) {
+TEST(ForegroundApplicationProbe, IsEmptyWithoutAForegroundWindow) {
     scripted_foreground = HWND();
     EXPECT_FALSE(ProbeRunningSoftware().foreground);
     const ReportCapture report;
@@ -147,7 +147,7 @@ TEST(ForegroundApplicationProbe, IsNoneWithoutAForegroundWindow) {
     scripted_foreground.reset();
 }
 
-TEST(ForegroundApplicationProbe, KnowsNothingOfAWindowThatIsGone) {
+TEST(ForegroundApplicationProbe, IsEmptyForAClosedWindow) {
     scripted_foreground = reinterpret_cast<HWND>(0x7FFFFFF0);
     const std::optional<ForegroundApplication> foreground = ProbeRunningSoftware().foreground;
     scripted_foreground.reset();

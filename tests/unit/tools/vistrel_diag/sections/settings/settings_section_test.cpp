@@ -172,14 +172,14 @@ TEST(SettingsInEffect, WarningsBeginStrictlyBelowTheirThresholds) {
     EXPECT_TRUE(Contains(InEffect(settings), "  -> Separation"));
 }
 
-TEST(SettingsInEffect, AValueThatIsNotANumberWarnsOfNothing) {
+TEST(SettingsInEffect, AValueThatIsNotANumberGivesNoWarning) {
     DiagSettings settings;
     settings.f3d_separation_pct = std::numeric_limits<float>::quiet_NaN();
     settings.f3d_depth_strength = std::numeric_limits<float>::quiet_NaN();
     EXPECT_FALSE(Contains(InEffect(settings), "->"));
 }
 
-TEST(SettingsInEffect, NumbersThatNoFieldHoldsArePrintedAsTheFieldsTookThem) {
+TEST(SettingsInEffect, NumbersOutOfRangeArePrintedAsStored) {
     EXPECT_EQ(InEffect(R"({"vistrel_image_algo": 4294967298, "vistrel_f3d_search_steps": 1e300,
                            "vistrel_depth_model_quality": -4294967297, "vistrel_ai_resolution": 4294967295,
                            "vistrel_depth_mode": 2147483648.5, "vistrel_ai_fps_limit": 1e39,
@@ -200,7 +200,7 @@ Wait for GPU    : OFF   (default; background can show through the picture in pat
 )");
 }
 
-TEST(SettingsInEffect, InfinitiesBelowZeroArePrintedAndWarnedOf) {
+TEST(SettingsInEffect, NegativeInfinitiesArePrintedWithAWarning) {
     EXPECT_EQ(InEffect(R"({"vistrel_image_algo": -3e9, "vistrel_f3d_search_steps": -4294967297,
                            "vistrel_depth_model_quality": 3e9, "vistrel_ai_resolution": 3e9,
                            "vistrel_depth_mode": 4294967296, "vistrel_ai_fps_limit": -1e39,
@@ -263,13 +263,13 @@ No settings file was found, so there is nothing to quote.
 )");
 }
 
-TEST(SettingsVerbatim, AFileThatHasVanishedIsNamed) {
+TEST(SettingsVerbatim, AMissingFileIsNamed) {
     const ReportCapture report;
     PrintSettingsVerbatim("C:\\Üser\\settings.json", nullptr);
     EXPECT_EQ(report.Text(), "C:\\Üser\\settings.json could not be opened.\n");
 }
 
-TEST(SettingsVerbatim, AFileThatBreaksOffIsNotSaidToHaveNoKeys) {
+TEST(SettingsVerbatim, AReadErrorIsNotReportedAsNoKeys) {
     BreakingStream file;
     const ReportCapture report;
     PrintSettingsVerbatim("C:\\V\\settings.json", &file);
@@ -296,7 +296,7 @@ TEST(SettingsVerbatim, AFileOfOneLineIsQuotedWhole) {
               "  {\"osc_port\":9000,\"vistrel_scale\":1.25}\n");
 }
 
-TEST(SettingsVerbatim, BothLineEndsAreUnderstood) {
+TEST(SettingsVerbatim, AcceptsBothLineEnds) {
     EXPECT_EQ(Verbatim("vistrel_a\r\nother\r\nvistrel_b\nvistrel_c\r\n"),
               "  vistrel_a\n  vistrel_b\n  vistrel_c\n");
     EXPECT_EQ(Verbatim("vistrel_a\r\nvistrel_b"), "  vistrel_a\n  vistrel_b\n");
@@ -319,25 +319,25 @@ TEST(SettingsVerbatim, AFileWithoutProductLinesSaysSo) {
     EXPECT_EQ(Verbatim("{\"VISTREL_SCALE\": 1}"), kNoKeys);
 }
 
-TEST(SettingsVerbatim, ALineLongerThanTheReportsIsCut) {
+TEST(SettingsVerbatim, ALineTooLongForTheReportIsCut) {
     const std::string line = "vistrel_" + std::string(6000, 'x');
     EXPECT_EQ(Verbatim("  \t" + line + "\nvistrel_b\n"), "  " + line.substr(0, 4093) + "\n  vistrel_b\n");
     EXPECT_EQ(Verbatim(line.substr(0, 4093)), "  " + line.substr(0, 4093) + "\n");
 }
 
-TEST(SettingsVerbatim, TheWordIsFoundHoweverFarBehindTheCut) {
+TEST(SettingsVerbatim, TheWordIsFoundAfterTheCut) {
     for (const std::size_t before : {4090U, 5000U, 262'140U, 262'143U, 300'000U, 1'000'000U}) {
         const std::string line = std::string(before, 'x') + "vistrel" + std::string(300'000, 'y');
         EXPECT_EQ(Verbatim("other\n" + line + "\n"), "  " + line.substr(0, 4093) + "\n") << before;
     }
 }
 
-TEST(SettingsVerbatim, ALeadingRunOfBlanksOfAnyLengthIsCut) {
+TEST(SettingsVerbatim, LeadingBlanksOfAnyLengthAreRemoved) {
     EXPECT_EQ(Verbatim(std::string(600'000, ' ') + "\tvistrel_a \n"), "  vistrel_a \n");
     EXPECT_EQ(Verbatim(std::string(600'000, ' ') + "\n"), kNoKeys);
 }
 
-TEST(SettingsVerbatim, BinaryRubbishIsBorne) {
+TEST(SettingsVerbatim, BinaryDataDoesNoHarm) {
     EXPECT_EQ(Verbatim("\xFF\xFE%s%n vistrel \x01\x80\n"), "  \xFF\xFE%s%n vistrel \x01\x80\n");
     // A report line ends at a zero byte, as text does everywhere in it.
     EXPECT_EQ(Verbatim(std::string("vistrel a\0b\nx\0vistrel\n\0vistrel\n", 31)), "  vistrel a\n  x\n  \n");

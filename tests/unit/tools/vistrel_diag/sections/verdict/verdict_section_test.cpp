@@ -106,7 +106,7 @@ NOT measured by this tool:
 )");
 }
 
-TEST(Verdict, WithoutAWarpCostIsNone) {
+TEST(Verdict, IsOmittedWithoutAWarpCost) {
     VerdictInput input;
     input.model_milliseconds = 8.0;
     EXPECT_EQ(VerdictOn(input), R"(
@@ -121,7 +121,7 @@ NOT measured by this tool:
 )");
 }
 
-TEST(Verdict, PassesOverSizesThatAreHardlyCheaper) {
+TEST(Verdict, SkipsSizesThatAreHardlyCheaper) {
     VerdictInput input = WarpOf(1.05);
     input.warp_costs.push_back({2560, 1440, 1.0});
     input.warp_costs.push_back({1920, 1080, 0.0});
@@ -141,7 +141,7 @@ TEST(Verdict, TakesNinetyWhenNoFrameRateIsKnown) {
                 HasSubstr("and would run about 90 times a second (capped by your frame rate).\n\n"));
 }
 
-TEST(Verdict, AModelSlowerThanAskedForHoldsTheRateDown) {
+TEST(Verdict, AModelSlowerThanRequestedLimitsTheRate) {
     EXPECT_THAT(
         VerdictOn(ModelOf(50.0, 60.0)),
         HasSubstr(
@@ -150,7 +150,7 @@ TEST(Verdict, AModelSlowerThanAskedForHoldsTheRateDown) {
             std::string(kCannotKeepUp)));
 }
 
-TEST(Verdict, AModelSlowerThanASecondIsSaidInSeconds) {
+TEST(Verdict, AModelSlowerThanASecondIsPrintedInSeconds) {
     EXPECT_THAT(
         VerdictOn(ModelOf(1500.0)),
         HasSubstr("\nThe AI model costs 1500.00 ms per inference - one map every 1.5 seconds. It cannot run "
@@ -164,7 +164,7 @@ TEST(Verdict, AModelOfExactlyASecondStillRunsOnceASecond) {
         HasSubstr("would run about 1 times a second (the model cannot go faster than that on this GPU)."));
 }
 
-TEST(Verdict, AModelThatCostsNothingIsHeldByTheLimit) {
+TEST(Verdict, AModelThatCostsNothingIsCappedByTheLimit) {
     const std::string verdict = VerdictOn(ModelOf(0.0));
     EXPECT_THAT(verdict,
                 HasSubstr("The AI model costs 0.00 ms per inference, and would run about 30 times a second "
@@ -180,7 +180,7 @@ TEST(Verdict, ALimitEqualToTheFrameRateIsTheLimit) {
     EXPECT_THAT(VerdictOn(input), HasSubstr("about 60 times a second (capped by your frame rate)."));
 }
 
-TEST(Verdict, AFrameRateOfOneIsNone) {
+TEST(Verdict, AFrameRateOfOneIsIgnored) {
     VerdictInput input = ModelOf(8.0, 1.0);
     input.desktop_fps = 24.0;
     EXPECT_THAT(VerdictOn(input), HasSubstr("about 24 times a second (capped by your frame rate)."));
@@ -188,7 +188,7 @@ TEST(Verdict, AFrameRateOfOneIsNone) {
     EXPECT_THAT(VerdictOn(input), HasSubstr("about 30 times a second (capped by the FPS limit)."));
 }
 
-TEST(Verdict, ALimitThatIsNoNumberLimitsNothing) {
+TEST(Verdict, ALimitThatIsNotANumberIsIgnored) {
     VerdictInput input = ModelOf(8.0, 60.0);
     input.ai_fps_limit = std::numeric_limits<float>::quiet_NaN();
     EXPECT_THAT(VerdictOn(input), HasSubstr("about 60 times a second (capped by the FPS limit)."));
@@ -218,7 +218,7 @@ Taking 90 Hz and the mode this machine is set to (AI depth):
 )"));
 }
 
-TEST(Verdict, ShowsTheRefreshRateAskedForInItsPlace) {
+TEST(Verdict, ShowsTheRequestedRefreshRateInOrder) {
     VerdictInput input = WarpOf(1.0);
     input.refresh_hz = 100;
     EXPECT_THAT(VerdictOn(input), HasSubstr("\n  90 Hz     90 ms/s       ?              9%            "
@@ -232,7 +232,7 @@ TEST(Verdict, ShowsTheRefreshRateAskedForInItsPlace) {
                 HasSubstr("\n  2147483647 Hz 2147483647 ms/s ?              214748365%    \n"));
 }
 
-TEST(Verdict, ShowsNoRowForARateItHasOrThatIsNone) {
+TEST(Verdict, ShowsNoRowForARateThatIsListedOrInvalid) {
     const std::string verdict = VerdictOn(WarpOf(1.0));
     for (const std::int32_t refresh : {72, 90, 120, 144, 0, -1, std::numeric_limits<std::int32_t>::min()}) {
         VerdictInput input = WarpOf(1.0);
@@ -288,7 +288,7 @@ TEST(Verdict, NotesACheapReShadePathOnlyWithATimedModel) {
     EXPECT_THAT(VerdictOn(dear), Not(HasSubstr("Note:")));
 }
 
-TEST(Verdict, SaysThatPartTwoWasSkippedWithOrWithoutAModel) {
+TEST(Verdict, ReportsThatPartTwoWasSkippedWithOrWithoutAModel) {
     EXPECT_THAT(VerdictOn(ModelOf(8.0)), HasSubstr(kSkipped));
     EXPECT_THAT(VerdictOn(WarpOf(1.0)), HasSubstr(kSkipped));
     VerdictInput input = WarpOf(1.0);

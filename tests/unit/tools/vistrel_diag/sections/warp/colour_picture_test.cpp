@@ -100,7 +100,7 @@ bool IsPattern(const ColourPicture& picture) {
     return PixelAt(picture, 20, 15) == PatternPixel(20, 15);
 }
 
-TEST(ColourPicture, TakesAFrameWithoutSizeForNone) {
+TEST(ColourPicture, TreatsAFrameWithoutSizeAsMissing) {
     const std::vector<std::uint8_t> bytes(4 * 4 * 4, 9);
     EXPECT_TRUE(IsPattern(BuildColourPicture({bytes, 0, 4}, 32, 16)));
     EXPECT_TRUE(IsPattern(BuildColourPicture({bytes, 4, 0}, 32, 16)));
@@ -108,7 +108,7 @@ TEST(ColourPicture, TakesAFrameWithoutSizeForNone) {
     EXPECT_TRUE(IsPattern(BuildColourPicture({{}, 4, 4}, 32, 16)));
 }
 
-TEST(ColourPicture, TakesAFrameWithMissingPixelsForNone) {
+TEST(ColourPicture, TreatsAFrameWithMissingPixelsAsMissing) {
     const std::vector<std::uint8_t> bytes(4 * 4 * 4, 9);
     EXPECT_FALSE(IsPattern(BuildColourPicture({bytes, 4, 4}, 32, 16)));
     EXPECT_TRUE(IsPattern(BuildColourPicture({std::span(bytes).first(bytes.size() - 1), 4, 4}, 32, 16)));

@@ -52,7 +52,7 @@ class D3D11TimestampQueriesTest : public testing::Test {
     D3D11TimestampQueries queries_{*lab_.device.Get(), *lab_.context.Get()};
 };
 
-TEST_F(D3D11TimestampQueriesTest, HandOnWhatTheGpuAnswered) {
+TEST_F(D3D11TimestampQueriesTest, ReturnTheResultsOfTheGpu) {
     UINT64 next = 70;
     AnsweredQueries answered(lab_.context.Get(), [&next](auto, auto*, void* data, UINT size, UINT) {
         if (size == sizeof(D3D11_QUERY_DATA_TIMESTAMP_DISJOINT)) {
@@ -74,7 +74,7 @@ TEST_F(D3D11TimestampQueriesTest, HandOnWhatTheGpuAnswered) {
     EXPECT_EQ(end, 71U);
 }
 
-TEST_F(D3D11TimestampQueriesTest, TellThatTheClockChangedMeanwhile) {
+TEST_F(D3D11TimestampQueriesTest, ReportADisjointClock) {
     AnsweredQueries answered(lab_.context.Get(), [](auto, auto*, void* data, UINT, UINT) {
         *static_cast<D3D11_QUERY_DATA_TIMESTAMP_DISJOINT*>(data) = {25'000'000, TRUE};
         return S_OK;
@@ -84,7 +84,7 @@ TEST_F(D3D11TimestampQueriesTest, TellThatTheClockChangedMeanwhile) {
     EXPECT_TRUE(clock.disjoint);
 }
 
-TEST_F(D3D11TimestampQueriesTest, HaveNothingWhileTheDataIsNotThere) {
+TEST_F(D3D11TimestampQueriesTest, ReturnNothingUntilTheDataIsReady) {
     for (const HRESULT result : {S_FALSE, DXGI_ERROR_DEVICE_REMOVED}) {
         AnsweredQueries answered(lab_.context.Get(),
                                  [result](auto, auto*, void*, UINT, UINT) { return result; });
@@ -98,7 +98,7 @@ TEST_F(D3D11TimestampQueriesTest, HaveNothingWhileTheDataIsNotThere) {
 
 /// A driver keeps commands back until there are enough of them or somebody asks for the work to be handed on.
 /// Asked not to flush, it never comes to the queries, and who waits for them waits for ever.
-TEST_F(D3D11TimestampQueriesTest, HaveTheWorkHandedOnWhileTheyAsk) {
+TEST_F(D3D11TimestampQueriesTest, FlushTheWorkWhilePolling) {
     AnsweredQueries answered(
         lab_.context.Get(), [this](auto genuine, auto* query, void* data, UINT size, UINT flags) -> HRESULT {
             const bool kept_back = (flags & D3D11_ASYNC_GETDATA_DONOTFLUSH) != 0;

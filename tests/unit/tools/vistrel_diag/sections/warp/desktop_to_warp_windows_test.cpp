@@ -263,7 +263,7 @@ COLORREF ColourAt(const CaptureMeasurement& measurement, int x, int y) {
     return RGB(pixel[2], pixel[1], pixel[0]);
 }
 
-TEST_F(DesktopToWarp, TheRealDesktopIsSeen) {
+TEST_F(DesktopToWarp, TheRealDesktopIsCaptured) {
     DesktopScene::Draw();
     ASSERT_NO_FATAL_FAILURE(
         UseMachine("cursor at 1000,100\n" + HybridLaptop("  output A\n    size 1280x720\n    primary\n"

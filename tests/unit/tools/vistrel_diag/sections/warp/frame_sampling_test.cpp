@@ -53,7 +53,7 @@ TEST(SampleFrameTime, TakesTheOnlyBatch) {
     EXPECT_EQ((ScriptedTimes{{1.5, -1.0, 0.0, 7.0}, {}}.Sample()), 7.0);
 }
 
-TEST(SampleFrameTime, FallsBackOnTheCalibration) {
+TEST(SampleFrameTime, FallsBackToTheCalibration) {
     EXPECT_EQ((ScriptedTimes{{1.5, -1.0, -1.0, -1.0}, {}}.Sample()), 1.5);
 }
 

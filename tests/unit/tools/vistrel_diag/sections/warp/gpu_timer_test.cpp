@@ -66,21 +66,21 @@ TEST(GpuTimeFrames, DrawsNothingWithoutItsQueries) {
     EXPECT_EQ(queries.calls, "create ");
 }
 
-TEST(GpuTimeFrames, DisjointStampsTellNothing) {
+TEST(GpuTimeFrames, DisjointTimestampsGiveNoResult) {
     ScriptedQueries queries;
     queries.end = queries.start + 1'000'000;
     queries.clock.disjoint = true;
     EXPECT_EQ(Time(queries, 1), -1.0);
 }
 
-TEST(GpuTimeFrames, AClockThatStandsStillTellsNothing) {
+TEST(GpuTimeFrames, AStoppedClockGivesNoResult) {
     ScriptedQueries queries;
     queries.end = queries.start + 1'000'000;
     queries.clock.frequency = 0;
     EXPECT_EQ(Time(queries, 1), -1.0);
 }
 
-TEST(GpuTimeFrames, AnEndAtOrBeforeTheStartTellsNothing) {
+TEST(GpuTimeFrames, AnEndAtOrBeforeTheStartGivesNoResult) {
     ScriptedQueries queries;
     queries.end = queries.start;
     EXPECT_EQ(Time(queries, 1), -1.0);

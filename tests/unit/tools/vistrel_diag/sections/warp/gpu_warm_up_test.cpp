@@ -42,7 +42,7 @@ TEST(WarmUpGpu, GivesTheGpuHalfASecondOfWork) {
     }
 }
 
-TEST(WarmUpGpu, DrawsOneFrameOfAGpuThatTakesLongerForIt) {
+TEST(WarmUpGpu, DrawsOneFrameOnAGpuThatTakesLongerForIt) {
     Gpu gpu{.frame_ms = 3000.0};
     gpu.WarmUp();
     EXPECT_EQ(gpu.batches, std::vector<int>{1});
@@ -56,7 +56,7 @@ TEST(WarmUpGpu, EndsAfterASecondOfWallTime) {
     EXPECT_LT(gpu.now - 5000.0, 1500.0);
 }
 
-TEST(WarmUpGpu, GoesByTheWallClockWhenTheGpuCannotTell) {
+TEST(WarmUpGpu, FallsBackToTheWallClock) {
     Gpu gpu{.frame_ms = 2.0, .tells = false};
     gpu.WarmUp();
     EXPECT_GE(gpu.now - 5000.0, 990.0);
@@ -69,7 +69,7 @@ TEST(WarmUpGpu, EndsWhenNothingCanBeDrawn) {
     EXPECT_EQ(gpu.now, 5000.0);
 }
 
-TEST(WarmUpGpu, EndsThoughNoClockMoves) {
+TEST(WarmUpGpu, EndsEvenIfNoClockAdvances) {
     Gpu gpu{.frame_ms = 0.0};
     gpu.WarmUp();
     EXPECT_LT(gpu.batches.size(), 100U);

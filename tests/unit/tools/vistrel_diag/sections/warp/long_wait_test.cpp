@@ -4,7 +4,7 @@
 
 namespace {
 
-TEST(LongWait, TellsOnceWhenAWaitHasLasted) {
+TEST(LongWait, ReportsALongWaitOnce) {
     double now = 1000.0;
     int told = 0;
     LongWait wait([&] { return now; }, [&] { ++told; });
@@ -23,7 +23,7 @@ TEST(LongWait, TellsOnceWhenAWaitHasLasted) {
     EXPECT_EQ(told, 1);
 }
 
-TEST(LongWait, CountsFromTheBeginningOfEach) {
+TEST(LongWait, MeasuresEachWaitSeparately) {
     double now = 0.0;
     int told = 0;
     LongWait wait([&] { return now; }, [&] { ++told; });

@@ -22,14 +22,14 @@ struct Figure {
     }
 };
 
-TEST(ReadSettled, TakesTwoReadingsOfAFigureThatStandsStill) {
+TEST(ReadSettled, TakesTwoReadingsOfAStableValue) {
     Figure figure{[](double) { return 7; }};
     EXPECT_EQ(figure.Settle(), 7U);
     EXPECT_EQ(figure.readings, 2);
     EXPECT_EQ(figure.now, kReadingIntervalMs);
 }
 
-TEST(ReadSettled, GoesOnWhileTheFigureFalls) {
+TEST(ReadSettled, ContinuesWhileTheValueFalls) {
     Figure figure{[](double ms) { return ms < 30 ? static_cast<std::uint64_t>(100 - ms) : 70; }};
     EXPECT_EQ(figure.Settle(), 70U);
     EXPECT_LT(figure.now, 60);

@@ -71,7 +71,7 @@ TEST_F(WarpFrameTest, TheDepthMapIsTheLuminanceOfThePattern) {
     EXPECT_NE(*std::min_element(depth.begin(), depth.end()), *std::max_element(depth.begin(), depth.end()));
 }
 
-TEST_F(WarpFrameTest, TexturesAreOfTheirKinds) {
+TEST_F(WarpFrameTest, TexturesHaveTheirFormats) {
     Create({}, 48, 32);
     D3D11_TEXTURE2D_DESC description = {};
     resources_.colour->GetDesc(&description);

@@ -30,7 +30,7 @@ TEST(WarpSizes, ComparesBothSides) {
               "2560x1080 your desktop (what runs today)\n2560x1440 1440p\n1920x1080 1080p\n");
 }
 
-TEST(WarpSizes, LeavesOutAnUnknownDesktop) {
+TEST(WarpSizes, OmitsAnUnknownDesktop) {
     EXPECT_EQ(Listed(0, 0), "2560x1440 1440p\n1920x1080 1080p\n");
     EXPECT_EQ(Listed(1280, 0), "2560x1440 1440p\n1920x1080 1080p\n");
     EXPECT_EQ(Listed(0, 720), "2560x1440 1440p\n1920x1080 1080p\n");
@@ -69,7 +69,7 @@ TEST(SizeOfDesktop, IsThatOfTheLastPrimaryDisplayWithoutACapture) {
     EXPECT_EQ(SizeText(failed, {Display(1920, 1080, true), Display(1280, 720, true)}), "1280x720");
 }
 
-TEST(SizeOfDesktop, IsNoneWithoutBoth) {
+TEST(SizeOfDesktop, IsUnknownWithoutBoth) {
     EXPECT_EQ(SizeText(Captured(false, 0, 0), {Display(800, 600, false)}), "0x0");
     EXPECT_EQ(SizeText(Captured(false, 0, 0), {}), "0x0");
 }
@@ -107,7 +107,7 @@ std::string FailureLines(std::optional<WarpFailure> failure, std::optional<Depth
     return report.Text();
 }
 
-TEST(WarpSection, WordsEveryFailure) {
+TEST(WarpSection, HasATextForEveryFailure) {
     EXPECT_EQ(FailureLines({}), "");
     EXPECT_EQ(FailureLines(WarpFailure{WarpStop::ColourTexture, 0x8007000E}),
               "!! could not create the 1280x720 colour texture (out of VRAM?)\n");
@@ -122,7 +122,7 @@ TEST(WarpSection, WordsEveryFailure) {
               "!! GPU timing produced nothing usable at 1280x720\n");
 }
 
-TEST(WarpSection, TellsOfTheDepthMapFirst) {
+TEST(WarpSection, ReportsTheDepthMapFirst) {
     EXPECT_EQ(FailureLines({}, DepthMapFailure{"(1,1): error %s", {}}),
               "!! shader compile failed: (1,1): error %s\n");
     EXPECT_EQ(FailureLines(WarpFailure{WarpStop::NoUsableTime, {}}, DepthMapFailure{"", 0x80004005}),
@@ -130,7 +130,7 @@ TEST(WarpSection, TellsOfTheDepthMapFirst) {
               "!! GPU timing produced nothing usable at 1280x720\n");
 }
 
-TEST(WarpSection, TheWaitForTheGpuIsTheConsolesAlone) {
+TEST(WarpSection, TheWaitForTheGpuIsShownOnTheConsoleOnly) {
     const ReportCapture report;
     testing::internal::CaptureStdout();
     PrintWaitForGpu();

@@ -53,7 +53,7 @@ void ExpectFailed(const WarpTiming& timing) {
     EXPECT_TRUE(timing.failure.has_value());
 }
 
-TEST_F(WarpTimingTest, TimesAndLeavesNothingBehind) {
+TEST_F(WarpTimingTest, TimesAndLeaksNothing) {
     const ReportCapture report;
     ScriptedDevice scripted(lab_.device.Get());
     const WarpTiming timing = Time(160, 90);
@@ -75,7 +75,7 @@ std::string Repeated(int count, const std::string& word) {
     return words;
 }
 
-TEST_F(WarpTimingTest, WarmsUpBeforeTheFirstStampAndClearsUpInTheEnd) {
+TEST_F(WarpTimingTest, WarmsUpBeforeTheFirstTimestampAndCleansUpAtTheEnd) {
     RecordedContext recorded(lab_.context.Get());
     ScriptedDevice scripted(lab_.device.Get());
     scripted.result_of_call = [](int call) { return call >= kFirstBatchCall ? E_FAIL : S_OK; };
@@ -146,7 +146,7 @@ TEST_F(WarpTimingTest, EachFailureHasItsLineAndLeaksNothing) {
     }
 }
 
-TEST_F(WarpTimingTest, ALostDeviceEndsInTheSameLines) {
+TEST_F(WarpTimingTest, ALostDeviceGivesTheSameLines) {
     for (const FailingCall& failing : kFailingCalls) {
         SCOPED_TRACE(failing.call);
         const ReportCapture report;
@@ -160,7 +160,7 @@ TEST_F(WarpTimingTest, ALostDeviceEndsInTheSameLines) {
     }
 }
 
-TEST_F(WarpTimingTest, GoesOnWithoutADepthMap) {
+TEST_F(WarpTimingTest, ContinuesWithoutADepthMap) {
     const ReportCapture report;
     ScriptedDevice scripted(lab_.device.Get());
     scripted.result_of_call = [](int call) { return call == kLuminanceShaderCall ? E_FAIL : S_OK; };
@@ -169,7 +169,7 @@ TEST_F(WarpTimingTest, GoesOnWithoutADepthMap) {
     EXPECT_EQ(scripted.LivingObjects(), 0);
 }
 
-TEST_F(WarpTimingTest, ALostBatchIsNotMissed) {
+TEST_F(WarpTimingTest, SurvivesALostBatch) {
     for (int failing = kFirstBatchCall; failing <= kLastCall; ++failing) {
         SCOPED_TRACE(failing);
         const ReportCapture report;
@@ -249,12 +249,12 @@ TEST_F(WarpTimingTest, CountsTheMemoryThatTheTexturesTook) {
     EXPECT_EQ(Time(32, 18, lab_.adapter.Get()).vram_mb, 37.5);
 }
 
-TEST_F(WarpTimingTest, MemoryThatIsFreedMeanwhileLeavesNone) {
+TEST_F(WarpTimingTest, ReportsZeroWhenMemoryIsFreedMeanwhile) {
     ScriptedVideoMemory scripted(lab_.adapter.Get(), {kMegabyte, kMegabyte, kMegabyte, 0});
     EXPECT_EQ(Time(32, 18, lab_.adapter.Get()).vram_mb, 0.0);
 }
 
-TEST_F(WarpTimingTest, WaitsUntilMemoryThatIsFreedLateIsFree) {
+TEST_F(WarpTimingTest, WaitsForMemoryThatIsFreedLate) {
     ScriptedVideoMemory scripted(lab_.adapter.Get(),
                                  {9 * kMegabyte, 9 * kMegabyte, 5 * kMegabyte, 5 * kMegabyte, 8 * kMegabyte});
     EXPECT_EQ(Time(32, 18, lab_.adapter.Get()).vram_mb, 3.0);
@@ -283,7 +283,7 @@ TEST_F(WarpTimingTest, ForgetsTheMemoryOfTexturesThatFailed) {
     EXPECT_EQ(Time(32, 18, lab_.adapter.Get()).vram_mb, 0.0);
 }
 
-TEST_F(WarpTimingTest, TellsDirect3dsResultWithTheFailure) {
+TEST_F(WarpTimingTest, ReportsDirect3dsResultWithTheFailure) {
     ScriptedDevice scripted(lab_.device.Get());
     scripted.result_of_call = [](int call) { return call == 8 ? DXGI_ERROR_DEVICE_REMOVED : S_OK; };
     const WarpTiming timing = Time(160, 90);
@@ -297,7 +297,7 @@ class WarpWarmUpTest : public WarpTimingTest {
     void WarmUp() { WarmUpWarp(lab_.device.Get(), lab_.context.Get(), shader_, 160, 90, {}); }
 };
 
-TEST_F(WarpWarmUpTest, DrawsFramesAndLeavesNothingBehind) {
+TEST_F(WarpWarmUpTest, DrawsFramesAndLeaksNothing) {
     const ReportCapture report;
     RecordedContext recorded(lab_.context.Get());
     ScriptedDevice scripted(lab_.device.Get());
@@ -309,7 +309,7 @@ TEST_F(WarpWarmUpTest, DrawsFramesAndLeavesNothingBehind) {
     EXPECT_EQ(report.Text(), "");
 }
 
-TEST_F(WarpWarmUpTest, EndsAtOnceWhereNothingCanBeDrawnOrTimed) {
+TEST_F(WarpWarmUpTest, EndsAtOnceWhenNothingCanBeDrawnOrTimed) {
     const ReportCapture report;
     for (const int failing : {1, 8, 10, 13}) {
         SCOPED_TRACE(failing);
@@ -327,7 +327,7 @@ TEST_F(WarpTimingTest, TimesTheWidestEye) {
     EXPECT_TRUE(Time(16384, 4).ok);
 }
 
-TEST_F(WarpTimingTest, BearsSizesThatNoDeviceOrMemoryHas) {
+TEST_F(WarpTimingTest, HandlesSizesBeyondTheDeviceAndItsMemory) {
     const ReportCapture report;
     ScriptedDevice scripted(lab_.device.Get());
     constexpr std::int32_t kLargest = std::numeric_limits<std::int32_t>::max();
