@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr double kHalfOfLastDecimal = 0.00499;  // Of the measured time.
+constexpr double kHalfOfLastDecimal = 0.005;  // Of the measured time.
 
 /// A time that prints as `seconds` and with which `frames` print as `rate`. The printed time itself, unless
 /// another one is needed.

@@ -49,9 +49,9 @@ int Compare(const VideoMemoryUse& memory, const PrintedMemory& printed) {
 /// The memory whose usage and budget are apart from the printed megabytes by `part` of half a megabyte, in
 /// opposite directions.
 VideoMemoryUse MemoryAt(const PrintedMemory& printed, double part) {
-    constexpr double kNearlyHalf = 0.499;
-    return {BytesOf((printed.usage + part * kNearlyHalf) * kBytesPerMegabyte),
-            BytesOf((printed.budget - part * kNearlyHalf) * kBytesPerMegabyte), 0};
+    constexpr double kHalf = 0.5;
+    return {BytesOf((printed.usage + part * kHalf) * kBytesPerMegabyte),
+            BytesOf((printed.budget - part * kHalf) * kBytesPerMegabyte), 0};
 }
 
 /// Bytes that print as that: the printed megabytes themselves, unless their percentage prints differently.

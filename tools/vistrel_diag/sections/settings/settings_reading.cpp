@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <string_view>
 #include <utility>
 
@@ -181,16 +182,40 @@ bool ReadNoDepthWarning(const SourceLine& line, SettingsInEffectReading& reading
                          reading.near_zero_strength_line);
 }
 
-/// A scale that prints as `scale` and whose screen width prints as `metres`.
+/// Whether a scale of `candidate` prints as `scale` and `metres`.
+bool PrintsAs(float candidate, float scale, float metres) {
+    DiagSettings settings;
+    settings.scale = candidate;
+    return FormatText("%.2f", candidate) == FormatText("%.2f", scale) &&
+           FormatText("%.2f", settings.ScreenMetres()) == FormatText("%.2f", metres);
+}
+
+/// A scale that prints as `scale` and whose screen width prints as `metres`; `scale` itself when there is
+/// none. Both were rounded, so it is searched for where their ranges overlap, which may be a single float.
 float ScaleThatPrints(float scale, float metres) {
-    constexpr float kMetresPerScale = 3.0F;
-    constexpr float kHalfOfLastDecimal = 0.005F;
-    if (!std::isfinite(scale) || !std::isfinite(metres)) {
+    constexpr double kMetresPerScale = 3.0;
+    constexpr double kHalfOfLastDecimal = 0.005;
+    constexpr int kMostSteps = 8;
+    if (!std::isfinite(scale) || !std::isfinite(metres) || PrintsAs(scale, scale, metres)) {
         return scale;
     }
-    const float low = std::fmax(scale - kHalfOfLastDecimal, (metres - kHalfOfLastDecimal) / kMetresPerScale);
-    const float high = std::fmin(scale + kHalfOfLastDecimal, (metres + kHalfOfLastDecimal) / kMetresPerScale);
-    return low < high ? (low + high) / 2.0F : scale;
+    const double low = std::fmax(scale - kHalfOfLastDecimal, (metres - kHalfOfLastDecimal) / kMetresPerScale);
+    const double high =
+        std::fmin(scale + kHalfOfLastDecimal, (metres + kHalfOfLastDecimal) / kMetresPerScale);
+    const auto middle = static_cast<float>((low + high) / 2.0);
+    float above = middle;
+    float below = middle;
+    for (int step = 0; step < kMostSteps; ++step) {
+        if (PrintsAs(above, scale, metres)) {
+            return above;
+        }
+        if (PrintsAs(below, scale, metres)) {
+            return below;
+        }
+        above = std::nextafter(above, std::numeric_limits<float>::infinity());
+        below = std::nextafter(below, -std::numeric_limits<float>::infinity());
+    }
+    return scale;
 }
 
 bool ReadScreen(const SourceLine& line, SettingsInEffectReading& reading) {
@@ -249,7 +274,8 @@ void SetSeparation(DiagSettings& settings, float millimetres) {
     settings.f3d_separation_pct = millimetres * kPercent / kEyeDistanceMm;
 }
 
-/// What prints as near zero is below the limit of the warning, or not, as the warning tells.
+/// What prints as near zero is below the limit of the warning, or not, as the warning tells. With 3D off the
+/// warning is not printed, so what was printed is all that is known.
 void SetDepth(const PrintedDepth& depth, SettingsInEffectReading& reading) {
     constexpr float kNearZeroSeparation = 1.0F;
     constexpr float kNearZeroStrength = 0.05F;
@@ -258,12 +284,12 @@ void SetDepth(const PrintedDepth& depth, SettingsInEffectReading& reading) {
     DiagSettings& settings = reading.settings;
     reading.separation_mm = depth.separation_mm;
     float separation = depth.separation_mm;
-    if (separation == kNearZeroSeparation) {
+    if (settings.pseudo_3d && separation == kNearZeroSeparation) {
         separation *= reading.near_zero_separation_line != 0 ? kBelow : kAbove;
     }
     SetSeparation(settings, separation);
     settings.f3d_depth_strength = depth.strength;
-    if (depth.strength == kNearZeroStrength) {
+    if (settings.pseudo_3d && depth.strength == kNearZeroStrength) {
         settings.f3d_depth_strength *= reading.near_zero_strength_line != 0 ? kBelow : kAbove;
     }
 }
