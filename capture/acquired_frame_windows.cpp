@@ -5,7 +5,7 @@ using Microsoft::WRL::ComPtr;
 AcquiredFrame::~AcquiredFrame() {
     texture_.Reset();
     if (acquired_) {
-        // A failure needs no answer: the coming acquire fails in the same way and says why.
+        // The result is ignored: the next acquire fails in the same way and reports why.
         duplication_->ReleaseFrame();
     }
 }

@@ -9,7 +9,7 @@ namespace {
 constexpr const char* kMuxAdvice =
     "Capture the game window instead, or switch the laptop to its discrete GPU (MUX switch).";
 
-/// "Monitor X is driven by Y while Vistrel renders on Z", less the first word.
+/// "Monitor X is driven by Y while Vistrel renders on Z", without the first word.
 std::string TwoGpus(std::string_view source_name, std::string_view display_gpu, std::string_view render_gpu) {
     std::string text(source_name);
     text.append(" is driven by ").append(display_gpu);
@@ -69,6 +69,6 @@ std::string CarryFailureMessage(std::string_view display_gpu, std::string_view r
 void WriteCaptureMessage(std::string_view text) {
     std::string line = "[ScreenCaptureDxgi] ";
     line.append(text).append("\n");
-    // One write, so that lines of several threads do not mix.
+    // One write, so that lines from several threads do not mix.
     std::fwrite(line.data(), 1, line.size(), stderr);
 }

@@ -20,7 +20,7 @@ std::optional<float> FrameAgeMs(std::int64_t now_ticks, std::int64_t present_tic
     if (now_ticks < present_ticks || frequency <= 0) {
         return std::nullopt;
     }
-    // Unsigned: a present time far below zero must not overflow.
+    // Unsigned, so that a large negative present time does not overflow.
     const std::uint64_t ticks =
         static_cast<std::uint64_t>(now_ticks) - static_cast<std::uint64_t>(present_ticks);
     const double age_ms = static_cast<double>(ticks) * 1000.0 / static_cast<double>(frequency);

@@ -14,7 +14,7 @@ void DrawCursorOn(ID3D11Texture2D* texture, int left, int top) {
     }
     CURSORINFO cursor = {};
     cursor.cbSize = sizeof(cursor);
-    // A pointer can be shown and yet have no shape: touch input hides it that way.
+    // A visible pointer may have no shape: touch input suppresses it that way.
     if (GetCursorInfo(&cursor) && (cursor.flags & CURSOR_SHOWING) != 0 && cursor.hCursor != nullptr) {
         DrawIconEx(device_context, cursor.ptScreenPos.x - left, cursor.ptScreenPos.y - top, cursor.hCursor, 0,
                    0, 0, nullptr, DI_NORMAL | DI_COMPAT);

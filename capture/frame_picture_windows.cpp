@@ -7,7 +7,7 @@ bool FramePicture::Fit(ID3D11Device* device, const D3D11_TEXTURE2D_DESC& acquire
     if (texture_) {
         D3D11_TEXTURE2D_DESC present = {};
         texture_->GetDesc(&present);
-        // Bytes of one format copied into a texture of another would be garbage, so the format counts too.
+        // The format is compared too: copying between textures of different formats would produce garbage.
         if (present.Width == wanted.Width && present.Height == wanted.Height &&
             present.Format == wanted.Format) {
             return true;

@@ -33,7 +33,7 @@ bool ScreenCaptureDxgi::Initialize(ID3D11Device* device, std::string_view source
     initialized_ = false;
     duplication_.Reset();
     if (render_device_.Get() != device) {
-        // What belongs to an earlier device of the caller's is of no use on this one.
+        // Objects of an earlier device cannot be used with this one.
         picture_.Release();
         first_frame_waits_.Reset();
     }
@@ -169,7 +169,7 @@ bool ScreenCaptureDxgi::EnsureDuplication() {
     if (!OpenDuplication()) {
         return false;
     }
-    // The desktop may have another size or format now.
+    // The desktop may have a different size or format now.
     picture_.Release();
     display_device_.ReleaseStaging();
     first_frame_waits_.Reset();
@@ -242,7 +242,8 @@ std::string ScreenCaptureDxgi::LastError() const {
 void ScreenCaptureDxgi::Shutdown() {
     const std::lock_guard lock(mutex_);
     if (duplication_) {
-        // Holds nothing between two GetFrame calls; answers an error then, which is as well.
+        // No frame is held between two GetFrame calls; ReleaseFrame then returns an error, which does no
+        // harm.
         duplication_->ReleaseFrame();
     }
     picture_.Release();

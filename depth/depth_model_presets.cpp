@@ -2,8 +2,8 @@
 
 #include <cstddef>
 
-// The names and sizes disagree in places (row 0 says 252 and takes 256, row 9 is "mid" and "Balanced"): so
-// they do in the product.
+// Some names and sizes disagree (row 0 is called 252 and uses 256, row 9 is "mid" and "Balanced"). They
+// disagree in the product too.
 const std::array<DepthModelPreset, 12>& DepthModelPresets() {
     static constexpr std::array<DepthModelPreset, 12> kPresets = {{
         {L"vistrel/virtual_monitor/depth_anything_v2_vits_fp16_252.onnx", 256, 256,

@@ -3,7 +3,7 @@
 #include <algorithm>
 
 bool IsUsableInputSize(std::int64_t width, std::int64_t height) {
-    // Divided, not multiplied: the product of two declared dimensions can overflow.
+    // A division, because the product of two declared dimensions can overflow.
     return width >= 1 && height >= 1 && width <= kMostInputPixels / height;
 }
 

@@ -18,17 +18,17 @@ OrtOwner<OrtEnv> MakeEnvironment(const OrtApi& api) {
     return environment;
 }
 
-/// The options the product runs its models with, DirectML attached.
+/// The session options that the product uses, with DirectML attached.
 OrtOwner<OrtSessionOptions> MakeOptions(const OnnxRuntime& runtime, const InferenceRequest& request) {
     const OrtApi& api = *runtime.api;
     auto options = MakeOrt(api, api.ReleaseSessionOptions, api.CreateSessionOptions);
     CallOrt(api, api.SetSessionGraphOptimizationLevel, options.get(), ORT_ENABLE_ALL);
     if (request.half_precision) {
-        // The product's own remedy for its half-precision models, whose layer norms this fusion breaks.
+        // The product does the same: this fusion breaks the layer norms of its half-precision models.
         CallOrt(api, api.AddSessionConfigEntry, options.get(), "optimization.disable_specified_optimizers",
                 "SimplifiedLayerNormFusion");
     }
-    // DirectML takes neither memory patterns nor parallel execution.
+    // DirectML supports neither memory patterns nor parallel execution.
     CallOrt(api, api.DisableMemPattern, options.get());
     CallOrt(api, api.SetSessionExecutionMode, options.get(), ORT_SEQUENTIAL);
 
@@ -40,7 +40,7 @@ OrtOwner<OrtSessionOptions> MakeOptions(const OnnxRuntime& runtime, const Infere
     return options;
 }
 
-/// Frees a name with the allocator it came from.
+/// Frees a name with the allocator that allocated it.
 struct NameDeleter {
     OrtAllocator* allocator;
     void operator()(char* name) const { allocator->Free(allocator, name); }
@@ -49,7 +49,7 @@ using OrtName = std::unique_ptr<char, NameDeleter>;
 
 using NameEntry = OrtStatus*(ORT_API_CALL*)(const OrtSession*, std::size_t, OrtAllocator*, char**);
 
-/// The name of the session's first input or output, as `entry` asks for.
+/// The name of the session's first input or output; `entry` selects which.
 OrtName FirstName(const OrtApi& api, NameEntry entry, const OrtSession* session, OrtAllocator* allocator) {
     char* name = nullptr;
     OrtStatus* const status = entry(session, 0, allocator, &name);
@@ -58,8 +58,8 @@ OrtName FirstName(const OrtApi& api, NameEntry entry, const OrtSession* session,
     return owner;
 }
 
-/// The dimensions the model declares for its first input; -1 stands for a dynamic one. Empty when that input
-/// is no tensor.
+/// The dimensions that the model declares for its first input, -1 for a dynamic one. Empty when that input is
+/// not a tensor.
 std::vector<std::int64_t> InputDimensions(const OrtApi& api, const OrtSession* session) {
     const auto type = MakeOrt(api, api.ReleaseTypeInfo, api.SessionGetInputTypeInfo, session, 0U);
     const OrtTensorTypeAndShapeInfo* shape = nullptr;  // Belongs to `type`.
@@ -74,7 +74,8 @@ std::vector<std::int64_t> InputDimensions(const OrtApi& api, const OrtSession* s
     return dimensions;
 }
 
-/// Settles the input's size: the model's own when it declares one, else the one `timing` came with.
+/// Determines the input's size: the model's own if it declares one, otherwise the one that `timing` already
+/// has.
 void SettleInputSize(const std::vector<std::int64_t>& dimensions, ModelTiming& timing) {
     std::int64_t width = timing.width;
     std::int64_t height = timing.height;
@@ -128,7 +129,7 @@ void MeasureInference(const OnnxRuntime& runtime, const InferenceRequest& reques
     const auto session = MakeOrt(api, api.ReleaseSession, api.CreateSession, environment.get(),
                                  request.model_file.c_str(), options.get());
 
-    OrtAllocator* allocator = nullptr;  // The runtime's own, never released.
+    OrtAllocator* allocator = nullptr;  // Owned by the runtime, never released.
     CallOrt(api, api.GetAllocatorWithDefaultOptions, &allocator);
     const OrtName input_name = FirstName(api, api.SessionGetInputName, session.get(), allocator);
     const OrtName output_name = FirstName(api, api.SessionGetOutputName, session.get(), allocator);

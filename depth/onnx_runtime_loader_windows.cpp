@@ -26,9 +26,9 @@ constexpr std::uint32_t kApiVersion = 24;
 
 using GetApiBase = const OrtApiBase*(ORT_API_CALL*)();
 
-/// By the full path first: by its name alone Windows would give a module of that name that the process has
-/// already, whoever brought it, and then, without one in the executable's folder, the older one of its own
-/// system folder.
+/// Tries the full path first. For a bare name Windows returns a module of that name that is already loaded,
+/// no matter from where. If none is loaded and the executable's folder has none, it finds the older version
+/// in its own system folder.
 HMODULE LoadRuntime() {
     const std::string folder = ExecutableFolder();
     if (folder.empty()) {
@@ -39,18 +39,18 @@ HMODULE LoadRuntime() {
     const DWORD error = GetLastError();
     if (module == nullptr && GetFileAttributesW(own.c_str()) != INVALID_FILE_ATTRIBUTES) {
         SetLastError(error);
-        return nullptr;  // It is there and cannot be loaded; another one is not the product's.
+        return nullptr;  // It exists but cannot be loaded; any other one would not be the product's.
     }
     return module != nullptr ? module : LoadLibraryQuietly(kModuleName);
 }
 
-/// The module as it is now: null before it was loaded.
+/// The loaded module; null before it is loaded.
 HMODULE& CurrentModule() {
     static HMODULE module = nullptr;
     return module;
 }
 
-/// The module, loaded when it is not yet and never let go. Null when it cannot be loaded.
+/// The module, which is loaded on the first call and never unloaded. Null when it cannot be loaded.
 HMODULE OnnxRuntimeModule() {
     HMODULE& module = CurrentModule();
     if (module == nullptr) {
@@ -65,8 +65,8 @@ std::string ModulePath(HMODULE module) {
     return Utf8FromWide({path.data(), length});
 }
 
-/// The entry at `ordinal` when it is the one called `name`, or has no name at all: in a runtime that was
-/// built otherwise another function may lie there.
+/// The export at `ordinal` if it is called `name` or has no name: a runtime from another build may export a
+/// different function there.
 template <typename Function>
 Function Entry(HMODULE module, WORD ordinal, std::string_view name) {
     const char* const given = NameOfExport(module, ordinal);
@@ -76,8 +76,8 @@ Function Entry(HMODULE module, WORD ordinal, std::string_view name) {
     return reinterpret_cast<Function>(GetProcAddress(module, MAKEINTRESOURCEA(ordinal)));
 }
 
-/// The table of version kApiVersion. Windows itself carries an older runtime in its system folder, found when
-/// none lies beside the executable, so the message says which one this is.
+/// The API table of version kApiVersion. Windows has an older runtime in its system folder, which is found
+/// when there is none beside the executable, so the message names the file that was loaded.
 const OrtApi* ApiTable(HMODULE module) {
     const auto get_api_base = Entry<GetApiBase>(module, kGetApiBaseOrdinal, "OrtGetApiBase");
     if (get_api_base == nullptr) {
@@ -114,7 +114,7 @@ OnnxRuntime FindOnnxRuntime() {
     return runtime;
 }
 
-/// What FindOnnxRuntime gave, found once: the runtime, or why there is none.
+/// The result of FindOnnxRuntime, which runs once: the runtime, or why there is none.
 struct FoundRuntime {
     OnnxRuntime runtime;
     std::string refusal;
@@ -130,23 +130,22 @@ FoundRuntime FindOnce() {
     return found;
 }
 
-/// Stands in for an import that cannot be found. All those that the runtime puts off return an HRESULT, and
-/// on x64 the caller clears the arguments away.
+/// Replaces an import that cannot be found. All delay-loaded imports of the runtime return an HRESULT, and on
+/// x64 the caller removes the arguments.
 HRESULT MissingImport() {
     return HRESULT_FROM_WIN32(ERROR_DELAY_LOAD_FAILED);
 }
 
-/// Whether `import` is one of the runtime's own: the description that the helper got lies in the module whose
-/// import it is.
+/// Whether the runtime itself has this import: the delay-load descriptor is inside the importing module.
 bool IsImportOf(const DelayLoadInfo& import, HMODULE module) {
     const auto place = reinterpret_cast<std::uintptr_t>(import.pidd);
     const auto begin = reinterpret_cast<std::uintptr_t>(module);
     return module != nullptr && place >= begin && place - begin < ImageSize(module);
 }
 
-/// The exceptions of the delay-load helper are made to be answered: it goes on with whatever function the
-/// handler leaves in the record. This handler comes before those of whoever raised the exception, so what is
-/// not the runtime's it must leave to them.
+/// The delay-load helper raises exceptions that a handler may resolve: it continues with the function that
+/// the handler stores in the record. This handler runs before those of the code that triggered the load, so
+/// it must ignore whatever does not concern the runtime.
 LONG CALLBACK AnswerMissingImport(EXCEPTION_POINTERS* raised) {
     const EXCEPTION_RECORD& exception = *raised->ExceptionRecord;
     const bool is_missing_import =

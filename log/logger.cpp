@@ -27,7 +27,7 @@ const char* TagOf(LogLevel level) {
     return "";
 }
 
-/// All zero when the system cannot tell.
+/// All zero when the local time is not available.
 std::tm LocalTime(std::time_t time) {
     std::tm local = {};
 #ifdef _WIN32
@@ -57,7 +57,7 @@ void WriteToRing(std::byte* ring, std::string_view line) {
     std::memcpy(data + start, kept.data(), before_wrap);
     std::memcpy(data, kept.data() + before_wrap, kept.size() - before_wrap);
 
-    // A reader in another process must never see the count ahead of the data.
+    // A reader in another process must never see the count before the data.
     std::atomic_thread_fence(std::memory_order_seq_cst);
     count.exchange(written_before + kept.size());
 }

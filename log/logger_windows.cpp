@@ -1,4 +1,4 @@
-// The one logger of the process, and the console that is adjusted when it is made.
+// The process's only logger; the console mode is changed when it is created.
 #include "log/logger.h"
 #include "tools/vistrel_diag/report/console_mode.h"
 

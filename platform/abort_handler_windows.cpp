@@ -9,7 +9,7 @@ namespace {
 using SignalHandler = void (*)(int);
 using SignalFunction = SignalHandler (*)(int signal, SignalHandler handler);
 
-/// That of ucrtbase.dll, which stays loaded. Null on a system without it.
+/// The signal() of ucrtbase.dll, which stays loaded. Null on a system without it.
 SignalFunction UniversalSignal() {
     static const SignalFunction function = [] {
         HMODULE library = LoadLibraryExW(L"ucrtbase.dll", nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);

@@ -8,11 +8,11 @@
 
 namespace {
 
-/// The code page to put back; 0 while there is none. Windows calls the handler below on a thread of its own.
+/// The code page to restore; 0 while there is none. Windows calls the handler below on its own thread.
 std::atomic<UINT> code_page_found = 0;
 
-/// A control character as its picture, so that no window's title or device's name gives a terminal commands;
-/// what text is laid out with stays.
+/// Replaces control characters by their Unicode control pictures, so that a window title or device name
+/// cannot send commands to the terminal. Those used for layout are kept.
 wchar_t Shown(wchar_t unit) {
     constexpr wchar_t kFirstPicture = 0x2400;
     constexpr wchar_t kDelete = 0x7F;
@@ -28,8 +28,8 @@ wchar_t Shown(wchar_t unit) {
     return unit > kDelete && unit < 0xA0 ? L'\uFFFD' : unit;
 }
 
-/// Every line feed behind a carriage return. A console returns by itself only as long as nobody has switched
-/// that off, which a program that ran there before may have done.
+/// Puts a carriage return before every line feed. A console adds one itself only while that mode is enabled,
+/// and a program that ran there before may have disabled it.
 std::wstring WithWholeLineEnds(const std::wstring& text) {
     std::wstring result;
     for (const wchar_t unit : text) {
@@ -43,7 +43,7 @@ std::wstring WithWholeLineEnds(const std::wstring& text) {
 
 BOOL WINAPI OnConsoleEvent(DWORD /*event*/) {
     PutConsoleCodePageBack();
-    return FALSE;  // The event then ends the program as it would have without this handler.
+    return FALSE;  // The event then ends the program as usual.
 }
 
 }  // namespace
@@ -55,7 +55,7 @@ bool StandardOutputIsConsole() {
 
 void WriteToConsole(std::string_view text) {
     const int bytes = static_cast<int>(text.size());
-    std::wstring wide(text.size(), L'\0');  // Never more units than there are bytes.
+    std::wstring wide(text.size(), L'\0');  // UTF-16 never has more units than UTF-8 has bytes.
     wide.resize(
         static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, text.data(), bytes, wide.data(), bytes)));
     std::transform(wide.begin(), wide.end(), wide.begin(), Shown);

@@ -33,7 +33,7 @@ constexpr std::array kNamedExceptions = {
     NamedException{0xC000013A, "Ctrl-C or closed window"},
     NamedException{0xC0000142, "DLL that failed to start"},
     NamedException{0xC0000374, "heap corruption"},
-    // Named after its first use, a damaged stack; the C runtime's abort ends with it as well.
+    // The name comes from its first use, a damaged stack; the C runtime's abort() also ends with it.
     NamedException{0xC0000409, "fail-fast"},
     NamedException{0xC0000417, "invalid parameter to the C runtime"},
     NamedException{0xC0000420, "assertion failure"},

@@ -14,7 +14,7 @@ namespace {
 
 constexpr int kMappedFileName = 2;  // MemoryMappedFilenameInformation
 
-/// The answer: the text it points to follows it. Small enough for the stack that is left after an overflow.
+/// The result, followed by the text it points to. Small enough for the stack that is left after an overflow.
 struct MappedFileName {
     UNICODE_STRING path;
     std::array<wchar_t, 520> text;
@@ -24,7 +24,7 @@ struct MappedFileName {
 
 const void* FaultAddress(const EXCEPTION_RECORD& exception) {
     constexpr DWORD kCppException = 0xE06D7363;
-    constexpr DWORD kThrowingImage = 3;  // Of its parameters, in 64-bit programs.
+    constexpr DWORD kThrowingImage = 3;  // Index of this parameter in 64-bit programs.
     if (exception.ExceptionCode == kCppException && exception.NumberParameters > kThrowingImage) {
         return reinterpret_cast<const void*>(exception.ExceptionInformation[kThrowingImage]);
     }
@@ -36,7 +36,8 @@ void FindFaultModule(const void* address, char* buffer, std::size_t size) {
         return;
     }
     buffer[0] = '\0';
-    // A device path, "\Device\HarddiskVolume3\Windows\System32\name.dll". A longer one has no name here.
+    // A device path, "\Device\HarddiskVolume3\Windows\System32\name.dll". Longer paths do not fit and give no
+    // name.
     MappedFileName answer = {};
     if (NtQueryVirtualMemory(GetCurrentProcess(), address, kMappedFileName, &answer, sizeof(answer),
                              nullptr) < 0 ||

@@ -25,7 +25,7 @@ std::string FormatBoundedV(std::size_t limit, const char* format, std::va_list a
         return {};
     }
     std::string text(std::min(static_cast<std::size_t>(length), limit), '\0');
-    // The terminating zero lands on the string's own.
+    // The terminating zero overwrites the string's own.
     std::vsnprintf(text.data(), text.size() + 1, format, arguments);
     return text;
 }

@@ -14,7 +14,7 @@ HMODULE LoadQuietly(const wchar_t* name, DWORD flags) {
     return library;
 }
 
-/// A failure even if Windows did not say which.
+/// The last error, or a generic one if Windows did not set it.
 HRESULT LastFailure() {
     const DWORD error = GetLastError();
     return error == ERROR_SUCCESS ? E_FAIL : HRESULT_FROM_WIN32(error);
@@ -23,8 +23,8 @@ HRESULT LastFailure() {
 }  // namespace
 
 void NeverLoadFromCurrentDirectory() {
-    // Whatever folder is set takes the current directory's place in the search, so it is one that is searched
-    // anyway. An empty text would do on Windows, but says nothing to Wine.
+    // The folder that is set here replaces the current directory in the search order, so it is one that is
+    // searched anyway. An empty string would be enough on Windows, but Wine ignores it.
     std::array<wchar_t, MAX_PATH> system_folder = {};
     GetSystemDirectoryW(system_folder.data(), static_cast<UINT>(system_folder.size()));
     SetDllDirectoryW(system_folder.data());

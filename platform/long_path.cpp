@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr std::size_t kShortPath = 259;  // Windows counts the terminating zero as well.
+constexpr std::size_t kShortPath = 259;  // Windows also counts the terminating zero.
 
 bool BeginsWithDrive(std::string_view path) {
     return path.size() > 2 && path[1] == ':' && (path[2] == '\\' || path[2] == '/');
@@ -14,7 +14,7 @@ bool BeginsWithServer(std::string_view path) {
     return path.starts_with("\\\\") && !path.starts_with("\\\\?\\") && !path.starts_with("\\\\.\\");
 }
 
-/// Behind "\\?\" Windows takes a slash for a letter.
+/// After "\\?\" Windows treats a slash as an ordinary character.
 std::string WithBackslashes(std::string_view path) {
     std::string text(path);
     std::replace(text.begin(), text.end(), '/', '\\');

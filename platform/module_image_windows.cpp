@@ -2,13 +2,13 @@
 
 namespace {
 
-/// The structure at `offset` of the image.
+/// The structure at `offset` in the image.
 template <typename Type>
 const Type& At(HMODULE module, std::size_t offset) {
     return *reinterpret_cast<const Type*>(reinterpret_cast<const std::byte*>(module) + offset);
 }
 
-/// The headers of a module of this process's own kind; whatever Windows has loaded has sound ones.
+/// The headers of a module loaded as code in this process; Windows has already validated them.
 const IMAGE_NT_HEADERS& Headers(HMODULE module) {
     const auto& dos = At<IMAGE_DOS_HEADER>(module, 0);
     return At<IMAGE_NT_HEADERS>(module, static_cast<std::size_t>(dos.e_lfanew));

@@ -8,7 +8,7 @@
 
 std::ifstream OpenFileForReading(std::string_view path) {
 #ifdef _WIN32
-    // The wide form bears every name, whatever the code page.
+    // The wide function accepts every name, whatever the code page.
     const std::wstring name = WideFromUtf8(OpenablePath(path));
 #else
     const std::string name(path);

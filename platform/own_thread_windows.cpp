@@ -19,7 +19,7 @@ void RunOnOwnThread(const std::function<void()>& work) {
         work();
         return;
     }
-    // The thread works on what lies on this one's stack: it must end first, even if a wait should fail.
+    // The thread uses objects on this thread's stack, so it must end first, even if a wait fails.
     DWORD exit_code = STILL_ACTIVE;
     while (WaitForSingleObject(thread.get(), INFINITE) != WAIT_OBJECT_0 &&
            GetExitCodeThread(thread.get(), &exit_code) != FALSE && exit_code == STILL_ACTIVE) {

@@ -1,6 +1,6 @@
 #include "platform/process_snapshot.h"
 
-// The tool help header needs the types of this one first.
+// tlhelp32.h needs the types of windows.h.
 #include <windows.h>
 
 #include <tlhelp32.h>

@@ -13,7 +13,7 @@ HKEY OpenForReading(HKEY root, const wchar_t* path) {
     return RegOpenKeyExW(root, path, 0, KEY_READ, &key) == ERROR_SUCCESS ? key : nullptr;
 }
 
-/// The first `size` bytes of `buffer`, and never more than it holds, whatever a call claims to have written.
+/// The first `size` bytes of `buffer`, limited to its size, whatever a call claims to have written.
 template <std::size_t Capacity>
 std::span<const std::uint8_t> Written(const std::array<std::uint8_t, Capacity>& buffer, DWORD size) {
     return std::span(buffer).first(std::min<std::size_t>(size, Capacity));

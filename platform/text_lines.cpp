@@ -10,9 +10,8 @@ namespace {
 
 constexpr char kEndOfText = '\x1A';
 
-/// Where `character` is in the buffer from `begin` to `end`. Looks at 16 bytes at a time, for which every x64
-/// processor has the instructions: the memchr of the C runtime may look at them one by one, as Wine's does,
-/// which took longer than all else that is done with a line.
+/// Finds `character` between `begin` and `end`, 16 bytes at a time, which every x64 processor supports. The C
+/// runtime's memchr may compare byte by byte, as Wine's does; that took longer than all other work on a line.
 std::optional<std::size_t> Find(const std::vector<char>& buffer, std::size_t begin, std::size_t end,
                                 char character) {
     constexpr std::size_t kBlockBytes = sizeof(__m128i);
@@ -48,7 +47,7 @@ std::optional<TextLines::Piece> TextLines::Next() {
         }
     }
     if (!at_end_) {
-        // The buffer is full of one line. A carriage return at its end stays: a line feed may follow.
+        // One line fills the buffer. A carriage return at its end is kept: a line feed may follow.
         const std::size_t text_end = end_ - (buffer_[end_ - 1] == '\r' ? 1 : 0);
         return Cut(text_end, text_end, false);
     }
@@ -58,7 +57,7 @@ std::optional<TextLines::Piece> TextLines::Next() {
     return Cut(end_, end_, true);
 }
 
-/// Reads on behind what is left in the buffer. False when the buffer is full or the text has ended.
+/// Appends to what is left in the buffer. False when the buffer is full or the text has ended.
 bool TextLines::Refill() {
     const std::size_t kept_from = begin_ - repeated_;
     const std::size_t kept = end_ - kept_from;
@@ -77,7 +76,7 @@ bool TextLines::Refill() {
     return true;
 }
 
-/// Hands out everything up to `text_end` and goes on at `next_begin`.
+/// Returns everything up to `text_end` and continues at `next_begin`.
 TextLines::Piece TextLines::Cut(std::size_t text_end, std::size_t next_begin, bool ends) {
     const std::string_view text(buffer_.data() + begin_ - repeated_, text_end - begin_ + repeated_);
     const Piece piece = {text, repeated_, !within_line_, ends};

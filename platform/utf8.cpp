@@ -14,7 +14,7 @@ bool IsTrailSurrogate(char16_t unit) {
     return unit >= 0xDC00 && unit <= 0xDFFF;
 }
 
-/// `text` with U+FFFD in place of every half of a surrogate pair whose other half is missing.
+/// `text` with every unpaired surrogate replaced by U+FFFD.
 std::u16string WithoutUnpairedSurrogates(std::u16string_view text) {
     constexpr char16_t kReplacement = 0xFFFD;
     std::u16string whole(text);

@@ -58,7 +58,7 @@ StereoWarpConstants ComputeStereoWarpConstants(const DiagSettings& settings,
     constants.popout_limit = settings.f3d_popout_limit;
     constants.eye_balance = settings.f3d_eye_balance;
     constants.eye = arguments.eye;
-    // The shader reads these two as unsigned: a negative setting arrives as its two's complement.
+    // The shader reads these two as unsigned: a negative setting is passed as its two's complement.
     constants.search_steps = static_cast<std::uint32_t>(settings.f3d_search_steps);
     constants.debug_stage = static_cast<std::uint32_t>(settings.f3d_debug_stage);
     constants.edge_magnet = settings.f3d_edge_magnet;

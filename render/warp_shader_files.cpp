@@ -23,7 +23,7 @@ bool ReadWholeFile(const std::string& path, std::string& text) {
     if (!file.is_open()) {
         return false;
     }
-    // Inserting the buffer takes a failing read, which the buffer throws, for the end of the file.
+    // On a read error the buffer throws, and operator<< treats that as the end of the file.
     std::ostringstream contents;
     contents << file.rdbuf();
     text = contents.str();

@@ -14,7 +14,7 @@ DiagSettings& DiagSettings::Instance() {
 }
 
 float DiagSettings::SeparationMm() const {
-    // Written so that a value which is not a number fails the test.
+    // Written so that a NaN fails the test.
     const bool plausible =
         eye_distance_mm >= kSmallestEyeDistanceMm && eye_distance_mm <= kLargestEyeDistanceMm;
     return (plausible ? eye_distance_mm : kDefaultEyeDistanceMm) * f3d_separation_pct * 0.01F;

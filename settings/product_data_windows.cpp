@@ -15,7 +15,7 @@ std::string ProductDataFolder() {
         return ".";
     }
     const std::wstring folder = std::wstring(local_data.data()) + L"\\Vistrel";
-    CreateDirectoryW(folder.c_str(), nullptr);  // Mostly it is there already.
+    CreateDirectoryW(folder.c_str(), nullptr);  // Usually it exists already.
     return Utf8FromWide(folder);
 }
 

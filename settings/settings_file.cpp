@@ -42,7 +42,7 @@ bool ApplyFirstSettingsFile(const std::vector<std::string>& candidates) {
             SetSettingsFilePath(path);
             return true;
         } catch (const std::exception& error) {
-            // Printed where it happens: the file is read before its own section begins.
+            // Printed immediately: the file is read before its own section begins.
             Report::Line("!! settings.json found at %s but could not be parsed: %s", path.c_str(),
                          error.what());
             return false;

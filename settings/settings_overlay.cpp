@@ -9,8 +9,8 @@
 
 namespace {
 
-/// A fraction is cut off. What no int can hold becomes the value that the processor's own conversion gives
-/// for every such number.
+/// Truncates a fraction. A number that no int can hold becomes the value to which the processor converts
+/// every such number.
 std::int32_t IntFromDouble(double number) {
     using Limits = std::numeric_limits<std::int32_t>;
     const double whole = std::trunc(number);
@@ -18,8 +18,8 @@ std::int32_t IntFromDouble(double number) {
     return fits ? static_cast<std::int32_t>(whole) : Limits::min();
 }
 
-/// The nearest single-precision number, by the processor's rule: what would round beyond the largest one is
-/// an infinity.
+/// The nearest single-precision number. As on the processor, a number that would round beyond the largest one
+/// becomes infinity.
 float FloatFromDouble(double number) {
     constexpr double kFirstInfinite = 0x1.FFFFFFp127;  // Half a step above the largest.
     constexpr float kLargest = std::numeric_limits<float>::max();
@@ -30,8 +30,8 @@ float FloatFromDouble(double number) {
     return static_cast<float>(std::clamp<double>(number, -kLargest, kLargest));
 }
 
-/// A number with a fraction or an exponent is converted here, where the library's plain cast is undefined for
-/// one that the field cannot hold. All else, complaints included, is the library's.
+/// Converts numbers with a fraction or an exponent here, because the library's plain cast is undefined for
+/// values that the field cannot hold. Everything else, errors included, is left to the library.
 template <typename Field>
 void Overlay(const nlohmann::json& file, const char* key, Field& field) {
     if (const auto found = file.find(key); found != file.end() && found->is_number_float()) {
@@ -51,7 +51,7 @@ void Overlay(const nlohmann::json& file, const char* key, Field& field) {
 void OverlaySettings(std::istream& file, DiagSettings& settings) {
     nlohmann::json keys;
     file >> keys;
-    // In the product's order: the first wrong value ends the overlay and the keys before it count.
+    // In the product's order: the first wrong value ends the overlay, and the keys before it apply.
     Overlay(keys, "vistrel_image_algo", settings.image_algo);
     Overlay(keys, "vistrel_scale", settings.scale);
     Overlay(keys, "vistrel_f3d_search_steps", settings.f3d_search_steps);
