@@ -18,7 +18,6 @@ void WriteToStandardOutput(std::string_view text) {
     std::fwrite(text.data(), 1, text.size(), stdout);
 }
 
-/// What standard output shows.
 struct Screen {
     ConsoleWriter writer = WriteToStandardOutput;
     bool at_line_start = true;
@@ -30,7 +29,7 @@ Screen& TheScreen() {
     return screen;
 }
 
-/// What clears the transient line, before which the cursor stands, away.
+/// The text that clears the transient line; the cursor is at its start.
 std::string TakeTransientLine() {
     const std::size_t columns = std::exchange(TheScreen().transient_line, {}).size();
     return columns == 0 ? std::string() : std::string(columns, ' ') + "\r";
@@ -51,8 +50,8 @@ bool OutputIsConsole() {
     return TheScreen().writer != WriteToStandardOutput;
 }
 
-/// One line of standard input without its end, cut after kLongestAnswer characters: what goes beyond is taken
-/// from the input as well, so that it cannot answer a later prompt. Empty at the end of the input.
+/// Reads one line of standard input without its end, cut after kLongestAnswer characters. The rest of the
+/// line is read and discarded, so that it cannot answer a later prompt. Empty at the end of the input.
 std::optional<std::string> ReadStandardInput() {
     std::string answer;
     int character = std::getc(stdin);

@@ -28,12 +28,12 @@ std::optional<std::string> ReadLine() {
             return std::nullopt;
         }
         if (units == 0) {
-            // Ctrl-C ends a read at once, as a success; the handlers run on another thread, often later. By
-            // then a run that took this for an empty line would have gone on.
+            // Ctrl-C ends a read at once and the call succeeds; the handlers run on another thread, often
+            // later. A run that treated this as an empty line would have continued by then.
             EndByControlC();
         }
         line.append(piece.data(), units);
-        // Where input is not processed the carriage return stands alone.
+        // Without processed input a carriage return has no line feed.
         whole = line.back() == L'\n' || (line.back() == L'\r' && units < piece.size());
     }
     line.erase(line.find_last_not_of(L"\r\n") + 1);
@@ -49,7 +49,7 @@ bool IsEnter(const INPUT_RECORD& record) {
 bool EnterWasPressed() {
     std::array<INPUT_RECORD, 16> records = {};
     DWORD waiting = 0;
-    // Asked first, for a read of no events would wait for one.
+    // Checked first, because a read without pending events would block.
     while (GetNumberOfConsoleInputEvents(Input(), &waiting) != FALSE && waiting > 0) {
         DWORD read = 0;
         const auto count = std::min<DWORD>(waiting, static_cast<DWORD>(records.size()));

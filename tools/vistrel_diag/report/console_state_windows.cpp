@@ -16,12 +16,12 @@
 
 namespace {
 
-/// What was found, to be put back. Read by whichever thread ends the process.
+/// The original state, to be restored. Any thread that ends the process may read it.
 struct Found {
     std::atomic<bool> input_changed = false;
     DWORD input_mode = 0;
     std::atomic<bool> title_changed = false;
-    std::array<wchar_t, 1024> title = {};  ///< a longer one is cut
+    std::array<wchar_t, 1024> title = {};  ///< longer ones are truncated
     std::atomic<bool> taskbar_changed = false;
     std::atomic<bool> own_console = false;
     std::atomic<bool> shows_progress = false;
@@ -46,8 +46,8 @@ bool IsConsole(HANDLE handle) {
     return GetConsoleMode(handle, &mode) != FALSE;
 }
 
-/// While it lives, the console obeys sequences instead of showing their characters. Not longer than that:
-/// what other code writes to the standard error stream is not looked through for sequences.
+/// Enables escape sequences on the console for its lifetime only: text that other code writes to the standard
+/// error stream is not checked for sequences.
 class SequencesObeyed {
   public:
     SequencesObeyed() {
@@ -69,8 +69,8 @@ class SequencesObeyed {
     bool obeyed_ = false;
 };
 
-/// Windows Terminal and others show progress on the taskbar; who does not know the sequence ignores it.
-/// `state`: 0 nothing, 1 a part, 3 busy. Allocates nothing.
+/// Windows Terminal and others show progress on the taskbar; other terminals ignore the sequence. `state`: 0
+/// none, 1 a percentage, 3 busy. Allocates nothing.
 void WriteTaskbarSequence(int state, int percent) {
     std::array<wchar_t, 32> sequence = {};
     const int units =
@@ -148,7 +148,7 @@ void BeginWithOutput() {
 
 BOOL WINAPI OnConsoleEvent(DWORD /*event*/) {
     PutConsoleBack();
-    return FALSE;  // The event then ends the program as it would have without this handler.
+    return FALSE;  // The event then ends the program as usual.
 }
 
 }  // namespace
@@ -173,7 +173,7 @@ ConsoleState::~ConsoleState() {
 
 void PutConsoleBack() {
     Found& found = WhatWasFound();
-    found.shows_progress = false;  // A thread that still measures shows nothing more.
+    found.shows_progress = false;  // A thread that is still measuring shows nothing more.
     if (found.taskbar_changed.exchange(false)) {
         WriteTaskbarSequence(0, 0);
     }
@@ -181,7 +181,7 @@ void PutConsoleBack() {
         SetConsoleTitleW(found.title.data());
     }
     if (found.input_changed.exchange(false)) {
-        // Without the extended flag Windows would not bring quick-edit back.
+        // Without the extended flag Windows would not restore quick-edit.
         const bool quick_edit = (found.input_mode & ENABLE_QUICK_EDIT_MODE) != 0;
         SetConsoleMode(Input(), found.input_mode | (quick_edit ? ENABLE_EXTENDED_FLAGS : 0));
     }

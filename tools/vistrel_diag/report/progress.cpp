@@ -44,12 +44,12 @@ void ShowText(const std::string& text, Taskbar taskbar, int percent) {
     }
     SetTitle(std::string(kProgramTitle) + " - " + text);
     SetTaskbar(taskbar, percent);
-    // A line as wide as the window would wrap, and what wraps cannot be replaced.
+    // A line as wide as the window would wrap, and a wrapped line cannot be overwritten.
     const int columns = std::max(Now().display->columns() - 1, 0);
     ShowTransientLine(("  " + text + " ...").substr(0, static_cast<std::size_t>(columns)));
 }
 
-/// The part of `whole` that is done, in percent; 0 when that cannot be told.
+/// The part of `whole` that is done, in percent; 0 when it cannot be calculated.
 int Percent(double done, double whole) {
     const double percent = 100.0 * done / whole;
     return percent > 0.0 ? static_cast<int>(std::min(percent, 100.0)) : 0;
@@ -73,7 +73,7 @@ void ShowSecondsLeft(std::string_view what, double seconds_left, double seconds_
     constexpr double kLongest = 86400.0;
     const double left = seconds_left > 0.0 ? std::min(seconds_left, kLongest) : 0.0;
     const int whole_seconds = static_cast<int>(std::ceil(left));
-    // By whole seconds too: the bar then changes when the line does.
+    // Whole seconds here as well, so that the bar changes together with the line.
     ShowText(std::string(what) + ", " + std::to_string(whole_seconds) + " s left", Taskbar::Part,
              Percent(seconds_in_all - whole_seconds, seconds_in_all));
 }

@@ -14,15 +14,15 @@
 namespace Report {
 namespace {
 
-constexpr std::size_t kHeaderRuleColumns = 62;  // Shared by the title and the rule behind it.
+constexpr std::size_t kHeaderRuleColumns = 62;  // The title and the rule after it together.
 
 KeptText& Kept() {
     static KeptText text;
     return text;
 }
 
-/// The current section's title, for readers on other threads. A reader may hold on to a title for however
-/// long: none is written to or freed once it has been published.
+/// The current section's title, for readers on other threads. A reader may keep a title indefinitely, so a
+/// published title is never modified or freed.
 class PublishedTitle {
   public:
     void Set(std::string_view title) {
@@ -124,7 +124,7 @@ std::string FilePath(std::string_view tool_folder) {
 
 WrittenFile WriteFile(std::string_view tool_folder) {
     const std::string path = FilePath(tool_folder);
-    // Opened by its wide form, which bears every folder name; binary, because the line ends are in the text.
+    // The wide path accepts every folder name; binary, because the line ends are already in the text.
     const std::string openable = OpenablePath(path);
     std::ofstream file(std::filesystem::path(std::u8string(openable.begin(), openable.end())),
                        std::ios::binary | std::ios::trunc);
@@ -134,7 +134,7 @@ WrittenFile WriteFile(std::string_view tool_folder) {
     }
     const std::string text = Kept().Copy();
     file.write(text.data(), static_cast<std::streamsize>(text.size()));
-    file.close();  // What is still in its buffer is written here, and may not fit the disk either.
+    file.close();  // Flushes the buffer, which may also fail on a full disk.
     if (!file) {
         ConsolePrint("\n!! Could not write the whole report file. Copy the text above instead.\n");
         return {true, false, path};

@@ -7,7 +7,7 @@
 
 namespace {
 
-/// What happened, in the reader's words; into `buffer` where it takes a name or a number.
+/// Describes what happened; uses `buffer` if the text contains a name or a number.
 const char* Cause(RunEnd end, const CrashSite& site, std::array<char, 192>& buffer) {
     const char* const name = ExceptionName(site.exception_code);
     std::array<char, 32> place = {};

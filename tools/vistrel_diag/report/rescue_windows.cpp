@@ -21,27 +21,27 @@ namespace {
 
 enum class Stage { Idle, Armed, OrdinaryReport, Written, Rescuing, Rescued };
 
-/// Together, so that nobody sees one without the other.
+/// One atomic value, so that no thread sees one member without the other.
 struct State {
     Stage stage = Stage::Idle;
     DWORD writer = 0;  ///< the thread that writes the file: in OrdinaryReport and Rescuing
 };
 
-constexpr DWORD kStackForHandler = 64 * 1024;  // So that the handler can run after a stack overflow.
-constexpr DWORD kLongestWaitMs = 4000;         // Windows ends a process about 5 s after it was told to close.
-constexpr std::size_t kLongestPath = 32767;    // In UTF-16 units; Windows has no longer ones.
+constexpr DWORD kStackForHandler = 64 * 1024;  // Lets the handler run after a stack overflow.
+constexpr DWORD kLongestWaitMs = 4000;         // Windows ends a process about 5 s after asking it to close.
+constexpr std::size_t kLongestPath = 32767;    // In UTF-16 units, the limit of Windows.
 
 std::atomic<State> state = State{};
 static_assert(std::atomic<State>::is_always_lock_free);
-std::array<wchar_t, kLongestPath + 1> path = {};  ///< as the kernel knows it, "\??\C:\..."
+std::array<wchar_t, kLongestPath + 1> path = {};  ///< in the kernel's form, "\??\C:\..."
 std::size_t path_length = 0;
 DWORD guaranteed_thread = 0;  ///< has stack left after an overflow
 const void* overflow_address = nullptr;
 LPTOP_LEVEL_EXCEPTION_FILTER filter_found = nullptr;
 HANDLE overflow_seen = nullptr;    ///< event
-HANDLE overflow_writer = nullptr;  ///< thread, waits for the event
+HANDLE overflow_writer = nullptr;  ///< thread that waits for the event
 
-/// What ends the run.
+/// Why the run ended.
 struct Death {
     RunEnd end = RunEnd::Crash;
     DWORD exception_code = 0;       ///< of a crash
@@ -55,8 +55,8 @@ bool WriteAll(HANDLE file, std::string_view text) {
            written == text.size();
 }
 
-/// The report file, empty. By the kernel's own function: CreateFileW allocates, and the heap may be what the
-/// crashed thread has locked.
+/// Opens the report file and empties it. Uses the kernel's own function, because CreateFileW allocates and
+/// the crashed thread may hold the heap lock.
 HANDLE CreateReportFile() {
     UNICODE_STRING name = {static_cast<USHORT>(path_length * sizeof(wchar_t)),
                            static_cast<USHORT>(path_length * sizeof(wchar_t)), path.data()};
@@ -73,7 +73,7 @@ HANDLE CreateReportFile() {
     return result >= 0 ? file : nullptr;
 }
 
-/// Whether the file now holds everything kept and the closing line.
+/// Returns whether the file now contains everything kept and the closing line.
 bool WriteFileCutShort(std::string_view closing_line) {
     HANDLE file = CreateReportFile();
     if (file == nullptr) {
@@ -87,14 +87,14 @@ bool WriteFileCutShort(std::string_view closing_line) {
     return whole;
 }
 
-/// Uses no heap, no lock and no C stream: any of them may be what broke. Not inlined, for its callers may run
-/// on a stack that has overflowed.
+/// Uses no heap, no lock and no C stream: any of them may be what failed. Not inlined, because its callers
+/// may run on a stack that has overflowed.
 __attribute__((noinline)) void WriteReportCutShort(const Death& death) {
     std::array<char, 64> module = {};
     std::size_t offset = 0;
     if (death.address != nullptr) {
         FindFaultModule(death.address, module.data(), module.size());
-        // Without a module there is nothing that an offset could be looked up in.
+        // Without a module an offset cannot be looked up.
         offset = module[0] != '\0' ? OffsetInModule(death.address) : 0;
     }
     std::array<char, 512> line = {};
@@ -113,7 +113,7 @@ __attribute__((noinline)) void WriteReportCutShort(const Death& death) {
     PutConsoleBack();
 }
 
-/// Somebody who double-clicked the tool must have time to read what its window says before that is gone.
+/// A user who double-clicked the tool needs time to read its window before it closes.
 void LetThePersonRead() {
     if (!HasConsoleOfItsOwn()) {
         return;
@@ -126,11 +126,11 @@ void LetThePersonRead() {
     ReadFile(input, answer.data(), static_cast<DWORD>(answer.size()), &read, nullptr);
 }
 
-/// A thread that is not ours keeps too little stack after an overflow; so another one stands by for it. It
-/// takes nothing from the heap, which the overflowed thread may have locked. For anything else it would be
-/// the wrong one: the crashed thread may hold a lock of Windows' that only itself can pass again.
+/// Other threads have too little stack after an overflow, so a thread of our own waits to do the work. It
+/// uses no heap, which the overflowed thread may have locked. It is not used for other crashes: the crashed
+/// thread may hold a lock of Windows that only that thread can acquire again.
 DWORD WINAPI WaitForOverflow(void* /*unused*/) {
-    // The C runtime allocates what it keeps of a thread when that first formats a text.
+    // The C runtime allocates per-thread data when a thread first formats a text.
     std::array<char, 64> unused = {};
     FormatCutShortLine(unused.data(), unused.size(), RunEnd::Crash, {}, "");
     WaitForSingleObject(overflow_seen, INFINITE);
@@ -149,7 +149,7 @@ void BeginToWaitForOverflow() {
     }
 }
 
-/// Of an event or a thread; null is none.
+/// The handle of an event or a thread; null when there is none.
 void CloseAndForget(HANDLE& handle) {
     if (handle != nullptr) {
         CloseHandle(handle);
@@ -166,14 +166,14 @@ void StopWaitingForOverflow() {
     CloseAndForget(overflow_seen);
 }
 
-/// Whether there is anything that support would miss. Of a run that found nothing, that is its crash alone.
+/// Whether there is anything worth writing. If the run has found nothing yet, only a crash is.
 bool IsWorthRescuing(RunEnd end) {
     const bool died = end == RunEnd::Crash || end == RunEnd::Abort;
     return Report::HasFindings() || (died && Report::Text().size() > 0);
 }
 
-/// True when the calling thread is the one to write the file. While another thread writes the ordinary
-/// report, that is the better one.
+/// Returns true when the calling thread has to write the file. The ordinary report takes precedence while
+/// another thread writes it.
 bool ClaimRescue(RunEnd end) {
     const DWORD self = GetCurrentThreadId();
     State now = state;
@@ -182,7 +182,7 @@ bool ClaimRescue(RunEnd end) {
     return may_write && IsWorthRescuing(end) && state.compare_exchange_strong(now, {Stage::Rescuing, self});
 }
 
-/// Does not wait for the calling thread, which may have crashed while it was writing.
+/// Does not wait for the calling thread, which may have crashed during the write.
 void WaitForOtherWriter() {
     for (DWORD waited = 0; waited < kLongestWaitMs; waited += 10) {
         const State now = state;
@@ -194,15 +194,15 @@ void WaitForOtherWriter() {
     }
 }
 
-/// On the thread that stands by. Somebody may read for as long as they like.
+/// Runs on the waiting thread. The user may read for any length of time.
 void RescueOnOtherThread(const void* address) {
     overflow_address = address;
     SetEvent(overflow_seen);
     WaitForSingleObject(overflow_writer, HasConsoleOfItsOwn() ? INFINITE : kLongestWaitMs);
 }
 
-/// Returns when the report stands in its file as well as it can: then the process may end. False when there
-/// was nothing to do, or another thread did it.
+/// Returns when the report is written as far as possible; the process may end then. False when there was
+/// nothing to do, or another thread did it.
 bool RescueReport(const Death& death) {
     if (!ClaimRescue(death.end)) {
         WaitForOtherWriter();
@@ -222,8 +222,7 @@ bool RescueReport(const Death& death) {
     return true;
 }
 
-/// The report is on the disk and nothing is left to do but to let go of what the run has used. A driver that
-/// crashes over that takes nothing from anybody.
+/// The report is on the disk and only the cleanup is left. If a driver crashes in it, nothing is lost.
 void EndWellOnceWritten() {
     if (state.load().stage == Stage::Written) {
         EndProcess(0);
@@ -236,8 +235,8 @@ LONG WINAPI OnUnhandledException(EXCEPTION_POINTERS* exception) {
     PutConsoleBack();
     EndWellOnceWritten();
     if (rescued) {
-        // At once and with the exception's code, as Windows would; nothing more runs in what is broken, and
-        // no dialog of the system's holds the console.
+        // Ends the process at once with the exception's code, as Windows would. No more code runs in a broken
+        // process, and no system dialog blocks the console.
         TerminateProcess(GetCurrentProcess(), code);
     }
     return EXCEPTION_CONTINUE_SEARCH;
@@ -253,7 +252,7 @@ BOOL WINAPI OnConsoleEvent(DWORD event) {
     RescueReport({event == CTRL_C_EVENT || event == CTRL_BREAK_EVENT ? RunEnd::ControlC
                   : event == CTRL_CLOSE_EVENT                        ? RunEnd::ConsoleClosed
                                                                      : RunEnd::SessionEnded});
-    return FALSE;  // The event then ends the program as it would have.
+    return FALSE;  // The event then ends the program as usual.
 }
 
 void OnSessionEnd(SessionEnd end) {
@@ -267,14 +266,13 @@ void OnSessionEnd(SessionEnd end) {
     ExitProcess(0);
 }
 
-/// A runtime or a driver may have put its own crash handlers in the rescue's places, which would leave no
-/// report of the next crash.
+/// A runtime or a driver may have replaced the crash handlers; then the next crash would leave no report.
 void TakePlacesBack() {
     SetUnhandledExceptionFilter(OnUnhandledException);
     HandleAbort(OnAbort);
 }
 
-/// The path as the kernel takes it; empty when there is none.
+/// The path in the kernel's form; empty when there is none.
 std::wstring KernelPath(const std::wstring& wide_path) {
     if (wide_path.starts_with(LR"(\\?\)")) {
         return LR"(\??\)" + wide_path.substr(4);
@@ -288,7 +286,7 @@ std::wstring KernelPath(const std::wstring& wide_path) {
     return whole.starts_with(LR"(\\)") ? LR"(\??\UNC)" + whole.substr(1) : LR"(\??\)" + whole;
 }
 
-/// Does not return once another thread has begun to write the report cut short: the process is about to end.
+/// Does not return once another thread has begun to write the rescued report: the process is about to end.
 void GoOnTo(State next) {
     State now = state;
     while (now.stage != Stage::Rescuing && now.stage != Stage::Rescued) {
@@ -302,7 +300,7 @@ void GoOnTo(State next) {
 }  // namespace
 
 void EndByControlC() {
-    constexpr UINT kControlCExit = 0xC000013A;  // What Windows itself ends such a process with.
+    constexpr UINT kControlCExit = 0xC000013A;  // The exit code that Windows uses for Ctrl-C.
     RescueReport({RunEnd::ControlC});
     PutConsoleBack();
     ExitProcess(kControlCExit);

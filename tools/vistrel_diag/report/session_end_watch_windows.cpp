@@ -12,7 +12,7 @@ HANDLE watching_thread = nullptr;
 DWORD watching_thread_id = 0;
 
 LRESULT CALLBACK OnWindowMessage(HWND window, UINT message, WPARAM first, LPARAM second) {
-    if (message == WM_ENDSESSION && first != FALSE) {  // FALSE: somebody else did not let the user log off.
+    if (message == WM_ENDSESSION && first != FALSE) {  // FALSE: another program cancelled the log-off.
         const bool for_another = (static_cast<DWORD>(second) & ENDSESSION_CLOSEAPP) != 0;
         session_end_callback(for_another ? SessionEnd::ClosedForAnotherOne : SessionEnd::LogOffOrShutDown);
         return 0;
@@ -28,7 +28,7 @@ DWORD WINAPI PumpMessages(void* /*unused*/) {
     if (RegisterClassW(&window_class) == 0) {
         return 0;
     }
-    // A top-level window that is never shown; message-only windows are not told of the session's end.
+    // A top-level window that is never shown; message-only windows do not receive the end of the session.
     HWND window = CreateWindowExW(WS_EX_TOOLWINDOW | WS_EX_NOACTIVATE, kWindowClass, L"", WS_POPUP, 0, 0, 0,
                                   0, nullptr, nullptr, window_class.hInstance, nullptr);
     MSG message = {};
@@ -53,7 +53,7 @@ void StopWatchingForSessionEnd() {
     if (watching_thread == nullptr) {
         return;
     }
-    // Fails while the thread has no message queue yet; then it is still starting, and asking again finds one.
+    // Fails until the thread has a message queue; the thread is still starting then, and a retry succeeds.
     for (DWORD waited = 0; waited < kLongestGoodbyeMs; waited += 10) {
         PostThreadMessageW(watching_thread_id, WM_QUIT, 0, 0);
         if (WaitForSingleObject(watching_thread, 10) == WAIT_OBJECT_0) {
