@@ -46,16 +46,15 @@ std::vector<std::uint8_t> ReadBack(ID3D11Device* device, ID3D11DeviceContext* co
     return pixels;
 }
 
-/// Whether the capture's picture is to be read back, when `kept` is what the pixels read so far show. Windows
-/// may begin with an image that is still black, brought by no present: it makes way for the first that one
-/// did.
+/// Whether the capture's picture should be read back, given that the pixels read so far show `kept`. Windows
+/// may deliver a black first image that no present produced; the first presented image replaces it.
 bool IsBetter(PictureContent offered, PictureContent kept) {
     return offered != PictureContent::Nothing &&
            (kept == PictureContent::Nothing ||
             (kept == PictureContent::Unpresented && offered == PictureContent::Desktop));
 }
 
-/// What one call of GetFrame adds to the measurement. `kept` is what the measurement's pixels show.
+/// Adds the result of one GetFrame call to the measurement. `kept` is what the measurement's pixels show.
 void CountFrame(ID3D11Device* device, ID3D11DeviceContext* context, ScreenCaptureDxgi& capture,
                 CaptureMeasurement& measurement, PictureContent& kept) {
     const ComPtr<ID3D11ShaderResourceView> view = capture.GetFrame();
@@ -80,7 +79,7 @@ void CountFrame(ID3D11Device* device, ID3D11DeviceContext* context, ScreenCaptur
         measurement.width = description.Width;
         measurement.height = description.Height;
     }
-    // A desktop that has changed its size since the first image has no picture of the size reported.
+    // If the desktop has changed its size since the first image, there is no picture of the reported size.
     if (wants_pixels && description.Width == measurement.width && description.Height == measurement.height) {
         std::vector<std::uint8_t> pixels = ReadBack(device, context, texture.Get(), description);
         if (!pixels.empty()) {
@@ -108,7 +107,7 @@ CaptureMeasurement MeasureCaptureRate(ID3D11Device* device, ID3D11DeviceContext*
     PictureContent kept = PictureContent::Nothing;
     const Stopwatch stopwatch;
     while (measurement.seconds < seconds) {
-        // Drawn once a second. An idle desktop counts that as a frame, as it does the blinking cursor.
+        // Drawn once a second: an idle desktop counts it as a frame, like the blinking cursor.
         Progress::ShowSecondsLeft("Capturing the desktop", seconds - measurement.seconds, seconds);
         CountFrame(device, context, capture, measurement, kept);
         measurement.seconds = stopwatch.Seconds();

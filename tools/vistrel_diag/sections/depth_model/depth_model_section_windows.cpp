@@ -13,7 +13,7 @@
 
 namespace {
 
-/// The first session on a slow integrated GPU compiles its shaders for a minute; nothing takes two.
+/// On a slow integrated GPU the first session compiles its shaders for a minute; no call takes two.
 constexpr std::chrono::seconds kLongestSilence{120};
 
 constexpr const char* kCustomName = "custom model";
@@ -39,7 +39,7 @@ ModelTiming Untimed(const DepthModelRequest& request) {
                         preset.input_height);
 }
 
-/// Every model that the section wants, in its order.
+/// Every model that the section times, in order.
 DepthModelRequest WholeRequest(std::string_view tool_folder, bool all_presets, int gpu_index,
                                const DiagSettings& settings) {
     DepthModelRequest request;
@@ -56,20 +56,20 @@ DepthModelRequest WholeRequest(std::string_view tool_folder, bool all_presets, i
     return request;
 }
 
-/// Times models in a worker process, and in a new one after each that ended over its model; in this process
-/// when none can be started.
+/// Times models in a worker process and starts a new one after each crash or timeout. Uses this process when
+/// none can be started.
 class ModelTimer {
   public:
     explicit ModelTimer(DepthModelRequest request) : request_(std::move(request)) {}
     ModelTimer(const ModelTimer&) = delete;
     ModelTimer& operator=(const ModelTimer&) = delete;
-    /// Lets the worker come to its end, which follows at once upon its last answer.
+    /// Waits for the worker to end, which it does right after its last answer.
     ~ModelTimer() {
         while (worker_ && worker_->Next()) {
         }
     }
 
-    /// Whether onnxruntime.dll can be loaded. When a worker ended over that, Ended() tells how.
+    /// Whether onnxruntime.dll can be loaded. If a worker ended while loading it, Ended() returns how.
     bool LoadRuntime() {
         StartWorker();
         if (!worker_) {
@@ -114,7 +114,7 @@ class ModelTimer {
                                : TimePreset(request_, DepthModelPresets().at(request_.first_preset));
     }
 
-    DepthModelRequest request_;  ///< what has yet to be timed
+    DepthModelRequest request_;  ///< the models that have not been timed yet
     std::unique_ptr<Worker> worker_;
     std::optional<WorkerEnd> ended_;
 };

@@ -18,7 +18,7 @@ std::int32_t PositionOfDrivingGpu(const std::string& display, const std::vector<
     for (std::size_t i = 0; i < gpus.size(); ++i) {
         const std::vector<std::string>& driven = gpus[i].displays;
         if (std::find(driven.begin(), driven.end(), display) != driven.end()) {
-            position = static_cast<std::int32_t>(i);  // No stop: the last GPU that claims it wins.
+            position = static_cast<std::int32_t>(i);  // No break: the last GPU that claims it wins.
         }
     }
     return position;

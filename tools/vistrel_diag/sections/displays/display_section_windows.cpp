@@ -40,7 +40,7 @@ std::vector<DisplayInfo> ProbeDisplays() {
         if (EnumDisplayDevicesW(nullptr, i, &device, 0) == FALSE) {
             return displays;
         }
-        // Mirror drivers and outputs without a monitor are devices too, but no part of the desktop.
+        // Mirror drivers and outputs without a monitor are devices too, but not part of the desktop.
         if ((device.StateFlags & DISPLAY_DEVICE_ATTACHED_TO_DESKTOP) == 0) {
             continue;
         }

@@ -8,7 +8,7 @@
 namespace {
 
 constexpr double kBytesPerMegabyte = 1048576.0;
-constexpr double kHeadroomPercent = 90.0;  // Of the budget; a GPU that uses more has no room left.
+constexpr double kHeadroomPercent = 90.0;  // Percentage of the budget above which a GPU is nearly full.
 
 std::vector<GpuInfo>& MutableGpuList() {
     static std::vector<GpuInfo> gpus;

@@ -38,7 +38,7 @@ GpuInfo Describe(UINT index, const ComPtr<IDXGIAdapter1>& adapter, const DXGI_AD
     return gpu;
 }
 
-/// Tells the visitor of the adapter before its driver is asked for the memory.
+/// Passes the adapter to the visitor before its driver is queried for the memory.
 ProbedGpu ProbeGpu(GpuInfo gpu, const GpuVisitor& visitor) {
     if (visitor.described) {
         visitor.described(gpu);

@@ -39,7 +39,7 @@ XrInstance CreateHandTrackingInstance(PFN_xrCreateInstance create_instance, bool
 XrSession CreateSession(const HandTrackingFunctions& xr, XrInstance instance, XrSystemId system,
                         ID3D11Device* device) {
     if (xr.get_requirements != nullptr) {
-        // A runtime refuses a session until it has been asked; the device is chosen already.
+        // A runtime refuses a session until this has been called; the device is already chosen.
         auto unused =
             OpenXrStructure<XrGraphicsRequirementsD3D11KHR>(XR_TYPE_GRAPHICS_REQUIREMENTS_D3D11_KHR);
         xr.get_requirements(instance, system, &unused);
@@ -87,14 +87,14 @@ XrHandTrackerEXT CreateTracker(const HandTrackingFunctions& xr, XrSession sessio
     return tracker;
 }
 
-/// Watches on `session`, reports what was seen, and destroys the trackers and then the space.
+/// Watches the hands on `session`, prints the result, and destroys the trackers and then the space.
 void WatchHands(const HandTrackingFunctions& xr, XrInstance instance, XrSession session,
                 bool data_source_extension, double seconds) {
     const OpenXrOwned<XrSpace> space(CreateSpace(xr, session), xr.destroy_space);
     const XrHandTrackerEXT left_tracker = CreateTracker(xr, session, XR_HAND_LEFT_EXT, data_source_extension);
     const XrHandTrackerEXT right_tracker =
         CreateTracker(xr, session, XR_HAND_RIGHT_EXT, data_source_extension);
-    // The right one's owner comes first, so that the left tracker is destroyed first.
+    // The right tracker's owner comes first, so that the left one is destroyed first.
     const OpenXrOwned<XrHandTrackerEXT> right(right_tracker, xr.destroy_tracker);
     const OpenXrOwned<XrHandTrackerEXT> left(left_tracker, xr.destroy_tracker);
 
@@ -107,7 +107,7 @@ void WatchHands(const HandTrackingFunctions& xr, XrInstance instance, XrSession 
     PrintHandSummary(watch.Hands(), data_source_extension);
 }
 
-/// Opens instance and session and watches; what is opened is closed in the opposite order.
+/// Opens the instance and the session, watches, and closes them in reverse order.
 std::optional<HandProbeStop> ProbeInstance(PFN_xrGetInstanceProcAddr get_function, XrInstance instance,
                                            ID3D11Device* device, bool data_source_extension, double seconds) {
     const HandTrackingFunctions xr = FindHandTrackingFunctions(get_function, instance);

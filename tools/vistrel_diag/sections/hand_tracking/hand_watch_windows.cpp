@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr DWORD kIdleMilliseconds = 10;  // Between two looks at a session that shows no frames.
+constexpr DWORD kIdleMilliseconds = 10;  // Between two polls of a session that shows no frames.
 
 }  // namespace
 
@@ -40,7 +40,7 @@ bool HandWatch::TimeIsUp() const {
 
 void HandWatch::DrainEvents() {
     auto event = OpenXrStructure<XrEventDataBuffer>(XR_TYPE_EVENT_DATA_BUFFER);
-    // An empty queue is a success of another kind. The time is looked at because a broken runtime may never
+    // An empty queue returns a different success code. The time is checked because a faulty runtime may never
     // run out of events.
     while (xr_.poll_event(objects_.instance, &event) == XR_SUCCESS) {
         if (event.type == XR_TYPE_EVENT_DATA_SESSION_STATE_CHANGED) {
@@ -83,7 +83,7 @@ void HandWatch::WatchOneFrame() {
     const auto wait_info = OpenXrStructure<XrFrameWaitInfo>(XR_TYPE_FRAME_WAIT_INFO);
     auto frame = OpenXrStructure<XrFrameState>(XR_TYPE_FRAME_STATE);
     if (XR_FAILED(xr_.wait_frame(objects_.session, &wait_info, &frame))) {
-        Sleep(kIdleMilliseconds);  // A failed wait does not wait; without this the loop would spin.
+        Sleep(kIdleMilliseconds);  // A failed wait returns at once; without this the loop would spin.
         return;
     }
     const auto begin_info = OpenXrStructure<XrFrameBeginInfo>(XR_TYPE_FRAME_BEGIN_INFO);

@@ -2,7 +2,8 @@
 
 namespace {
 
-/// The number as the field's type; it comes from a process that a library may have damaged.
+/// The number, converted to the field's type without a check; 0 when it is missing. It comes from a process
+/// that a library may have corrupted, so any value is possible.
 template <typename Field>
 Field Number(const WorkerMessage& message, std::string_view name) {
     return static_cast<Field>(message.Integer(name).value_or(0));

@@ -36,7 +36,7 @@ RequiredGpu FindRequiredGpu(const AdapterLuid& luid, const std::vector<GpuInfo>&
             required.number = static_cast<std::int32_t>(gpu.index);
         }
     }
-    // The name is the one at that position of the list, which is another GPU's, or nobody's, once an adapter
+    // The name at that position of the list. It belongs to another GPU, or does not exist, if an adapter
     // before it could not be described.
     if (required.number >= 0 && static_cast<std::size_t>(required.number) < gpus.size()) {
         required.name = gpus[required.number].name;

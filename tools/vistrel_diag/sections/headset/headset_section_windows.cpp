@@ -11,7 +11,7 @@
 
 namespace {
 
-/// A runtime that has to start its own service first takes up to half of it; nothing else takes seconds.
+/// A runtime that first has to start its own service takes up to half of this; nothing else takes seconds.
 constexpr std::chrono::seconds kLongestSilence{60};
 
 using FoundMore = std::function<void(const HeadsetQuery&)>;
@@ -84,8 +84,8 @@ void ReadHeadset(const QueryFunctions& xr, XrInstance instance, const FoundMore&
     query.headset_found = true;
 }
 
-/// Asks the loader's runtime. The record is told to `found` at its end too, for letting go of the instance
-/// may bring the process down.
+/// Queries the loader's runtime. The record is passed to `found` once more at the end, because destroying the
+/// instance may crash the process.
 void QueryLoader(const OpenXrLoader& loader, const FoundMore& found, HeadsetQuery& query) {
     const auto create_instance = loader.EntryPoint<PFN_xrCreateInstance>("xrCreateInstance");
     const auto get_function = loader.EntryPoint<PFN_xrGetInstanceProcAddr>("xrGetInstanceProcAddr");

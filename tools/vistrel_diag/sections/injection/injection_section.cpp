@@ -47,7 +47,7 @@ void PrintInjectionSection(const std::optional<InjectedFiles>& found) {
     Report::Line(
         ">>> Something is injecting itself into Vistrel. This is what to undo first, before anything else in "
         "this report is worth reading.");
-    // Right for proxy DLLs alone too: these are the names that ReShade installs itself under.
+    // Also right if there are only proxy DLLs: ReShade installs itself under these names.
     Report::Line(
         ">>> ReShade belongs on the GAME, never on Vistrel.exe. Run the ReShade uninstaller against this "
         "folder, or delete the files listed above.");

@@ -9,7 +9,8 @@
 
 bool FileExistsBeside(std::string_view folder, std::string_view name) {
     const std::string path = OpenablePath(std::string(folder) + "\\" + std::string(name));
-    // The wide call: before Windows 10 1903 a narrow one does not take UTF-8, whatever the manifest says.
+    // The wide function: before Windows 10 1903 the narrow one does not accept UTF-8, whatever the manifest
+    // says.
     return GetFileAttributesW(WideFromUtf8(path).c_str()) != INVALID_FILE_ATTRIBUTES;
 }
 

@@ -30,13 +30,13 @@ constexpr std::array<std::string_view, 15> kMarkers = {
     "ReShade mode",
 };
 
-/// Starts a run of the product. Counts only in a line that a marker has made relevant.
+/// Marks the start of a run of the product. Counts only in a line that also contains a marker.
 constexpr std::string_view kRunAnchor = "Initializing D3D11";
 
-/// Finds any of some words. Searching for them one by one would cost as many passes over a log that may be
-/// huge. Instead: when every word has at least n characters, then of the n - 2 triples of neighbours in its
-/// first n, one begins at a position that is a multiple of n - 2. Looking at those positions alone finds all
-/// words, and a table over a hash of the triple turns nearly every position away at once.
+/// Finds any of several words. Searching for them one by one would take many passes over a log that may be
+/// huge. Instead: if every word has at least n characters, one of the n - 2 triples in its first n characters
+/// starts at a multiple of n - 2. Checking only those positions finds every word, and a hash table of the
+/// triples rejects nearly all positions at once.
 template <std::size_t Count>
 class WordSearch {
   public:
@@ -55,7 +55,7 @@ class WordSearch {
 
     bool FindsOneIn(std::string_view text) const {
         std::size_t i = 0;
-        // Four bytes are read at once where there are four.
+        // Reads four bytes at once if there are four.
         for (std::uint32_t bytes = 0; i + sizeof(bytes) <= text.size(); i += stride_) {
             std::memcpy(&bytes, text.data() + i, sizeof(bytes));
             if (may_be_word_[SlotOf(bytes & 0xFFFFFFU)] && WordBeginsNear(text, i)) {
@@ -82,9 +82,9 @@ class WordSearch {
         return (triple * 0x9E3779B1U) >> (32U - kTableBits);
     }
 
-    /// Whether a word begins at `position` or less than a stride before it. Apart from the loop that calls
-    /// it, which is the faster for it; the look at the first character keeps a triple cheap that is in every
-    /// line of a log and shares a word's slot.
+    /// Whether a word begins at `position` or less than a stride before it. Separate from the loop that calls
+    /// it, which makes the loop faster. The check of the first character is for triples that occur in every
+    /// line of a log and share a word's slot.
     [[gnu::noinline]] bool WordBeginsNear(std::string_view text, std::size_t position) const {
         for (std::size_t back = 0; back < stride_ && back <= position; ++back) {
             const std::string_view rest = text.substr(position - back);
@@ -109,12 +109,12 @@ static_assert(kRunAnchor.size() <= TextLines::kOverlap);
 static_assert(std::all_of(kMarkers.begin(), kMarkers.end(),
                           [](std::string_view marker) { return marker.size() <= TextLines::kOverlap; }));
 
-/// The last lines added, in a ring whose strings are used again.
+/// The last lines added, in a ring that reuses its strings.
 class LastLines {
   public:
     void Clear() { count_ = 0; }
 
-    /// Takes the text of `line` and leaves another to use again.
+    /// Moves the text out of `line` and leaves it another string to reuse.
     void Add(std::string& line) {
         lines_[count_ % lines_.size()].swap(line);
         ++count_;
@@ -154,7 +154,7 @@ std::vector<std::string> SelectProductLogLines(std::istream& log) {
         starts_run = starts_run || kAnchorSearch.FindsOneIn(piece->text);
         start += piece->Fresh().substr(0, Report::kLongestLine - start.size());
         if (piece->ends) {
-            // What came before the last line that starts a run is never quoted.
+            // Lines before the last start of a run are never quoted.
             if (starts_run) {
                 last_run.Clear();
             }

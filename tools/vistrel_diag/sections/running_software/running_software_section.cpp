@@ -12,7 +12,7 @@ namespace {
 
 constexpr int kLongestWaitInSeconds = 60;
 
-// The host application carries the product, so either of them is the product running.
+// The host application runs the product, so either process means that the product is running.
 constexpr std::array<std::string_view, 2> kVistrelExecutables = {"Ambulo.exe", "Vistrel.exe"};
 
 constexpr std::array<std::string_view, 10> kNotableExecutables = {

@@ -8,7 +8,7 @@
 
 namespace {
 
-constexpr std::size_t kTitleUnits = 512;  // With the zero that ends it; a longer title is cut.
+constexpr std::size_t kTitleUnits = 512;  // Including the terminating zero; a longer title is truncated.
 
 std::string TitleOf(HWND window) {
     std::array<wchar_t, kTitleUnits> title = {};
@@ -26,8 +26,8 @@ std::optional<ForegroundApplication> ProbeForegroundApplication() {
     const bool has_process = GetWindowThreadProcessId(window, &process_id) != 0;
     ForegroundApplication application;
     application.title = TitleOf(window);
-    if (has_process) {  // The window may be gone already, and 0 is the id of the idle process.
-        // A snapshot of its own: the program in front may have been started since the one before.
+    if (has_process) {  // The window may be closed already, and 0 is the id of the idle process.
+        // A new snapshot: the foreground program may have started after the earlier one.
         application.executable_name = ExecutableNameOf(process_id, TakeProcessSnapshot());
     }
     return application;

@@ -31,7 +31,7 @@ void PrintDepthModel(const DiagSettings& settings) {
     Report::Line("AI rate limit   : %.0f fps (auto=%s)", settings.ai_fps_limit, OnOff(settings.ai_fps_auto));
 }
 
-/// At most one: the first is enough to explain a flat picture. A value that is not a number warns of nothing.
+/// At most one warning: the first is enough to explain a flat picture. A NaN causes no warning.
 void PrintNoDepthWarning(const DiagSettings& settings) {
     if (!settings.pseudo_3d) {
         Report::Line(
@@ -47,8 +47,8 @@ void PrintNoDepthWarning(const DiagSettings& settings) {
     }
 }
 
-/// Adds `text` to the start of a line as far as the report can print it, less the blanks the line begins
-/// with.
+/// Appends `text` to the start of a line up to the length that the report can print, without the line's
+/// leading blanks.
 void AppendToStart(std::string& start, std::string_view text) {
     if (start.empty()) {
         text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));

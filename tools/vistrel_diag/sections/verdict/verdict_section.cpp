@@ -20,11 +20,11 @@ double ShareOfSecond(double milliseconds) {
     return milliseconds / 10.0;
 }
 
-/// How often the depth model would run, and what holds it there.
+/// How often the depth model would run, and what limits that.
 struct ModelLoad {
     double rate = 0.0;                   ///< inferences a second
-    double milliseconds_a_second = 0.0;  ///< GPU time it takes of every second
-    bool cannot_keep_up = false;         ///< the model itself is what holds the rate down
+    double milliseconds_a_second = 0.0;  ///< GPU time that it takes in every second
+    bool cannot_keep_up = false;         ///< the model itself limits the rate
     const char* reason = "";
 };
 
@@ -32,7 +32,7 @@ ModelLoad LoadOfModel(const VerdictInput& input, double model_ms) {
     const double fps = input.game_fps > 1.0 ? input.game_fps : input.desktop_fps;
     const double wanted = fps > 1.0 ? fps : kAssumedRefreshHz;
     const double limit = input.ai_fps_limit;
-    const double capped = limit < wanted ? limit : wanted;  // A limit that is no number caps nothing.
+    const double capped = limit < wanted ? limit : wanted;  // A NaN caps nothing.
 
     ModelLoad load;
     load.rate = capped;

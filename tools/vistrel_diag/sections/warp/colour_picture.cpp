@@ -13,7 +13,7 @@ constexpr std::size_t kPixelBytes = sizeof(std::uint32_t);
 void DrawSyntheticPattern(ColourPicture& picture) {
     const auto width = static_cast<std::uint32_t>(picture.width);
     const auto height = static_cast<std::uint32_t>(picture.height);
-    // Only the low 8 bits of each value count, so the sums may run over in the wider type.
+    // Only the low 8 bits of each value are used, so the sums may wrap in the wider type.
     for (std::uint32_t y = 0; y < height; ++y) {
         std::uint32_t* const row = picture.pixels.get() + static_cast<std::size_t>(y) * width;
         const std::uint32_t band = y / 13;
@@ -27,7 +27,7 @@ void DrawSyntheticPattern(ColourPicture& picture) {
     }
 }
 
-/// For each of `count` positions along an axis, the position it comes from among `source_count`.
+/// For each of `count` positions along an axis, the source position among `source_count`.
 std::vector<std::uint32_t> NearestPositions(std::int32_t source_count, std::int32_t count) {
     std::vector<std::uint32_t> positions(static_cast<std::size_t>(count));
     for (std::size_t i = 0; i < positions.size(); ++i) {

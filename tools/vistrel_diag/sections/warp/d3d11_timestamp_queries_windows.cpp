@@ -12,7 +12,7 @@ bool D3D11TimestampQueries::CreateQuery(D3D11_QUERY kind, Query& query) {
 
 template <typename Data>
 bool D3D11TimestampQueries::Read(const Query& query, Data& data) {
-    // Not yet there is S_FALSE, which is a success code too.
+    // S_FALSE, which is also a success code, means that the data is not ready.
     return context_.GetData(query.Get(), &data, sizeof(data), 0) == S_OK;
 }
 

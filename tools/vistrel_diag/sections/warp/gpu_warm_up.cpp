@@ -6,10 +6,10 @@ namespace {
 
 constexpr double kWorkMs = 500.0;
 constexpr double kLongestMs = 1000.0;
-// Long against the rest between two batches, in which the GPU is idle, and short enough to end in time.
+// Long compared with the idle time between two batches, and short enough to end in time.
 constexpr double kBatchMs = 100.0;
 constexpr double kShortestFrameMs = 0.05;
-constexpr int kMostBatches = 20;  // For a clock that stands still.
+constexpr int kMostBatches = 20;  // A bound in case the clock does not advance.
 
 int FramesFor(double batch_ms, double frame_ms) {
     return std::max(1, static_cast<int>(batch_ms / std::max(frame_ms, kShortestFrameMs)));

@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Waits until the GPU has done what it was given, but not beyond kLongestSettlingMs on `elapsed_ms`.
+/// Waits until the GPU has finished its work, but not beyond kLongestSettlingMs on `elapsed_ms`.
 void WaitForGpu(ID3D11Device& device, ID3D11DeviceContext& context,
                 const std::function<double()>& elapsed_ms) {
     const D3D11_QUERY_DESC description = {D3D11_QUERY_EVENT, 0};
@@ -23,7 +23,7 @@ void WaitForGpu(ID3D11Device& device, ID3D11DeviceContext& context,
     context.End(done.Get());
     context.Flush();
     BOOL answer = FALSE;
-    // Not yet there is S_FALSE; an error, such as a device that is lost, will not turn into an answer.
+    // S_FALSE means not ready; an error, such as a lost device, will never become a result.
     while (context.GetData(done.Get(), &answer, sizeof(answer), 0) == S_FALSE &&
            elapsed_ms() < kLongestSettlingMs) {
         Sleep(1);

@@ -21,7 +21,7 @@ float main(float4 Pos : SV_Position, float2 Tex : TEXCOORD0) : SV_Target
 constexpr UINT kStripVertices = 4;
 constexpr float kWarpThreshold = 0.063F;
 
-/// Aims the next draw at all of `target`.
+/// Makes all of `target` the render target of the next draw.
 void AimAt(ID3D11DeviceContext& context, const WarpResources& resources,
            const ComPtr<ID3D11RenderTargetView>& target) {
     context.OMSetRenderTargets(1, target.GetAddressOf(), nullptr);
@@ -68,7 +68,7 @@ void DrawWarpFrame(ID3D11DeviceContext& context, const WarpResources& resources,
     arguments.screen_size = screen_size;
     arguments.threshold = kWarpThreshold;
     for (std::size_t eye = 0; eye < resources.eyes.size(); ++eye) {
-        // The target comes first: the depth map cannot be read while it is still the target.
+        // The target is set first: the depth map cannot be read while it is still bound as the target.
         AimAt(context, resources, resources.eyes[eye].view);
         context.PSSetShaderResources(0, static_cast<UINT>(views.size()), views.data());
         context.PSSetSamplers(0, 1, resources.sampler.GetAddressOf());

@@ -94,7 +94,7 @@ std::optional<WarpFailure> CreateWarpTextures(ID3D11Device& device, const FrameV
     if (FAILED(result)) {
         return Failure(WarpStop::ColourTexture, result);
     }
-    // Any step that fails from one texture to the next counts for the texture it leads up to.
+    // A failure between two textures is attributed to the second one.
     result = device.CreateShaderResourceView(resources.colour.Get(), nullptr, &resources.colour_view);
     if (SUCCEEDED(result)) {
         result = CreateDepthTexture(device, width, height, resources);

@@ -22,8 +22,8 @@ std::vector<WarpTiming> ReportWarpSection(ID3D11Device* device, ID3D11DeviceCont
     const std::vector<WarpSize> sizes = WarpSizes(SizeOfDesktop(capture, DisplayList()));
     const Stopwatch stopwatch;
     LongWait long_wait([&stopwatch] { return stopwatch.Seconds(); }, PrintWaitForGpu);
-    // A GPU leaves its idle clocks only after a while under load: the first row would be compared with others
-    // that were measured at a higher clock.
+    // A GPU leaves its idle clocks only after some time under load. Without this the first row would be
+    // measured at a lower clock than the others.
     Progress::Show("Warming up the GPU");
     WarmUpWarp(device, context, shader, sizes.front().width, sizes.front().height, frame, &long_wait);
     PrintWarpTableHeader();
@@ -32,7 +32,7 @@ std::vector<WarpTiming> ReportWarpSection(ID3D11Device* device, ID3D11DeviceCont
     for (const WarpSize& size : sizes) {
         ConsolePrint("  measuring %dx%d ...\r", size.width, size.height);
         FlushConsole();
-        // At a real console this takes the line's place.
+        // On a real console this replaces the line.
         Progress::Show("Warp at size", ++step, static_cast<int>(sizes.size()),
                        FormatText("%dx%d", size.width, size.height));
         const WarpTiming timing =

@@ -18,7 +18,7 @@ namespace {
 
 constexpr int kWarmUpFrames = 4;
 
-/// Bytes; 0 where they cannot be told.
+/// Bytes; 0 when unknown.
 std::uint64_t UsedVideoMemory(IDXGIAdapter1* adapter) {
     return QueryLocalVideoMemory(adapter).value_or(VideoMemoryUse{}).usage;
 }
@@ -53,8 +53,8 @@ class WarpFrames {
     int drawn_ = 0;
 };
 
-/// What is bound stays alive, and what is released lives on until the next flush: both would count as memory
-/// in use when the next size is measured.
+/// Bound objects stay alive, and released ones exist until the next flush: both would count as memory in use
+/// when the next size is measured.
 void LetGo(ID3D11DeviceContext& context) {
     context.ClearState();
     context.Flush();
@@ -68,7 +68,7 @@ std::optional<double> SampleWarpFrames(ID3D11DeviceContext& context, WarpFrames&
     return SampleFrameTime([&frames](int count) { return frames.Time(count); });
 }
 
-/// Everything of TimeStereoWarp but letting go of what it leaves bound.
+/// All of TimeStereoWarp except unbinding what it leaves bound.
 WarpTiming TimeInOwnResources(ID3D11Device& device, ID3D11DeviceContext& context, IDXGIAdapter1* adapter,
                               const StereoWarpShader& shader, std::int32_t width, std::int32_t height,
                               const FrameView& frame, LongWait* long_wait) {
@@ -106,7 +106,7 @@ void WarmUpInOwnResources(ID3D11Device& device, ID3D11DeviceContext& context, co
     WarpResources resources;
     if (CreateWarpTextures(device, frame, width, height, resources) ||
         CreateWarpStates(device, width, height, resources)) {
-        return;  // The timing of this size will fail in the same way and say so.
+        return;  // The timing of this size will fail in the same way and report it.
     }
     DrawDepthMap(device, context, resources);
     WarpFrames frames(device, context, resources, shader, long_wait);
