@@ -12,16 +12,16 @@ namespace {
 
 std::int32_t ReadWholeNumber(const std::string& text) {
     using Limits = std::numeric_limits<std::int32_t>;
-    const long long number = std::strtoll(text.c_str(), nullptr, 10);  // Its own limits when out of range.
+    const long long number = std::strtoll(text.c_str(), nullptr, 10);  // Its limits when out of range.
     return static_cast<std::int32_t>(std::clamp<long long>(number, Limits::min(), Limits::max()));
 }
 
 double ReadSeconds(const std::string& text) {
-    // strtod alone would also take "nan", "inf" and hexadecimal.
+    // strtod alone would also accept "nan", "inf" and hexadecimal.
     const std::string decimal = text.substr(0, text.find_first_not_of(" \t+-.0123456789eE"));
     const double seconds = std::strtod(decimal.c_str(), nullptr);
     if (std::isinf(seconds)) {
-        return 0.0;  // As for "inf" itself.
+        return 0.0;  // The same as for "inf".
     }
     return std::clamp(seconds, -kLongestCaptureSeconds, kLongestCaptureSeconds);
 }

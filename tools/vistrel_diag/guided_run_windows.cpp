@@ -31,13 +31,13 @@
 
 namespace {
 
-constexpr double kHandWatchSeconds = 12.0;  // Enough to put two controllers down and raise the hands.
+constexpr double kHandWatchSeconds = 12.0;  // Long enough to put two controllers down and raise the hands.
 
 /// Greets the person and opens the report.
 void Begin(const RunOptions& options, const std::string& tool_folder) {
     PrintBanner();
     if (!options.quick) {
-        AskContinue("Ready to start part 1?");  // Only a chance to get ready: there is nothing to skip yet.
+        AskContinue("Ready to start part 1?");  // The answer is ignored: there is nothing to skip yet.
     }
     PrintOpeningLines(tool_folder);
     if (!options.quick && IsVistrelRunning()) {
@@ -55,7 +55,7 @@ std::optional<AdapterLuid> ReportPartOne(const std::string& tool_folder) {
     ReportDisplaySection();
     ReportGpuOverrideSection();
     ReportInjectionSection(tool_folder);
-    LoadProductSettings(tool_folder);  // The sections tell what became of it.
+    LoadProductSettings(tool_folder);  // The sections report the result.
     ReportSettingsInEffect();
     ReportSettingsVerbatim();
     ReportProductLog();
@@ -141,5 +141,5 @@ void CarryOutRun(const RunOptions& options) {
     rescue.WriteOrdinaryReport([&tool_folder] { Report::WriteFile(tool_folder); });
 
     WaitForEnter("\nPress Enter to close.\n");
-    SetGpuList({});  // The process ends without the destructors of what is static.
+    SetGpuList({});  // The process ends without running static destructors.
 }

@@ -17,13 +17,13 @@
 
 namespace {
 
-/// What this program does as its own child.
+/// The tasks of a child process.
 constexpr std::array kWorkerTasks = {WorkerTask{kHeadsetTask, CarryOutHeadsetTask},
                                      WorkerTask{kDepthModelTask, CarryOutDepthModelTask}};
 
 }  // namespace
 
-/// Always ends with 0: what fails is in the report.
+/// The exit code is always 0: errors are in the report.
 int wmain(int argument_count, wchar_t** argument_values) {
     NeverLoadFromCurrentDirectory();
     LoadSystemGraphics();

@@ -7,7 +7,6 @@ namespace {
 
 constexpr std::string_view kApplicationName = "vistrel_diag";
 
-/// Hands the answer on to whoever wants it.
 bool Succeeded(XrResult answer, XrResult* result) {
     if (result != nullptr) {
         *result = answer;
@@ -23,7 +22,7 @@ OpenXrLoader::OpenXrLoader() {
 }
 
 void OpenXrLoader::StayLoaded() {
-    // Takes a reference of its own, which is never given back.
+    // Takes another reference, which is never released.
     HMODULE kept = nullptr;
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS, reinterpret_cast<LPCWSTR>(library_.get()),
                        &kept);

@@ -10,14 +10,14 @@
 
 namespace {
 
-constexpr DWORD kStackForHandlers = 64 * 1024;  // So that they can run after a stack overflow.
+constexpr DWORD kStackForHandlers = 64 * 1024;  // Lets them run after a stack overflow.
 constexpr DWORD kNoHeapInReport = 0x01;         // WER_FAULT_REPORTING_FLAG_NOHEAP
 constexpr DWORD kNoReportWindow = 0x20;         // WER_FAULT_REPORTING_NO_UI
-constexpr UINT kAbortExitCode = 3;              // As the C runtime's own abort has it.
+constexpr UINT kAbortExitCode = 3;              // The same as the C runtime's abort().
 
 std::atomic<WorkerBlock*> noted_block = nullptr;
 
-/// For what is past every filter: a fail-fast, a damaged heap. mingw's header of it does not compile.
+/// For crashes that no filter sees, such as a fail-fast or a corrupted heap. mingw's header does not compile.
 void KeepErrorReportingQuiet() {
     using SetFlags = HRESULT(WINAPI*)(DWORD flags);
     const auto set_flags =
@@ -27,9 +27,9 @@ void KeepErrorReportingQuiet() {
     }
 }
 
-/// Every exception passes here first, also those that a library handles itself. It is only noted: should the
-/// process end with its code, it was this one. A library that puts its own unhandled-exception filter in
-/// place of OnUnhandledException does not come in the way of that.
+/// Called first for every exception, including those that a library handles itself. The exception is only
+/// noted: if the process ends with its code, it was the cause. This works even if a library replaces
+/// OnUnhandledException with its own filter.
 LONG CALLBACK NoteException(EXCEPTION_POINTERS* raised) {
     const EXCEPTION_RECORD& exception = *raised->ExceptionRecord;
     if (WorkerBlock* const block = noted_block; block != nullptr) {
@@ -39,7 +39,7 @@ LONG CALLBACK NoteException(EXCEPTION_POINTERS* raised) {
     return EXCEPTION_CONTINUE_SEARCH;
 }
 
-/// At once and with the exception's code, before Windows' error reporting hears of it.
+/// Ends the process at once with the exception's code, before Windows Error Reporting starts.
 LONG WINAPI OnUnhandledException(EXCEPTION_POINTERS* exception) {
     TerminateProcess(GetCurrentProcess(), exception->ExceptionRecord->ExceptionCode);
     return EXCEPTION_CONTINUE_SEARCH;
@@ -52,8 +52,8 @@ void OnAbort(int /*signal*/) {
     TerminateProcess(GetCurrentProcess(), kAbortExitCode);
 }
 
-/// The parent gets the same event and says what there is to say. Windows asks one process after the other:
-/// the parent must not have to wait for this one.
+/// The parent receives the same event and reports it. Windows notifies one process after the other, so the
+/// parent must not have to wait for this one.
 BOOL WINAPI OnConsoleEvent(DWORD /*event*/) {
     TerminateProcess(GetCurrentProcess(), static_cast<UINT>(STATUS_CONTROL_C_EXIT));
     return TRUE;

@@ -5,7 +5,7 @@
 
 namespace {
 
-/// Errors of Windows itself have this first byte. Other large numbers are mostly a program's own exit(-1).
+/// Windows' own error codes have this first byte. Other large numbers usually come from a program's exit(-1).
 bool IsErrorOfWindows(std::uint32_t code) {
     return (code >> 24) == 0xC0;
 }

@@ -12,11 +12,11 @@
 
 namespace {
 
-constexpr int kNotAWorker = 2;            // The exit code when nothing could be begun.
+constexpr int kNotAWorker = 2;            // The exit code when the task could not start.
 constexpr UINT kCannotTell = 4;           // The exit code when the pipe is broken.
-constexpr ULONGLONG kSignEveryMs = 1000;  // Often enough for any limit, too seldom to disturb a measurement.
+constexpr ULONGLONG kSignEveryMs = 1000;  // Too seldom to disturb a measurement.
 
-/// Handles that the parent let this process inherit, in the order of the command line.
+/// Handles that this process inherits from its parent, in the order of the command line.
 struct Inherited {
     HANDLE memory;
     HANDLE pipe;
@@ -36,7 +36,7 @@ class PipeChannel : public WorkerChannel {
         DWORD written = 0;
         if (WriteFile(pipe_, line.data(), static_cast<DWORD>(line.size()), &written, nullptr) == FALSE ||
             written != line.size()) {
-            // What is found from here on would be missing, and nobody would know.
+            // Later results would be lost without anyone noticing.
             TerminateProcess(GetCurrentProcess(), kCannotTell);
         }
         SetEvent(spoke_);
@@ -55,21 +55,22 @@ class PipeChannel : public WorkerChannel {
     ULONGLONG last_sign_ = GetTickCount64();
 };
 
-/// Programs that a runtime starts inherit what can be inherited, and would keep it open after this process.
+/// Programs that a runtime starts inherit the inheritable handles and would keep them open after this process
+/// ends.
 void KeepToOneself(const Inherited& inherited) {
     for (HANDLE handle : {inherited.memory, inherited.pipe, inherited.spoke}) {
         SetHandleInformation(handle, HANDLE_FLAG_INHERIT, 0);
     }
 }
 
-/// The memory shared with the parent; null when the handle is of no such memory.
+/// The memory shared with the parent; null if the handle is not a file mapping.
 MappedBlock MapBlock(HANDLE memory) {
     MappedBlock block(
         static_cast<WorkerBlock*>(MapViewOfFile(memory, FILE_MAP_WRITE, 0, 0, sizeof(WorkerBlock))));
     return block && block->magic == WorkerBlock::kMagic ? std::move(block) : nullptr;
 }
 
-/// Carries out the task on a thread of its own, and tells that it began and that it is done.
+/// Runs the task on its own thread and reports its start and its end.
 void CarryOut(const WorkerTask& task, const WorkerMessage& request, WorkerBlock& block,
               WorkerChannel& channel) {
     RunOnOwnThread([&] {

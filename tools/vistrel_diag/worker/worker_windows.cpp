@@ -9,10 +9,10 @@
 
 namespace {
 
-constexpr DWORD kPipeSize = 64 * 1024;  // Far more than a child says while the parent prints a line.
-constexpr DWORD kLongestEndMs = 2000;   // A process whose driver hangs in the kernel may never be gone.
+constexpr DWORD kPipeSize = 64 * 1024;  // Far more than a child writes while the parent prints a line.
+constexpr DWORD kLongestEndMs = 2000;   // A process whose driver hangs in the kernel may never end.
 
-/// After Ctrl-C the child is dead at once, and this process is about to be: its own handler has yet to run.
+/// After Ctrl-C the child has already ended, and this process will end soon: its own handler has not run yet.
 constexpr DWORD kLongestWaitForOwnEndMs = 5000;
 
 KernelHandle SharedMemory() {
@@ -21,8 +21,8 @@ KernelHandle SharedMemory() {
                                            sizeof(WorkerBlock), nullptr));
 }
 
-/// A job whose end, with this process's, ends the child too. What the child starts is not in it: a runtime
-/// that starts its own programs when it is asked expects them to live on.
+/// A job that ends the child when this process ends. Programs that the child starts are not part of it: a
+/// runtime that starts its own services expects them to keep running.
 KernelHandle KillingJob() {
     KernelHandle job(CreateJobObjectW(nullptr, nullptr));
     JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
@@ -47,7 +47,7 @@ bool IsUsable(HANDLE handle) {
     return handle != nullptr && handle != INVALID_HANDLE_VALUE;
 }
 
-/// While one lives, this process's standard output and error stream can be inherited.
+/// Makes this process's standard output and error stream inheritable for its lifetime.
 class InheritedStreams {
   public:
     InheritedStreams() {
@@ -79,8 +79,8 @@ class InheritedStreams {
     std::vector<HANDLE> changed_;
 };
 
-/// What a new process gets beyond the ordinary: the job it is in from its first moment, and the only handles
-/// that it inherits, whatever else this process has open.
+/// The extended attributes of a new process: the job that it belongs to from the start, and the only handles
+/// that it inherits.
 class StartAttributes {
   public:
     StartAttributes(HANDLE job, std::vector<HANDLE> handles) : job_(job), handles_(std::move(handles)) {
@@ -105,7 +105,7 @@ class StartAttributes {
         }
     }
 
-    /// Null when they cannot be had.
+    /// Null when the list could not be created.
     LPPROC_THREAD_ATTRIBUTE_LIST Get() const { return complete_ ? list_ : nullptr; }
 
   private:
@@ -116,7 +116,7 @@ class StartAttributes {
     bool complete_ = false;
 };
 
-/// Each once: Windows refuses a list that names one twice, as output and error stream often are.
+/// Each handle once: Windows rejects a list with duplicates, and output and error stream are often the same.
 std::vector<HANDLE> WithoutRepetition(std::initializer_list<HANDLE> handles) {
     std::vector<HANDLE> once;
     for (HANDLE handle : handles) {
@@ -148,7 +148,7 @@ std::unique_ptr<Worker> Worker::Start(std::string_view task, const WorkerMessage
     if (!worker->Prepare(task, request) || !worker->StartProcess()) {
         return nullptr;
     }
-    // Its first word is that it has begun. One that ends before has asked nothing yet.
+    // Its first message is that it has started. If it ended before, it has not called any library yet.
     if (!worker->Next()) {
         return nullptr;
     }
@@ -193,7 +193,7 @@ bool Worker::StartProcess() {
                         {memory_.get(), child_pipe_.get(), spoke_.get(), streams.Output(), streams.Error()}));
     STARTUPINFOEXW startup = {};
     startup.StartupInfo.cb = sizeof(startup);
-    startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;  // No input: what is typed is for this process.
+    startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;  // No standard input: typed text is for this process.
     startup.StartupInfo.hStdOutput = streams.Output();
     startup.StartupInfo.hStdError = streams.Error();
     startup.lpAttributeList = attributes.Get();
@@ -214,7 +214,7 @@ Worker::~Worker() {
     if (!process_) {
         return;
     }
-    // One that is done ends by itself at once.
+    // A child that is done ends by itself at once.
     if (end_ || !over_ || WaitForSingleObject(process_.get(), kLongestEndMs) != WAIT_OBJECT_0) {
         TerminateProcess(process_.get(), 1);
         WaitForSingleObject(process_.get(), kLongestEndMs);
@@ -241,7 +241,8 @@ std::optional<WorkerMessage> Worker::Next() {
     return std::nullopt;
 }
 
-/// The next whole line, without its end. Nothing when the child ended or was ended, which is then noted.
+/// The next whole line, without its end. Empty when the child has ended or was terminated, which is then
+/// recorded.
 std::optional<std::string> Worker::NextLine() {
     for (bool ended = false;;) {
         ReadPipe();
@@ -254,7 +255,8 @@ std::optional<std::string> Worker::NextLine() {
             NoteDeath();
             return std::nullopt;
         }
-        // The process, not the end of the pipe: what the child started may hold the pipe open for days.
+        // Waits for the process, not for the end of the pipe: programs that the child started may keep the
+        // pipe open for days.
         const std::array<HANDLE, 2> awaited = {spoke_.get(), process_.get()};
         const auto longest = std::chrono::duration_cast<std::chrono::milliseconds>(longest_silence_);
         const DWORD what = WaitForMultipleObjects(static_cast<DWORD>(awaited.size()), awaited.data(), FALSE,
@@ -267,7 +269,7 @@ std::optional<std::string> Worker::NextLine() {
     }
 }
 
-/// Takes what there is from the pipe, without waiting.
+/// Reads what is in the pipe without waiting.
 void Worker::ReadPipe() {
     DWORD available = 0;
     while (PeekNamedPipe(pipe_.get(), nullptr, 0, nullptr, &available, nullptr) != FALSE && available > 0) {
