@@ -1,5 +1,6 @@
 # The compiler options and headers that every target of the project shares.
 option(VISTREL_COVERAGE "Count executed lines and branches" OFF)
+option(VISTREL_FUZZ "Build the fuzz targets; needs clang" OFF)
 set(VISTREL_SANITIZE "" CACHE STRING "Sanitizers for the native build, as -fsanitize= takes them")
 set(VISTREL_DEPS ${CMAKE_SOURCE_DIR}/.deps CACHE PATH "Where the set-up keeps what it fetched")
 
@@ -57,13 +58,22 @@ if(VISTREL_SANITIZE AND NOT WIN32)
   endif()
 endif()
 
-# instrument(TARGET): code of the tool itself, which counts its lines or traps where the preset says so. Tests and the
+if(VISTREL_FUZZ)
+  # Text is read through a small buffer, so that a short input reaches the code for its end.
+  target_compile_definitions(vistrel_options INTERFACE VISTREL_TEXT_BUFFER_BYTES=256)
+endif()
+
+# instrument(TARGET): code of the tool itself, which counts its lines, traps or guides a fuzzer where the
+# preset says so. Tests and the
 # lab around it are built as ever.
 function(instrument target)
   if(VISTREL_COVERAGE)
     target_compile_options(${target} PRIVATE --coverage -fprofile-abs-path -O0)
     target_compile_definitions(${target} PRIVATE VISTREL_COUNTS_LINES=1)
     target_link_options(${target} PUBLIC --coverage)
+  endif()
+  if(VISTREL_FUZZ)
+    target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
   endif()
   if(VISTREL_SANITIZE AND WIN32)
     # mingw has no library of sanitizers: what is undefined ends the program with an illegal instruction.
