@@ -1,6 +1,7 @@
 #include "tools/vistrel_report/report_document.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "tools/vistrel_diag/sections/running_software/running_software_reading.h"
@@ -250,6 +251,20 @@ bool CanHoldInner(const SectionText& section) {
     });
 }
 
+/// Gives the lines of an inner section back to the section that it was taken from: a later one has it too,
+/// and of two the later one is the report's own.
+void PutBack(ReportDocument& document, SectionId id, ReportPart part) {
+    std::vector<SectionText>& sections = document.sections;
+    const auto inner = std::find_if(sections.begin(), sections.end(), [id, part](const SectionText& section) {
+        return section.id == id && section.part == part;
+    });
+    if (inner != sections.end()) {
+        std::vector<SourceLine>& outer = std::prev(inner)->lines;
+        outer.insert(outer.end(), inner->lines.begin(), inner->lines.end());
+        sections.erase(inner);
+    }
+}
+
 void AddSection(ReportDocument& document, SectionText section) {
     if (!CanHoldInner(section)) {
         document.sections.push_back(std::move(section));
@@ -261,6 +276,7 @@ void AddSection(ReportDocument& document, SectionText section) {
         document.sections.push_back(std::move(section));
         return;
     }
+    PutBack(document, inner.id, section.part);
     inner.part = section.part;
     inner.heading_line = section.lines[begin].number;
     inner.lines.assign(section.lines.begin() + static_cast<std::ptrdiff_t>(begin), section.lines.end());

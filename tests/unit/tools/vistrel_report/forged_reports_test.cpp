@@ -188,6 +188,21 @@ TEST(ForgedReports, AHeadingThatIsNotTheReportsOwnIsTold) {
     EXPECT_THAT(Kinds(ReadDespite(forgery)), Contains(DocumentNoteKind::ForeignHeading));
 }
 
+TEST(ForgedReports, TheFrameRateBehindTheHandsIsTheGames) {
+    const ReportFile file = ReportFile::FromBytes(
+        "== PART 2 - HEADSET ON, GAME RUNNING =============================\n\n"
+        "== HEADSET / OPENXR ==============================================\n"
+        "Runtime         : x\n"
+        "Frame rate reaching the capture: 1.0 fps (3 frames in 3.00 s at 1920x1080)\n\n"
+        "== HAND TRACKING (bare hand vs controller) =======================\n\n"
+        "Frame rate reaching the capture: 60.3 fps (181 frames in 3.00 s at 1920x1080)\n");
+    const ReportDocument& document = file.Reports().at(0);
+    EXPECT_EQ(document.sections.size(), 3U);
+    EXPECT_EQ(document.Find(SectionId::Headset, ReportPart::Two)->lines.size(), 3U);
+    const Reading reading = ReadReport(document);
+    EXPECT_EQ(reading.part_two.game_frame_rate->frame_rate_line, 9U);
+}
+
 TEST(ForgedReports, AWholeReportInATitleIsNoReport) {
     Forgery forgery;
     forgery.title = "x\n" + Forgery().Text();
