@@ -46,12 +46,12 @@ def test_a_still_desktop_has_one_new_frame(run_tool):
     assert section == success("1280x720", 1, rate="0.3")
 
 
-def test_the_measured_time_is_the_one_asked_for(run_tool):
+def test_the_measured_time_is_the_requested_one(run_tool):
     _, section, _ = capture(run_tool, "frames-60", "--capture-seconds", "0.5")
     assert section == success("1280x720", 31, "0.50", "62.0")
 
 
-def test_no_time_at_all(run_tool):
+def test_zero_seconds_are_reported(run_tool):
     run, section, _ = capture(run_tool, "frames-60", "--capture-seconds", "0")
     assert section == failure("the capture started but never produced a frame")
     assert run.counts["acquire_calls"] == 0
@@ -97,13 +97,13 @@ def test_a_desktop_that_never_gives_an_image(run_tool):
         ),
     ],
 )
-def test_what_prevents_capturing_is_told(run_tool, scenario, error):
+def test_the_reason_for_a_failed_capture_is_reported(run_tool, scenario, error):
     _, section, errors = capture(run_tool, scenario)
     assert section == failure(error)
     assert errors == PREFIX + error + "\n"
 
 
-def test_lost_for_a_while(run_tool):
+def test_a_temporary_loss_is_restored(run_tool):
     run, section, errors = capture(run_tool, "access-lost")
     # 31 frames in the first half second; restores at 0.5, 1.0 and 1.5 s are refused, the one at 2.0 s is not.
     assert section == success("1280x720", 31 + 60, rate="30.3")
@@ -130,7 +130,7 @@ def test_a_display_that_moves_to_another_gpu_and_back(run_tool):
     assert run.counts["duplications_refused"] == 2
 
 
-def test_failures_that_are_no_loss_pass_by(run_tool):
+def test_other_errors_do_not_end_the_capture(run_tool):
     run, section, errors = capture(run_tool, "acquiring-fails")
     # The 60 images of the first second have merged into the one that is acquired at its end.
     assert section == success("1280x720", 121, rate="40.3")
@@ -139,7 +139,7 @@ def test_failures_that_are_no_loss_pass_by(run_tool):
     assert run.counts["made_duplications"] == 1
 
 
-def test_the_real_desktop(run_tool):
+def test_the_real_desktop_is_captured(run_tool):
     _, section, errors = capture(run_tool, "real-desktop", "--capture-seconds", "1")
     assert section.startswith("Duplicated      : 1280x720\nNew frames      : ")
     assert section.endswith(IDLE)  # And so without the note that nothing could be read back.
@@ -178,14 +178,14 @@ def test_typeless_formats_are_captured_and_read_back(run_tool, format_name):
 
 
 @pytest.mark.parametrize("format_name", ["rgba", "fp16"])
-def test_formats_that_cannot_take_the_gdi_flag_leave_no_picture(run_tool, format_name):
+def test_formats_without_gdi_support_give_no_picture(run_tool, format_name):
     run, section, _ = capture(run_tool, f"format-{format_name}")
     assert section == failure("the capture started but never produced a frame")
     assert run.counts["frames_delivered"] == 181
 
 
 @pytest.mark.parametrize("cursor", ["at 10,20", "null at 10,20", "hidden", "fails", "at -500,9000"])
-def test_no_cursor_does_harm(run_tool, cursor):
+def test_no_kind_of_cursor_does_harm(run_tool, cursor):
     scenario = f"cursor {cursor}\n" + lab.scenario_text("frames-60")
     _, section, _ = capture(run_tool, scenario, "--capture-seconds", "0.5")
     assert section == success("1280x720", 31, "0.50", "62.0")
@@ -197,7 +197,7 @@ def test_updates_of_the_pointer_count(run_tool):
     assert section == success("1280x720", 11 + run.counts["pointer_updates"], "1.00", "131.0")
 
 
-def test_a_frame_that_is_not_carried_across_is_no_picture(run_tool):
+def test_a_frame_that_cannot_be_copied_across_is_no_picture(run_tool):
     _, section, errors = capture(run_tool, "carrying-fails", "--capture-seconds", "1")
     assert section.endswith(
         f"{IDLE}\nNOTE: could not read a frame back, so the benchmark uses a synthetic pattern instead of your real "

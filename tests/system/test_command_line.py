@@ -30,7 +30,7 @@ def test_refresh_rates(run_tool, install, options, rates):
 
 
 @pytest.mark.parametrize("seconds", ["-5", "abc", "nan", "inf"])
-def test_no_seconds_is_no_capture(run_tool, seconds):
+def test_zero_seconds_skip_the_capture(run_tool, seconds):
     run = run_tool("--quick", "--no-models", "--capture-seconds", seconds, scenario=lab.patient("desktop-pc"))
     assert run.exit_code == 0
     assert run.section("SCREEN CAPTURE").split("\n")[0] == (
@@ -39,7 +39,7 @@ def test_no_seconds_is_no_capture(run_tool, seconds):
 
 
 @pytest.mark.parametrize("options", [["--help"], ["--help", "--quick"], ["--quick", "--refresh", "90", "--help"]])
-def test_help_anywhere_is_all_there_is(run_tool, options):
+def test_help_anywhere_prints_only_the_usage(run_tool, options):
     run = run_tool(*options)
     assert run.console_text == (
         "vistrel_diag [--quick] [--no-models] [--refresh HZ] [--capture-seconds N]\n"
@@ -48,6 +48,6 @@ def test_help_anywhere_is_all_there_is(run_tool, options):
     assert (run.exit_code, run.report) == (0, None)
 
 
-def test_help_as_the_value_of_an_option_is_its_value(run_tool):
+def test_help_after_an_option_is_its_value(run_tool):
     run = run_tool("--refresh", "--help", *lab.CHEAP, scenario=lab.patient("desktop-pc"))
     assert run.has_section("VERDICT")

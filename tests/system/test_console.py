@@ -122,7 +122,7 @@ def test_quick_edit_is_off_while_the_run_lasts(install):
     check_put_back(sitting)
 
 
-def test_the_modes_of_another_program_come_back(install):
+def test_the_modes_of_another_program_are_restored(install):
     """One that reads single keys, without quick-edit and with a code page of its own."""
     found = {"input mode": 0x99, "output mode": 0x7, "code page": 437, "title": "mine"}
     settings = {name.replace(" ", "_"): value for name, value in found.items()}
@@ -133,7 +133,7 @@ def test_the_modes_of_another_program_come_back(install):
 
 
 @pytest.mark.parametrize("end", ["crash", "abort", "overflow"])
-def test_a_crash_leaves_the_console_as_it_was(install, end):
+def test_a_crash_restores_the_console(install, end):
     scenario = f"{end} D3D11CreateDevice\n" + lab.scenario_text("desktop-pc")
     sitting = sit(install, console.answers(READY), "clicks", scenario=scenario, dies=True)
     assert sitting.happened("write") and "THIS RUN WAS CUT SHORT" in sitting.shown
@@ -142,7 +142,7 @@ def test_a_crash_leaves_the_console_as_it_was(install, end):
     check_put_back(sitting)
 
 
-def test_a_crash_waits_for_nobody_on_a_console_of_others(install):
+def test_a_crash_does_not_wait_on_a_shared_console(install):
     """Started at a prompt, whose window stays."""
     scenario = "crash D3D11CreateDevice\n" + lab.scenario_text("desktop-pc")
     sitting = sit(install, console.answers(READY), scenario=scenario, settings={"processes": 2}, dies=True)
@@ -150,7 +150,7 @@ def test_a_crash_waits_for_nobody_on_a_console_of_others(install):
     assert "Press Enter to close." not in sitting.shown
 
 
-def test_a_closed_window_leaves_the_console_as_it_was(install):
+def test_closing_the_window_restores_the_console(install):
     sitting = sit(install, console.answers(READY), ("sees", "== MACHINE"), "closes", ("sees", PART_TWO), "reads", dies=True)
     assert "the console window was closed" in sitting.run.report_text
     check_put_back(sitting)
@@ -197,7 +197,7 @@ def watch_hands(install, *then, runtime=HANDS_RUNTIME, **options):
     return sit(install, *WATCH_HANDS, *then, scenario=scenario, env=headset.env, **options)
 
 
-def test_what_is_measured_is_shown_until_the_next_line_comes(install):
+def test_progress_is_shown_until_the_next_line(install):
     sitting = watch_hands(install, ("sees", HINT), ("sees", WATCHING), ("types", "\r"), console.answers("Press Enter to close."))
     assert f"Vistrel diagnostic - {WATCHING}" in sitting.of("title")
     assert sitting.of("title")[0] == "Vistrel diagnostic"
@@ -210,7 +210,7 @@ def test_what_is_measured_is_shown_until_the_next_line_comes(install):
     check_put_back(sitting)
 
 
-def test_a_console_that_knows_no_sequences_gets_none(install):
+def test_a_console_without_escape_sequences_gets_none(install):
     steps = [("sees", WATCHING), ("types", "\r"), console.answers("Press Enter to close.")]
     sitting = watch_hands(install, *steps, settings={"without_virtual_terminal": ""})
     assert sitting.run.exit_code == 0
@@ -220,7 +220,7 @@ def test_a_console_that_knows_no_sequences_gets_none(install):
 
 
 @pytest.mark.parametrize("columns", [20, 1])
-def test_what_is_measured_does_not_wrap(install, columns):
+def test_progress_does_not_wrap(install, columns):
     steps = [("sees", "hand L : "), ("types", "\r"), console.answers("Press Enter to close.")]
     sitting = watch_hands(install, *steps, settings={"columns": columns})
     assert (f"  {WATCHING} ..."[: columns - 1] + "\r" in sitting.of("write")) == (columns > 1)
@@ -234,7 +234,7 @@ def test_a_crash_takes_the_progress_off_the_taskbar(install):
     check_put_back(sitting)
 
 
-def test_the_watch_of_the_hands_ends_with_enter_and_with_no_other_key(install):
+def test_only_enter_ends_the_hand_tracking_watch(install):
     """Without that it would last until the runtime ends the session."""
     headset = openxr.connect(install, HANDS_RUNTIME)
     sitting = sit(

@@ -144,7 +144,7 @@ def test_no_gpu_line_without_a_gpu_but_the_empty_line(stand_in, run_tool):
     assert section.startswith("\nModel           : Square Normal (392) (392x392)\n")
 
 
-def test_no_runtime(product, run_tool):
+def test_a_missing_runtime_is_reported(product, run_tool):
     run = run_tool(*QUICK, scenario=ONE_GPU)
     assert run.section(TITLE) == NO_RUNTIME
     assert run.has_section("VERDICT")
@@ -167,7 +167,7 @@ def test_a_runtime_that_is_no_dll(product, run_tool):
         ("whole", "no-base", "OrtGetApiBase of {dll} answers nothing"),
     ],
 )
-def test_an_unfit_runtime(product, run_tool, variant, orders, complaint):
+def test_an_unusable_runtime_is_reported(product, run_tool, variant, orders, complaint):
     product.add_library("onnxruntime.dll", STAND_INS / variant / "onnxruntime.dll")
     complaint = "onnxruntime: " + complaint.format(dll=product.windows_folder + "\\onnxruntime.dll")
     environment = {"VISTREL_ONNX_STAND_IN": orders}
@@ -212,7 +212,7 @@ def check_nothing_alive(ledger):
     assert all(re.fullmatch(r"(\w+ made [1-9]\d* alive 0)?", line) for line in lines), lines
 
 
-def test_nothing_is_left_of_twelve_models(stand_in, run_tool):
+def test_twelve_models_leak_nothing(stand_in, run_tool):
     run_tool(*QUICK, scenario=ONE_GPU, env={"VISTREL_ONNX_STAND_IN": "ledger=ledger.txt"})
     ledger = stand_in.folder / "ledger.txt"
     check_nothing_alive(ledger)
@@ -271,7 +271,7 @@ def test_missing_and_oversized_models(genuine, run_tool, tmp_path):
     assert section == failed(genuine, "an input of 20000x20000 pixels cannot be timed", 5)
 
 
-def test_a_runtime_that_refuses_is_asked_once(stand_in, run_tool):
+def test_a_runtime_that_refuses_is_queried_once(stand_in, run_tool):
     """Each refusal is a line on the console of whoever runs the tool."""
     run = run_tool(*QUICK, scenario=ONE_GPU, env={"VISTREL_ONNX_STAND_IN": "old"})
     assert run.section(TITLE).count("which does not offer API version 24") == len(NAMES)
@@ -283,7 +283,7 @@ def test_a_runtime_whose_exports_have_no_names(product, run_tool):
     assert INFERENCE.fullmatch(run_tool(*lab.CHEAP, scenario=ONE_GPU).section(TITLE).split("\n")[3])
 
 
-def test_a_runtime_that_something_else_brought_does_not_win(stand_in, run_tool, tmp_path):
+def test_a_runtime_loaded_by_other_software_is_not_used(stand_in, run_tool, tmp_path):
     other = tmp_path / "elsewhere"
     other.mkdir()
     (other / "onnxruntime.dll").write_bytes((STAND_INS / "without_ordinal_1" / "onnxruntime.dll").read_bytes())
@@ -300,6 +300,6 @@ def test_models_below_a_folder_in_the_form_for_long_paths(stand_in, run_tool):
     assert INFERENCE.fullmatch(run.section(TITLE).split("\n")[3])
 
 
-def test_a_message_that_is_no_utf8(stand_in, run_tool):
+def test_a_message_with_invalid_utf8(stand_in, run_tool):
     run = run_tool(*lab.CHEAP, scenario=ONE_GPU, env={"VISTREL_ONNX_STAND_IN": "fail=CreateEnv message-bytes=66E96F"})
     assert run.section(TITLE) == failed(stand_in, "onnxruntime: f\N{REPLACEMENT CHARACTER}o")

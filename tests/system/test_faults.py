@@ -51,7 +51,7 @@ def outcome(healthy, order, in_runtime=False):
         (("xrGetSystem", 1, "once"), "+ Runtime reports no headset right now - put it on and re-run."),
     ],
 )
-def test_a_failed_call_gives_its_line_and_the_run_goes_on(healthy, order, line):
+def test_a_failed_call_is_reported_and_the_run_continues(healthy, order, line):
     assert line in outcome(healthy, order)
 
 
@@ -60,7 +60,7 @@ def test_a_failed_entry_of_onnx_runtime(healthy):
     assert "+ Could not time it: onnxruntime: the runtime's own words" in changes
 
 
-def test_a_call_of_a_child_fails_in_that_child_alone(healthy):
+def test_a_call_of_a_child_fails_only_in_that_child(healthy):
     order = ("xrGetSystem", 1, "once")
     first, last = (judged(healthy, order, process=number) for number in (1, 3))
     assert first.problems == last.problems == []
@@ -68,7 +68,7 @@ def test_a_call_of_a_child_fails_in_that_child_alone(healthy):
     assert judged(healthy, order, process=2).problems == [matrix.NEVER_FAILED]
 
 
-def test_every_call_is_noted_with_its_place(healthy):
+def test_every_call_is_recorded_with_its_call_site(healthy):
     calls = healthy[2].calls
     devices = [(process, number) for process, name, number, _ in calls if name == "D3D11CreateDevice"]
     assert devices == [(0, 1), (0, 2), (0, 3)]
@@ -85,7 +85,7 @@ def test_every_call_is_noted_with_its_place(healthy):
         (("NoSuchEntry", 1), True),
     ],
 )
-def test_a_fault_that_never_strikes_proves_nothing(healthy, order, in_runtime):
+def test_a_fault_that_never_occurs_proves_nothing(healthy, order, in_runtime):
     assert judged(healthy, order, in_runtime).problems == [matrix.NEVER_FAILED]
 
 
@@ -128,7 +128,7 @@ def test_a_report_without_the_faults_own_line_is_not_sound(healthy, without_memo
     assert problem.startswith("the report differs in lines that do not belong to the fault: + RAM ")
 
 
-def test_an_outcome_that_nobody_has_read_is_not_sound(healthy, without_memory):
+def test_an_unreviewed_outcome_is_not_sound(healthy, without_memory):
     assert problems_of(healthy, without_memory, {}) == ["nobody has reviewed this fault's outcome"]
 
 
@@ -143,7 +143,7 @@ def test_every_import_is_made_to_fail_or_has_a_reason(healthy):
     assert matrix.imports_left_out(where.install.exe, {name for _, name, _, _ in ordinary.calls}) == []
 
 
-def test_an_import_that_nobody_thought_of_is_told(healthy):
+def test_an_unlisted_import_is_reported(healthy):
     where, _, ordinary = healthy
     failing = {name for _, name, _, _ in ordinary.calls}
     assert matrix.imports_left_out(where.install.exe, failing - {"GlobalMemoryStatusEx"}) == [
@@ -171,7 +171,7 @@ NO_HANDLE = {
 MAKES_HANDLES = re.compile(r"Create|Open|Duplicate|Register|FindFirst|MapView|Load|Accept|fopen|fdopen|begin|^Add|^socket$")
 
 
-def test_the_account_of_handles_knows_all_that_the_tool_can_make(healthy):
+def test_every_handle_that_the_tool_can_open_is_counted(healthy):
     account = (lab.ROOT / "tests" / "lab" / "machine" / "handle_account.cpp").read_text(encoding="utf-8")
     known = set(re.findall(r'\{"(\w+)", ', account))
     makers = {name for name in matrix.imported_functions(healthy[0].install.exe) if MAKES_HANDLES.search(name)}

@@ -66,7 +66,7 @@ def test_adapter_without_description_keeps_its_number(run_tool):
 
 
 @pytest.mark.parametrize("scenario", ["without-adapter3", "memory-query-fails"])
-def test_memory_in_use_is_left_out(run_tool, scenario):
+def test_memory_in_use_is_omitted(run_tool, scenario):
     assert "VRAM in use" not in gpus(run_quick(run_tool, scenario))
 
 
@@ -98,7 +98,7 @@ def test_device_failure(run_tool):
     assert not run.has_section("STEREO WARP COST  (both eyes, one headset frame)")
 
 
-def test_enumeration_that_fails_at_its_end_is_an_end(run_tool):
+def test_a_failing_enumeration_ends_the_list(run_tool):
     run = run_quick(run_tool, "enumeration-fails")
     assert [line for line in gpus(run).split("\n") if line.startswith("GPU ")] == [
         "GPU 0           : NVIDIA GeForce RTX 3070 [NVIDIA]"

@@ -171,7 +171,7 @@ def test_part_two_can_be_skipped(run_tool, answer):
 
 
 @pytest.mark.parametrize("answer", [b"\n", b"yes\n", b" s\n", b"\0s\n", b"\xc3\x9f\n", b"\x1a\n", b""])
-def test_any_other_answer_goes_on(run_tool, answer):
+def test_any_other_answer_continues(run_tool, answer):
     run = run_tool(*GUIDED, scenario=lab.patient("desktop-pc"), stdin=b"\n" + answer)
     assert run.exit_code == 0
     assert not run.has_section("PART 2 - SKIPPED")
@@ -192,7 +192,7 @@ def test_end_of_the_input_at_the_first_prompt(run_tool):
 
 
 @pytest.mark.parametrize("typed", [b"x", b"\n", b"\nx", b"\n\n", b"\n\nx", b"\n\n\n"], ids=repr)
-def test_end_of_the_input_goes_on_at_every_prompt(run_tool, install, typed):
+def test_end_of_the_input_continues_at_every_prompt(run_tool, install, typed):
     """Before an answer and in the middle of one."""
     run = run_tool(*GUIDED, scenario=lab.patient("desktop-pc"), stdin=typed)
     assert run.exit_code == 0

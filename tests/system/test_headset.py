@@ -36,7 +36,7 @@ def test_loader_without_entry_points(run_tool, install):
     assert run.section(TITLE) == "openxr_loader.dll is missing its entry points - OpenXR skipped."
 
 
-def test_no_runtime_and_not_a_word_from_the_loader(run_tool, install):
+def test_without_a_runtime_the_loader_prints_nothing(run_tool, install):
     headset = openxr.connect(install, "")
     del headset.env["VISTREL_LAB_OPENXR_MANIFEST"]
     run = run_tool(*lab.CHEAP, scenario="hybrid-laptop", env=headset.env)
@@ -77,7 +77,7 @@ def test_headset_on_the_other_gpu(run_tool, install):
     assert setup_lines(run) == ["Benchmark GPU   : GPU 1 (NVIDIA GeForce RTX 4060 Laptop GPU)", REQUIRED]
 
 
-def test_required_gpu_that_is_not_there(run_tool, install):
+def test_required_gpu_that_is_missing(run_tool, install):
     headset = openxr.connect(install, "luid 00000001:00011A2B\n")
     run = run_tool(*lab.CHEAP, scenario="hybrid-laptop", env=headset.env)
     assert run.section(TITLE).split("\n")[-1] == "Required GPU    : LUID 00000001:00011A2B -> GPU -1 (NOT FOUND)"

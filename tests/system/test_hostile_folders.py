@@ -221,7 +221,7 @@ def long_install(tmp_path, length):
     return install
 
 
-def test_longest_path_that_the_tool_reads_of_itself(ordinary, tmp_path):
+def test_longest_path_that_the_tool_can_run_from(ordinary, tmp_path):
     install = long_install(tmp_path, 259)
     assert len(install.windows_folder + "\\" + lab.REPORT_NAME) > 260
     run = lab.run_tool(install, *QUICK, scenario=MACHINE, scratch=tmp_path)
@@ -237,7 +237,7 @@ def test_crash_in_a_folder_with_a_long_path(tmp_path):
     assert without_place(run.report_text).endswith(f"\n\n{line}\n")
 
 
-def test_path_too_long_for_the_tool_to_read_of_itself(tmp_path):
+def test_path_that_is_too_long_for_the_tool(tmp_path):
     """Its folder is then unknown and the report comes into the current directory."""
     install = long_install(tmp_path, 300)
     run = run_by(install.exe, install, *lab.CHEAP, scratch=tmp_path)
@@ -273,7 +273,7 @@ FOREIGN_FILES = {
 
 
 @pytest.mark.parametrize("kind", FOREIGN_FILES)
-def test_foreign_dlls_beside_the_tool_are_reported_not_loaded(ordinary, tmp_path, kind):
+def test_other_dlls_beside_the_tool_are_reported_but_not_loaded(ordinary, tmp_path, kind):
     """Windows starts no program beside such files under the names of DLLs that it imports and that are no known
     DLLs. Wine passes over those for 32 bits, but the rest keeps it from starting the program too."""
     install = furnish(tmp_path / "install")
@@ -332,7 +332,7 @@ def test_line_breaks_in_a_title_stay_line_breaks(tmp_path):
     assert '\nForeground app  : lines.exe  "one\ntwo\nthree"\n' in run.console_text
 
 
-def test_a_terminal_obeys_no_name(tmp_path):
+def test_names_cannot_control_a_terminal(tmp_path):
     install = lab.Install(tmp_path / "install")
     with terminal.Terminal(install, *QUICK, scenario=machine_with_evil_gpu()) as person:
         person.answer("\nPress Enter to close.\n", "\r")

@@ -65,7 +65,7 @@ def test_crowded_machine(tmp_path, install, run_tool):
     golden.check("inventory-crowded.txt", inventory(run), install)
 
 
-def test_gpu_preferences_for_others_alone(run_tool):
+def test_gpu_preferences_only_for_other_programs(run_tool):
     with programs.gpu_preferences({"C:\\game.exe": "GpuPreference=2;"}):
         run = run_tool(*lab.CHEAP, scenario="desktop-pc")
     assert run.section("PER-APP GPU OVERRIDES") == (
@@ -86,7 +86,7 @@ def test_everything_injected(install, run_tool):
     assert run.section(INJECTED) == "\n".join(found) + "\n" + ADVICE
 
 
-def test_capitals_in_a_folder_beyond_ascii(tmp_path):
+def test_capitals_in_a_folder_with_a_non_ascii_name(tmp_path):
     install = lab.Install(tmp_path / "Ünïcødé ゲーム")
     clean = lab.run_tool(install, *lab.CHEAP, scenario="desktop-pc")
     assert clean.section(INJECTED) == NOTHING_INJECTED

@@ -14,7 +14,7 @@ def probe(tmp_path, scenario, *arguments):
     return exit_code, output.decode("utf-8").replace("\r\n", "\n"), errors.decode("utf-8"), counts
 
 
-def test_the_program_sees_the_scenario_alone(tmp_path):
+def test_the_program_sees_only_the_scenario(tmp_path):
     exit_code, output, _, counts = probe(tmp_path, "failing-description", "a b", "c\\", 'q"x')
     assert output == (
         "argument a b\n"
@@ -43,7 +43,7 @@ def test_the_program_sees_the_scenario_alone(tmp_path):
     assert [counts[f"devices_made_on_{i}"] for i in range(4)] == [1, 1, 1, 0]
 
 
-def test_what_is_left_alive_is_counted(tmp_path):
+def test_leaked_objects_are_counted(tmp_path):
     _, _, _, counts = probe(tmp_path, "two-hardware-gpus", "--leak")
     assert counts["live_factories"] == 1
     assert counts["live_adapters"] == 1
@@ -51,13 +51,13 @@ def test_what_is_left_alive_is_counted(tmp_path):
     assert counts["live_objects"] == 3
 
 
-def test_a_scenario_that_is_not_understood_runs_nothing(tmp_path):
+def test_an_invalid_scenario_runs_nothing(tmp_path):
     exit_code, output, errors, counts = probe(tmp_path, "# wrong\nadaptor X\n")
     assert (exit_code, output, counts) == (125, "", None)
     assert errors.endswith("scenario.txt, line 2: 'adaptor' is not understood here\r\n")
 
 
-def test_every_scenario_is_understood_and_described(tmp_path):
+def test_every_scenario_is_valid_and_described(tmp_path):
     for path in sorted(lab.SCENARIOS.glob("*.txt")):
         text = path.read_text(encoding="utf-8")
         assert text.startswith("# "), path

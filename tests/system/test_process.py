@@ -56,7 +56,7 @@ def done_message(install):
 NOT_WRITTEN = "\n!! Could not write the report file. Copy the text above instead.\n\nPress Enter to close.\n"
 
 
-def test_folder_with_letters_beyond_ascii(drive_c_install, tmp_path):
+def test_folder_with_a_non_ascii_name(drive_c_install, tmp_path):
     run = lab.run_tool(drive_c_install, *lab.CHEAP, scenario=ONE_GPU, scratch=tmp_path)
     assert run.exit_code == 0
     assert "Running from: C:\\Ünïcødé folder\n" in run.report_text
@@ -71,7 +71,7 @@ def test_an_older_report_is_replaced(run_tool, install):
     assert run.console_text.endswith(done_message(install))
 
 
-def test_a_report_that_another_program_reads_is_written_all_the_same(run_tool, install):
+def test_a_report_that_another_program_reads_is_still_written(run_tool, install):
     install.write(lab.REPORT_NAME, "an older report\n")
     with programs.held(install.report, "write"):
         run = run_tool(*lab.CHEAP, scenario=ONE_GPU)
@@ -98,14 +98,14 @@ def test_a_report_that_is_read_only(run_tool, install):
     assert install.report.read_bytes() == b"an older report\n"
 
 
-def test_a_folder_in_the_reports_place(run_tool, install):
+def test_a_folder_with_the_reports_name(run_tool, install):
     install.report.mkdir()
     run = run_tool(*lab.CHEAP, scenario=ONE_GPU)
     assert run.exit_code == 0
     assert run.console_text.endswith(NOT_WRITTEN)
 
 
-def test_nothing_is_written_but_the_report(run_tool, install):
+def test_only_the_report_is_written(run_tool, install):
     before = sorted(path.name for path in install.folder.rglob("*"))
     run_tool(*lab.CHEAP, scenario=ONE_GPU)
     assert sorted(path.name for path in install.folder.rglob("*")) == sorted([*before, lab.REPORT_NAME])

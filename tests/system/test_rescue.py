@@ -167,7 +167,7 @@ def test_driver_that_hangs(machine):
 
 
 @pytest.mark.parametrize("kind, cause", [("crash", CRASHED_IN_DRIVER), ("abort", ABORTED)])
-def test_crash_in_front_of_a_person_puts_the_consoles_code_page_back(machine, kind, cause):
+def test_crash_at_a_terminal_restores_the_code_page(machine, kind, cause):
     """The launcher on the same console says when it does not."""
     scenario = f"{kind} AcquireNextFrame\n{MACHINE}"
     with terminal.Terminal(machine.install, *QUICK, scenario=scenario) as person:
@@ -177,7 +177,7 @@ def test_crash_in_front_of_a_person_puts_the_consoles_code_page_back(machine, ki
     assert "in code page" not in screen
 
 
-def test_a_gpu_that_never_answers(tmp_path):
+def test_a_gpu_that_never_responds(tmp_path):
     """After twenty seconds the person is told that Ctrl-C keeps the report, and it does."""
     install = lab.Install(tmp_path / "install")
     install.add_shader("trivial")

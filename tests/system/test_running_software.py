@@ -36,7 +36,7 @@ def test_nothing_notable(run_tool):
     assert "Waiting" not in run.console_text
 
 
-def test_twice_the_same_and_capitals(tmp_path, run_tool):
+def test_the_same_program_twice_and_in_capitals(tmp_path, run_tool):
     with (
         programs.asleep(tmp_path, "obs64.exe"),
         programs.asleep(tmp_path, "VRSERVER.EXE"),
@@ -79,7 +79,7 @@ def test_guided_run_waits_for_nothing_when_nothing_runs(run_tool):
     assert section(run) == NOTHING
 
 
-def test_guided_run_goes_on_when_the_product_has_closed(tmp_path, install):
+def test_guided_run_continues_when_the_product_has_closed(tmp_path, install):
     command = [str(lab.ROOT / "scripts" / "wine"), lab.windows_path(install.exe), *GUIDED]
     with programs.asleep(tmp_path, "Vistrel.exe") as product:
         tool = subprocess.Popen(
@@ -103,7 +103,7 @@ def test_guided_run_goes_on_when_the_product_has_closed(tmp_path, install):
     assert "Waiting" not in report.report_text
 
 
-def test_guided_run_goes_on_after_sixty_dots(tmp_path, run_tool):
+def test_guided_run_continues_after_sixty_dots(tmp_path, run_tool):
     with programs.asleep(tmp_path, "Ambulo.exe"):
         run = run_tool(*GUIDED, scenario=SCENARIO, stdin=SKIP_PART_TWO)
     assert WAITING + "." * 60 + STILL_RUNNING in run.console_text

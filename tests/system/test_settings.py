@@ -133,7 +133,7 @@ def test_an_empty_file_is_a_broken_one(run_tool, install, user_data):
     )
 
 
-def test_keys_before_a_wrong_one_count(run_tool, install, user_data):
+def test_keys_before_a_wrong_one_apply(run_tool, install, user_data):
     install.write("settings.json", '{"vistrel_scale": 1.5, "vistrel_pseudo_3d": 0, "vistrel_cinema_mode": true}')
     run = run_tool(*lab.CHEAP)
     assert run.section(IN_EFFECT) == DEFAULTS.replace("1.00  (3.00 m wide)", "1.50  (4.50 m wide)")
@@ -162,7 +162,7 @@ def test_a_locked_file_is_skipped(run_tool, install, user_data):
         assert applied(run_tool(*lab.CHEAP)) == (lab.windows_path(path), "1.50")
 
 
-def test_without_a_data_folder_the_current_directory_takes_its_place(run_tool, local_data, tmp_path):
+def test_without_a_data_folder_the_current_directory_is_used(run_tool, local_data, tmp_path):
     write(tmp_path / "elsewhere" / "usersettings.json", '{"vistrel_scale": 4}')
     local_data.rename(local_data.with_name("away"))
     try:
@@ -203,13 +203,13 @@ def test_a_log_without_relevant_lines(run_tool, user_data):
     )
 
 
-def test_a_log_that_nobody_may_read_is_no_log(run_tool, user_data):
+def test_an_unreadable_log_counts_as_missing(run_tool, user_data):
     path = write(user_data / "vistrel_init_log.txt", "ERROR\n")
     with programs.held(path, "none"):
         assert run_tool(*lab.CHEAP).section(LOG).startswith(f"No log at {lab.windows_path(path)}\n")
 
 
-def test_files_full_of_rubbish_do_no_harm(run_tool, user_data):
+def test_binary_files_do_no_harm(run_tool, user_data):
     rubbish = bytes(range(256)) * 64
     write(user_data / "vistrel_init_log.txt", rubbish.replace(b"\x1a", b"") + b"\nERROR\n")
     write(user_data / "usersettings.json", b"\xef\xbb\xbf{}\n" + rubbish.replace(b"\x1a", b"") + b"\n vistrel_x\n")

@@ -82,7 +82,7 @@ def test_a_person_who_skips(install, answer):
 
 
 @pytest.mark.parametrize("answer", [" s", "x" * 70 + "s", "yes"])
-def test_a_person_who_goes_on(install, answer):
+def test_a_person_who_continues(install, answer):
     with terminal.Terminal(install, *GUIDED, scenario=lab.patient("device-fails")) as person:
         person.answer(on_screen(START), answer + "\r")
         person.answer(on_screen(HEADSET), answer + "\r")
@@ -91,7 +91,7 @@ def test_a_person_who_goes_on(install, answer):
     assert lab.header("PART 2 - HEADSET ON, GAME RUNNING") in install.report.read_bytes().decode("utf-8")
 
 
-def test_control_z_ends_the_input_and_goes_on(install):
+def test_control_z_ends_the_input_and_the_run_continues(install):
     with terminal.Terminal(install, *GUIDED, scenario=lab.patient("device-fails")) as person:
         person.answer(on_screen(START), "\x1a\r")
         person.answer(on_screen(HEADSET), "\x1a\r")

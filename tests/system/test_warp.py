@@ -62,7 +62,7 @@ def test_without_a_shader(run_tool):
     assert "measuring" not in run.console_text
 
 
-def test_places_in_their_order(nested, tmp_path):
+def test_the_shader_is_searched_in_order(nested, tmp_path):
     here = tmp_path / "elsewhere"
 
     def words():
@@ -79,7 +79,7 @@ def test_places_in_their_order(nested, tmp_path):
     assert words() == quoted(nested.folder, "from_beside")
 
 
-def test_compiler_quotes_a_folder_of_any_language(tmp_path):
+def test_the_compiler_can_quote_a_non_ascii_folder(tmp_path):
     install = lab.Install(tmp_path / "Ünïcødé 深度")
     install.write(SHADER, broken("nothing"))
     assert failure(lab.run_tool(install, *lab.CHEAP)) == quoted(install.folder, "nothing")
@@ -139,7 +139,7 @@ def test_an_unknown_desktop(install, run_tool):
 MEASURED = ("--quick", "--no-models", "--capture-seconds", "0.5")
 
 
-def test_a_blank_first_image_is_not_the_picture(install, run_tool):
+def test_a_blank_first_image_is_not_used(install, run_tool):
     """A black picture would be drawn in half the time."""
     install.add_shader("trivial")
     assert rows(run_tool(*MEASURED, scenario="blank-first-image")) == [
@@ -168,7 +168,7 @@ def test_memory_that_is_freed_late_is_not_counted(install, run_tool):
     assert [vram for _, _, vram in table] == [round(13 * size / 2**20) for size in (2560 * 1440, 1920 * 1080)]
 
 
-def test_memory_that_never_stands_still_is_never_negative(install, run_tool):
+def test_memory_that_keeps_changing_is_never_negative(install, run_tool):
     install.add_shader("trivial")
     assert all(vram <= 3 for _, _, vram in rows(run_tool(*MEASURED, scenario="memory-drifts")))
 
@@ -178,7 +178,7 @@ LONG_WAIT = (
 )
 
 
-def test_a_gpu_that_takes_long_is_told_of_on_the_console_alone(install, run_tool):
+def test_a_slow_gpu_is_mentioned_only_on_the_console(install, run_tool):
     install.add_shader("trivial")
     run = run_tool(*MEASURED, scenario="gpu-answers-late")
     assert run.console_text.count(LONG_WAIT) == 1
@@ -186,7 +186,7 @@ def test_a_gpu_that_takes_long_is_told_of_on_the_console_alone(install, run_tool
     assert [milliseconds for _, milliseconds, _ in rows(run)] == [0.46, 0.82]
 
 
-def test_time_stamps_that_mean_nothing(install, run_tool):
+def test_invalid_time_stamps(install, run_tool):
     install.add_shader("trivial")
     assert run_tool(*MEASURED, scenario="stamps-disjoint").section(SECTION) == (
         f"{TABLE_HEADER}\n!! GPU timing produced nothing usable at 1920x1080\n"

@@ -116,7 +116,7 @@ def test_both_queries_of_a_guided_run(headset):
     assert runtime.calls().count("xrGetSystem") == 2
 
 
-def test_ctrl_c_ends_both_while_the_runtime_is_asked(headset):
+def test_ctrl_c_ends_both_processes_during_the_query(headset):
     install, _, _ = headset
     runtime = openxr.connect(install, f"{HEADSET_SCRIPT}hang xrGetSystem\n")
     scenario = MACHINE.replace("clock scripted\n", "")  # So that the silence lasts.
@@ -129,7 +129,7 @@ def test_ctrl_c_ends_both_while_the_runtime_is_asked(headset):
     assert "The OpenXR query" not in screen
 
 
-def test_no_child_can_be_started(headset):
+def test_the_query_runs_in_the_tool_when_no_child_can_be_started(headset):
     """Then the runtime is asked in the process itself, and the report is the ordinary one."""
     install, awake, _ = headset
     runtime = openxr.connect(install, HEADSET_SCRIPT)
