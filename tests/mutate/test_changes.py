@@ -66,21 +66,21 @@ def changed(text, kind):
         ("order", "if (x) {\n    f(a);\n}\ng(b);", []),
     ],
 )  # fmt: skip
-def test_a_change_of_this_kind(kind, text, versions):
+def test_each_kind_of_change(kind, text, versions):
     assert changed(text, kind) == versions
 
 
-def test_what_is_no_code_is_left_alone():
+def test_comments_and_texts_are_not_changed():
     assert changes_of('#include "a.h"\n#define X 1 + 2\n// a < b\n/* c == 7 */\n') == []
 
 
-def test_a_raw_text_is_one_text():
+def test_a_raw_string_is_one_token():
     (change,) = changes_of('const char* x = "";\n')
     assert change.applied_to('const char* x = "";\n') == 'const char* x = "~";\n'
     assert changes_of('const char* x = R"(a < b "c" 7)";\n') == []
 
 
-def test_members_change_no_places():
+def test_members_are_not_swapped():
     assert [change for change in changes_of("struct S {\n    int a = f();\n    int b = 0;\n};\n") if change.kind == "order"] == []
 
 
@@ -91,7 +91,7 @@ def test_a_change_knows_its_line_and_both_versions_of_it():
     assert number.lines(source) == ("1;", "2;")
 
 
-def test_every_change_differs_and_comes_once():
+def test_every_change_is_unique():
     source = "void F() {\n    if (!a && b < 3) {\n        Close(x);\n        y = A_B | C_D;\n    }\n}\n"
     versions = [change.applied_to(source) for change in changes_of(source)]
     assert len(versions) == len(set(versions)) > 10

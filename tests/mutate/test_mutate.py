@@ -74,7 +74,7 @@ def test_a_changed_program_is_built_and_run(project):
     [("for (volatile int i = 0;; i = 1) {}", (1, 600)), ('return std::system("sleep 600");', (600, 0.5))],
     ids=["works", "waits"],
 )
-def test_a_program_that_does_not_end_is_killed(project, monkeypatch, endless, limits):
+def test_a_program_that_hangs_is_killed(project, monkeypatch, endless, limits):
     tree = trial.Tree(1)
     tree.copy_sources()
     tree.check_unchanged("lib/sum.cpp", ["native"])
@@ -83,7 +83,7 @@ def test_a_program_that_does_not_end_is_killed(project, monkeypatch, endless, li
     assert tree.try_out("lib/sum.cpp", source, ["native"]) == (KILLED, trial.ENDLESS)
 
 
-def test_nothing_is_tried_while_the_tests_fail_anyway(project):
+def test_nothing_is_tried_when_the_tests_fail_without_a_change(project):
     (project / "lib/sum.cpp").write_text(SOURCE.replace("a + b", "a - b"), encoding="utf-8")
     tree = trial.Tree(1)
     tree.copy_sources()
@@ -91,13 +91,13 @@ def test_nothing_is_tried_while_the_tests_fail_anyway(project):
         tree.check_unchanged("lib/sum.cpp", ["native"])
 
 
-def test_what_no_test_runs_is_seen_by_none(project):
+def test_code_without_tests_survives(project):
     tree = trial.Tree(1)
     tree.copy_sources()
     assert tree.try_out("lib/disk_windows.cpp", "", ["native"]) == (UNSEEN, "")
 
 
-def test_the_copy_follows_the_tree(project):
+def test_the_copy_is_updated_from_the_tree(project):
     tree = trial.Tree(1)
     tree.copy_sources()
     (project / "lib/sum.cpp").write_text("int x;\n", encoding="utf-8")
@@ -114,7 +114,7 @@ def test_the_tests_of_a_source(project):
     assert trial.test_filter(disk) == "DiskTest.*:*/DiskTest.*:DiskTest/*:*/DiskTest/*"
 
 
-def test_without_tests_of_its_own_those_of_its_folder_see_a_source(project):
+def test_a_source_without_tests_is_tested_by_those_of_its_folder(project):
     (project / "lib/tape_windows.cpp").write_text("", encoding="utf-8")
     beside = [f"tests/unit/lib/{name}_windows_test.cpp" for name in ("disk_full", "disk")]
     assert trial.tests_of("lib/tape_windows.cpp", windows=True) == beside
@@ -169,7 +169,7 @@ def run(results, *arguments):
     return len(ScriptedTree.tried) - before
 
 
-def test_what_is_known_is_not_tried_again(scripted):
+def test_known_results_are_not_tried_again(scripted):
     file = scripted / "results.jsonl"
     count = len(mutate.mutants_of("lib/sum.cpp"))
     assert run(mutate.Results(file)) == count > 3
@@ -179,13 +179,13 @@ def test_what_is_known_is_not_tried_again(scripted):
     assert run(mutate.Results(file)) == count
 
 
-def test_a_run_stops_in_time_and_goes_on_later(scripted):
+def test_a_run_stops_at_its_limit_and_continues_later(scripted):
     file = scripted / "results.jsonl"
     assert run(mutate.Results(file), "--minutes", "1e-9") == 0
     assert run(mutate.Results(file)) == len(mutate.mutants_of("lib/sum.cpp"))
 
 
-def test_the_survivors_are_told(scripted):
+def test_survivors_are_listed(scripted):
     results = mutate.Results(scripted / "results.jsonl")
     run(results)
     mutants, out = mutate.mutants_of("lib/sum.cpp"), io.StringIO()
@@ -202,20 +202,20 @@ def test_the_survivors_are_told(scripted):
 ENTRY = "lib/sum.cpp\n- if (a < b) {\n+ if (a <= b) {\nequal numbers never come\n"
 
 
-def test_a_judged_change_is_passed_over(project):
+def test_a_judged_change_is_skipped(project):
     equivalents = mutate.Equivalents("# a comment\n\n" + ENTRY)
     judged = mutate.judged_equivalent(mutate.mutants_of("lib/sum.cpp"), equivalents)
     assert judged == {mutant("if (a < b) {", "if (a <= b) {").key}
     assert equivalents.vanished({"lib/sum.cpp"}) == []
 
 
-def test_three_dots_stand_for_any_text(project):
+def test_three_dots_match_any_text(project):
     equivalents = mutate.Equivalents("lib/sum.cpp\n- return ...;\n+ ...\nwhatever it returns\n")
     judged = mutate.judged_equivalent(mutate.mutants_of("lib/sum.cpp"), equivalents)
     assert {each.before for each in mutate.mutants_of("lib/sum.cpp") if each.key in judged} == {"return a + b;", "return 7;"}
 
 
-def test_one_of_several_equal_lines_is_judged_by_its_number(project):
+def test_a_number_selects_one_of_several_equal_lines(project):
     (project / "lib/sum.cpp").write_text("int F() {\n    f(1);\n    if (x) {\n        f(1);\n    }\n}\n", encoding="utf-8")
     equivalents = mutate.Equivalents("lib/sum.cpp (2)\n- f(1);\n+ f(2);\nthe reason\n")
     mutants = mutate.mutants_of("lib/sum.cpp")
@@ -223,13 +223,13 @@ def test_one_of_several_equal_lines_is_judged_by_its_number(project):
     assert [each.line for each in mutants if each.key in judged] == [4]
 
 
-def test_a_judged_change_that_is_gone_is_told(project):
+def test_a_judged_change_that_no_longer_exists_is_reported(project):
     equivalents = mutate.Equivalents(ENTRY.replace("a < b", "a < c"))
     assert mutate.judged_equivalent(mutate.mutants_of("lib/sum.cpp"), equivalents) == set()
     assert len(equivalents.vanished({"lib/sum.cpp"})) == 1
     assert equivalents.vanished({"lib/other.cpp"}) == []
 
 
-def test_a_judgement_without_a_reason_is_refused():
+def test_a_judgement_without_a_reason_is_rejected():
     with pytest.raises(SystemExit, match="entry 1"):
         mutate.Equivalents("lib/sum.cpp\n- a\n+ b\n")

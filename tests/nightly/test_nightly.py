@@ -46,7 +46,7 @@ def results(run):
     return [tuple(line.split()[:2]) for line in run.stdout.splitlines()[1:]]
 
 
-def test_every_step_runs_in_its_order(tree):
+def test_every_step_runs_in_order(tree):
     run = night(tree)
     assert run.returncode == 0
     assert ran(tree) == ["scripts/setup", *(command for _, command in listed())]
@@ -54,12 +54,12 @@ def test_every_step_runs_in_its_order(tree):
     assert (tree / "build" / "logs" / "nightly.txt").read_text(encoding="utf-8") == run.stdout
 
 
-def test_each_step_tells_what_it_took(tree):
+def test_each_step_prints_its_time(tree):
     for line in night(tree).stdout.splitlines()[1:]:
         assert re.fullmatch(r"\w+ +ok +\d+\.\d +\d+\.\d", line)
 
 
-def test_a_step_that_fails_does_not_stop_the_night(tree):
+def test_a_failed_step_does_not_stop_the_others(tree):
     (tree / "breaks").write_text("tests/faults/run\n", encoding="utf-8")
     run = night(tree)
     assert run.returncode == 1
@@ -67,19 +67,19 @@ def test_a_step_that_fails_does_not_stop_the_night(tree):
     assert "faults failed; the end of build/logs/nightly-faults.log" in run.stderr
 
 
-def test_the_first_command_that_fails_ends_its_step(tree):
+def test_the_first_failed_command_ends_its_step(tree):
     (tree / "breaks").write_text("packaging/package\n", encoding="utf-8")
     run = night(tree, "reproducible")
     assert results(run) == [("reproducible", "FAILED")]
     assert ran(tree) == ["scripts/setup", "packaging/package"]
 
 
-def test_single_steps(tree):
+def test_single_steps_can_be_run(tree):
     assert results(night(tree, "fuzz", "test")) == [("fuzz", "ok"), ("test", "ok")]
     assert night(tree, "fuz").returncode == 2
 
 
-def test_nothing_that_guards_a_figure_is_missing():
+def test_every_check_of_a_figure_is_included():
     guards = {"test", "tidy", "package", "reproducible", "faults", "fuzz", "sanitize", "coverage", "bench", "mutations"}
     assert guards <= set(STEPS)
 

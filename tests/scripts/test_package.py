@@ -44,7 +44,7 @@ def archive(packed):
     return zipfile.ZipFile(path)
 
 
-def test_the_sums_of_the_archives_lie_beside_them(packed):
+def test_checksums_of_the_archives_are_beside_them(packed):
     names = sorted(path.name for path in packed.iterdir())
     assert names == ["SHA256SUMS", *sorted(path.name for path in packed.glob("vistrel_diag-*-windows-x64*.zip"))]
     assert len(names) == 3
@@ -52,7 +52,7 @@ def test_the_sums_of_the_archives_lie_beside_them(packed):
     assert checked.stdout == "".join(f"{name}: OK\n" for name in names[1:])
 
 
-def test_the_sums_of_the_files_lie_in_the_archive(packed):
+def test_checksums_of_the_files_are_in_the_archive(packed):
     with archive(packed) as files:
         sums = dict(reversed(line.split("  ")) for line in files.read("SHA256SUMS").decode("ascii").splitlines())
         assert sorted([*sums, "SHA256SUMS"]) == sorted(files.namelist())
@@ -80,7 +80,7 @@ def bill(packed):
         return json.loads(files.read("vistrel_diag.spdx.json"))
 
 
-def test_the_bill_of_materials_is_whole(packed):
+def test_the_bill_of_materials_is_complete(packed):
     """What SPDX 2.3 requires of a document. Debian has no program that checks one."""
     document = bill(packed)
     assert (document["spdxVersion"], document["dataLicense"]) == ("SPDX-2.3", "CC0-1.0")
@@ -104,7 +104,7 @@ def test_the_bill_of_materials_is_whole(packed):
     assert related == set(identifiers)
 
 
-def test_every_licence_is_one_of_spdx(packed):
+def test_every_licence_is_an_spdx_licence(packed):
     licensing = license_expression.get_spdx_licensing()
     for package in bill(packed)["packages"]:
         for expression in {package["licenseConcluded"], package["licenseDeclared"]} - {"NOASSERTION"}:
@@ -112,7 +112,7 @@ def test_every_licence_is_one_of_spdx(packed):
             assert not checked.errors, (package["name"], checked.errors)
 
 
-def test_what_was_built_with_a_stand_in_is_not_packed(monkeypatch, tmp_path):
+def test_a_build_with_a_replacement_package_is_not_packed(monkeypatch, tmp_path):
     package = load()
     monkeypatch.setattr(package, "ROOT", tmp_path)
     package.refuse_stand_ins()

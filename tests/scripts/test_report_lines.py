@@ -81,7 +81,7 @@ def test_an_assertion_that_the_line_is_there_proves_it(project, body):
         f'#if 0\nEXPECT_EQ(report.Text(), "{LINE}");\n#endif',
     ],
 )
-def test_an_assertion_that_it_is_not_proves_nothing(project, body):
+def test_an_assertion_that_the_line_is_absent_proves_nothing(project, body):
     project(UNIT_TEST, in_a_gtest(body))
     assert proven_by() == []
 
@@ -145,7 +145,7 @@ def test_an_assertion_of_pytest_proves_it(project, body):
         f'run.feed("{LINE}")',
     ],
 )
-def test_an_assertion_of_pytest_that_it_is_not_proves_nothing(project, body):
+def test_an_assertion_of_pytest_that_the_line_is_absent_proves_nothing(project, body):
     project(SYSTEM_TEST, f"def test_it(run):\n    {body}\n")
     assert proven_by() == []
 

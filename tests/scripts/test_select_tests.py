@@ -67,19 +67,19 @@ def run_selected(project):
     return done.stdout
 
 
-def test_a_suite(project):
+def test_selects_a_suite(project):
     assert select(project, "Verdict") == (0, "  native.portable_tests: 3 of 5 tests\n", "")
     output = run_selected(project)
     assert "--brief\n1: --gtest_filter=Verdict.*:VerdictTable.*\n" in output
     assert "100% tests passed, 0 tests failed out of 1" in output
 
 
-def test_one_test_of_a_suite(project):
+def test_selects_one_test_of_a_suite(project):
     assert select(project, "Verdict.OfAFull") == (0, "  native.portable_tests: 1 of 5 tests\n", "")
     assert "--gtest_filter=Verdict.OfAFullRun\n" in run_selected(project)
 
 
-def test_a_file_by_its_name_and_the_program_of_that_name(project):
+def test_selects_a_file_and_the_program_of_the_same_name(project):
     assert select(project, "gpu_section") == (
         0,
         "  native.portable_tests: 2 of 5 tests\n  windows.gpu_section_windows_test: whole\n",
@@ -88,17 +88,17 @@ def test_a_file_by_its_name_and_the_program_of_that_name(project):
     assert "--gtest_filter=PrintGpus.*:*/Vendor.*\n" in run_selected(project)
 
 
-def test_a_test_with_a_parameter_as_gtest_prints_it(project):
+def test_selects_a_parameterised_test_as_gtest_prints_it(project):
     for name in ("All/Vendor.IsNamed/3", "Vendor.IsNamed/3", "Vendor.IsNamed"):
         assert select(project, name) == (0, "  native.portable_tests: 1 of 5 tests\n", "")
 
 
-def test_one_test_of_pytest(project):
+def test_selects_one_test_of_pytest(project):
     assert select(project, "test_a_locked") == (0, "  system.settings: 1 of 2 tests\n", "")
     assert f"ran -q {project}/test_settings.py::test_a_locked_file\n" in run_selected(project)
 
 
-def test_tests_of_several_files_of_pytest(project):
+def test_selects_tests_in_several_files_of_pytest(project):
     assert select(project, "others") == (
         0,
         "  system.settings: 1 of 2 tests\n  system.terminal: 1 of 1 tests\n",
@@ -106,12 +106,12 @@ def test_tests_of_several_files_of_pytest(project):
     )
 
 
-def test_a_test_of_ctest_is_whole(project):
+def test_selects_a_whole_test_of_ctest(project):
     assert select(project, r"system\.settings$") == (0, "  system.settings: whole\n", "")
     assert f"ran -q {project}/test_settings.py\n" in run_selected(project)
 
 
-def test_the_properties_stay(project):
+def test_properties_are_kept(project):
     select(project, "test_a_locked")
     made = (project / "selected" / "CTestTestfile.cmake").read_text(encoding="utf-8")
     assert "ENVIRONMENT [[A=b;C=d e]]" in made
@@ -121,12 +121,12 @@ def test_the_properties_stay(project):
     assert "100% tests passed" in run_selected(project)
 
 
-def test_everything(project):
+def test_selects_everything(project):
     assert select(project, ".")[1].count("\n") == 4
 
 
 @pytest.mark.parametrize("name", ["NoSuchTest", "Commented", "DISABLED_Alone", "helper", "^verdict$"])
-def test_nothing_is_an_error(project, name):
+def test_selecting_nothing_is_an_error(project, name):
     assert select(project, name) == (
         1,
         "",
@@ -134,7 +134,7 @@ def test_nothing_is_an_error(project, name):
     )
 
 
-def test_a_name_that_is_no_expression_is_an_error(project):
+def test_an_invalid_regular_expression_is_an_error(project):
     code, _, said = select(project, "(")
     assert code == 1
     assert said == "select-tests: '(' is no regular expression: missing ), unterminated subpattern at position 0\n"

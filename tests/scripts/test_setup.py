@@ -142,7 +142,7 @@ def world(tmp_path):
     return World(tmp_path)
 
 
-def test_everything_from_the_mirror(world):
+def test_the_mirror_provides_everything(world):
     code, shown, errors = world.setup()
     assert (code, errors) == (0, "")
     assert "NOTE" not in shown
@@ -166,7 +166,7 @@ def test_everything_from_the_mirror(world):
     assert world.stand_ins() == ""
 
 
-def test_a_second_time_nothing_is_asked_for(world):
+def test_a_second_run_downloads_nothing(world):
     world.setup()
     world.asked()
     assert world.setup() == (0, "", "")
@@ -174,7 +174,7 @@ def test_a_second_time_nothing_is_asked_for(world):
 
 
 @pytest.mark.parametrize("kind, name", [("deb", "libopenxr-dev"), ("source", "openxr-sdk-source")])
-def test_what_the_mirror_lost_comes_from_the_archive_and_is_said(world, kind, name):
+def test_the_archive_replaces_files_missing_from_the_mirror_with_a_message(world, kind, name):
     world.lose("mirror", kind, name)
     code, shown, _ = world.setup()
     version = world.pins[kind, name][2]
@@ -190,7 +190,7 @@ def test_what_the_mirror_lost_comes_from_the_archive_and_is_said(world, kind, na
     assert world.stand_ins() == ""
 
 
-def test_a_mirror_that_does_not_answer_is_asked_once(world):
+def test_a_mirror_that_does_not_respond_is_tried_once(world):
     (world.folder / "mirror" / "down").touch()
     code, shown, _ = world.setup()
     assert code == 0
@@ -199,7 +199,7 @@ def test_a_mirror_that_does_not_answer_is_asked_once(world):
     assert [line for line in world.asked() if line.startswith("mirror")] == ["mirror update", "mirror update"]
 
 
-def test_a_file_that_is_not_the_pinned_one_is_not_taken_from_anywhere(world):
+def test_a_file_with_the_wrong_hash_is_rejected_from_every_source(world):
     world.spoil("mirror", "deb", "libopenxr-dev")
     world.spoil("snapshot", "deb", "libopenxr-dev")
     code, shown, errors = world.setup()
@@ -210,7 +210,7 @@ def test_a_file_that_is_not_the_pinned_one_is_not_taken_from_anywhere(world):
     assert not list((world.deps / "downloads").iterdir())
 
 
-def test_another_version_is_the_last_resort_and_never_silent(world):
+def test_another_version_is_the_last_resort_and_is_reported(world):
     world.lose("mirror", "deb", "nlohmann-json3-dev")
     world.lose("snapshot", "deb", "nlohmann-json3-dev")
     code, shown, _ = world.setup()
@@ -223,7 +223,7 @@ def test_another_version_is_the_last_resort_and_never_silent(world):
     assert world.stand_ins() == "nlohmann-json3-dev 1.1-1 in place of nlohmann-json3-dev 1.2-3\n"
 
 
-def test_the_stand_in_goes_when_the_pinned_one_is_back(world):
+def test_the_pinned_version_replaces_the_other_version_again(world):
     file = next((world.folder / "mirror" / "nlohmann-json3-dev=1.2-3").iterdir())
     kept = shutil.copy(file, world.folder)
     world.lose("mirror", "deb", "nlohmann-json3-dev")
@@ -237,7 +237,7 @@ def test_the_stand_in_goes_when_the_pinned_one_is_back(world):
     assert [file.name for file in (world.deps / "downloads").glob("nlohmann*")] == ["nlohmann-json3-dev_1.2-3_all.deb"]
 
 
-def test_without_a_stand_in_what_is_lost_is_an_error(world):
+def test_a_missing_file_without_a_replacement_is_an_error(world):
     world.lose("npm", "npm", "gl")
     code, _, errors = world.setup()
     assert code == 1
@@ -245,7 +245,7 @@ def test_without_a_stand_in_what_is_lost_is_an_error(world):
     assert "This step failed: Fetching gl 8.1.6\n" in errors
 
 
-def test_a_hash_that_was_changed_is_checked_again_though_the_file_lies_there(world):
+def test_a_changed_hash_is_checked_even_if_the_file_exists(world):
     world.setup()
     world.asked()
     world.pins["deb", "libopenxr-dev"][4] = "0" * 64
@@ -255,7 +255,7 @@ def test_a_hash_that_was_changed_is_checked_again_though_the_file_lies_there(wor
     assert "mirror libopenxr-dev=1.2-3" in world.asked()
 
 
-def test_a_file_that_was_changed_is_fetched_again(world):
+def test_a_modified_file_is_downloaded_again(world):
     world.setup()
     world.asked()
     (file,) = (world.deps / "downloads").glob("gl-*")
