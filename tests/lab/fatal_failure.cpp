@@ -9,8 +9,8 @@
 namespace lab {
 namespace {
 
-/// Reaches for what is beyond the stack's end. Leaves as much of the stack to the handler as a program on
-/// Windows gets that had it guaranteed; Wine would leave next to nothing.
+/// Accesses memory beyond the end of the stack. Leaves the handler as much stack as Windows guarantees a
+/// program that asked for it; Wine would leave next to nothing.
 void OverflowStack() {
     constexpr std::size_t kLeft = std::size_t{24} * 1024;
     ULONG_PTR low = 0;
@@ -29,7 +29,7 @@ DWORD WINAPI AccessNothing(void* /*unused*/) {
     return 0;
 }
 
-/// As ucrtbase.dll does it for every program of Microsoft's compiler: its own SIGABRT handler, then a
+/// The same as ucrtbase.dll in a program built with Microsoft's compiler: its own SIGABRT handler, then a
 /// fail-fast.
 void AbortInUniversalRuntime() {
     HMODULE library = LoadLibraryW(L"ucrtbase.dll");
@@ -41,7 +41,7 @@ void FailFast() {
     asm volatile("int $0x29" : : "c"(kFatalAppExit));
 }
 
-/// Windows ends the process without asking any handler. Wine never notices such a damage by itself.
+/// Windows ends the process without calling any handler. Wine does not detect such corruption.
 void CorruptHeap() {
     constexpr UINT kHeapCorruption = 0xC0000374;
     TerminateProcess(GetCurrentProcess(), kHeapCorruption);
@@ -57,8 +57,8 @@ void ThrowAsMicrosoft() {
     RaiseException(kCppException, EXCEPTION_NONCONTINUABLE, 4, arguments);
 }
 
-/// INT_MIN / -1, as Windows has it: an exception of that instruction whenever it is tried again. Wine makes a
-/// division by zero of the real one.
+/// INT_MIN / -1. Windows raises an exception each time the instruction is retried; Wine turns the real one
+/// into a division by zero.
 void OverflowInteger() {
     const auto raise = reinterpret_cast<void(NTAPI*)(EXCEPTION_RECORD*)>(
         GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlRaiseException"));

@@ -1,4 +1,4 @@
-// The ways in which a driver, a runtime or a model brings down or stops the program that calls it.
+// The ways in which a driver, a runtime or a model crashes or blocks the program that calls it.
 #pragma once
 
 #include <algorithm>
@@ -16,14 +16,14 @@ inline constexpr std::array<std::string_view, 11> kFatalFailures = {
     "fail_fast", "heap_corruption", "terminate", "cpp_exception", "overflow_of_integer",
     "hang"};
 
-/// Names the event that a process which hangs on purpose sets, where somebody wants to know.
+/// Names the event that a process that hangs on purpose sets, if another process waits for it.
 inline constexpr const wchar_t* kHangVariable = L"VISTREL_LAB_HANG";
 
 inline bool IsFatalFailure(std::string_view name) {
     return std::find(kFatalFailures.begin(), kFatalFailures.end(), name) != kFatalFailures.end();
 }
 
-/// Fails in this way here and now; does not return from any of kFatalFailures.
+/// Fails in this way immediately; does not return for any of kFatalFailures.
 void FailFatally(std::string_view failure);
 
 }  // namespace lab

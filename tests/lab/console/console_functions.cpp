@@ -15,10 +15,10 @@
 namespace lab {
 namespace {
 
-constexpr UINT kLeftAlone = 98;  // The exit code when the program waits for a person who does nothing more.
+constexpr UINT kLeftAlone = 98;  // The exit code when the program waits for a person whose script has ended.
 constexpr DWORD kControlCExit = 0xC000013A;
 
-/// A program that was told something it can do nothing about is ended by Windows after this time.
+/// Windows ends a program this long after an event that it cannot cancel.
 constexpr DWORD kLongestGoodbyeMs = 5000;
 
 struct Handlers {
@@ -28,7 +28,7 @@ struct Handlers {
     std::atomic<bool> called = false;
 };
 
-/// Never destroyed: the program may write to its last instruction.
+/// Never destroyed: the program may write until the very end.
 Handlers& TheHandlers() {
     static auto* const handlers = new Handlers;
     return *handlers;
@@ -47,8 +47,8 @@ void Record(const std::string& line) {
     WriteFile(record_file, text.data(), static_cast<DWORD>(text.size()), &written, nullptr);
 }
 
-/// As Windows does: the handlers in the opposite order of their registration, until one says that it is done;
-/// then the end.
+/// As on Windows: the handlers in reverse order of their registration, until one returns TRUE; then the
+/// process ends.
 DWORD WINAPI RunHandlers(void* parameter) {
     const auto event = static_cast<DWORD>(reinterpret_cast<ULONG_PTR>(parameter));
     Sleep(TheHandlers().delay_ms);
@@ -116,7 +116,8 @@ BOOL WINAPI ConsoleWriteW(HANDLE handle, const VOID* text, DWORD units, LPDWORD 
     return TRUE;
 }
 
-/// Bytes are shown by the console's code page; all that matters here is whether that is UTF-8.
+/// Bytes are converted by the console's code page; the only difference that matters here is whether it is
+/// UTF-8.
 std::string Shown(std::string_view bytes) {
     constexpr UINT kUtf8 = 65001;
     std::string text(bytes);
@@ -140,8 +141,7 @@ BOOL WINAPI ConsoleWriteFile(HANDLE handle, LPCVOID bytes, DWORD size, LPDWORD w
     return TRUE;
 }
 
-/// Nobody is there to type anything, so the program would wait for ever. Handlers that are running may end
-/// it.
+/// No more input will come, so the program would wait forever. Handlers that are running may end it.
 void EndLeftAlone() {
     if (TheHandlers().called) {
         Sleep(kLongestGoodbyeMs);
@@ -165,7 +165,7 @@ BOOL WINAPI ConsoleReadW(HANDLE handle, LPVOID buffer, DWORD units, LPDWORD read
     if (!IsInput(handle)) {
         return ReadConsoleW(handle, buffer, units, read, control);
     }
-    // A byte of UTF-8 is never more than one unit.
+    // A byte of UTF-8 never becomes more than one unit.
     const std::wstring text = WideFromUtf8(ReadText(units));
     text.copy(static_cast<wchar_t*>(buffer), units);
     *read = static_cast<DWORD>(text.size());
@@ -179,7 +179,7 @@ BOOL WINAPI ConsoleReadFile(HANDLE handle, LPVOID buffer, DWORD size, LPDWORD re
     constexpr char kControlZ = '\x1A';
     std::string text = ReadText(size);
     if (!text.empty() && text.front() == kControlZ) {
-        text.clear();  // The end of the input, for who reads bytes.
+        text.clear();  // The end of the input for programs that read bytes.
     }
     text.copy(static_cast<char*>(buffer), size);
     *read = static_cast<DWORD>(text.size());
@@ -194,7 +194,7 @@ BOOL WINAPI ConsoleFlush(HANDLE handle) {
     return TRUE;
 }
 
-/// A key as it comes up again is an event of its own.
+/// A key-up is an event of its own.
 INPUT_RECORD KeyEvent(char key, bool down) {
     INPUT_RECORD record = {};
     record.EventType = KEY_EVENT;
@@ -214,7 +214,7 @@ BOOL WINAPI ConsoleNumberOfEvents(HANDLE handle, LPDWORD count) {
     return TRUE;
 }
 
-/// Keys come as they go down; that they come up again is left out.
+/// Only key-down events are delivered.
 DWORD CopyEvents(PINPUT_RECORD records, DWORD size) {
     const std::string keys = TheHost()->Keys();
     const auto count = std::min<DWORD>(size, static_cast<DWORD>(keys.size()));

@@ -1,4 +1,4 @@
-// What a program on a scripted console calls in place of Windows' console functions.
+// Replacements for Windows' console functions on a scripted console.
 #pragma once
 
 #include <windows.h>
@@ -10,14 +10,14 @@
 
 namespace lab {
 
-/// From now on the standard handles of the process are such a console. `record_path`: the file that receives
+/// From now on the process's standard handles refer to such a console. `record_path`: the file that receives
 /// the record (ConsoleHost), complete at every moment.
 void SetUpConsole(const ConsoleScript& script, const std::wstring& record_path);
 
-/// The console's own function of this name; null when it has none, or when there is no console.
+/// The console's function of this name; null if it has none, or if there is no console.
 FARPROC ConsoleFunction(std::string_view name);
 
-/// Records how the console was left, and that the process has ended in order.
+/// Records the final state of the console and a normal end of the process.
 void TellConsoleOfEnd();
 
 }  // namespace lab

@@ -75,7 +75,8 @@ bool ConsoleHost::SetInputMode(std::uint32_t mode) {
     if ((mode & ~kKnownInputModes) != 0 || echo_without_lines) {
         return false;
     }
-    // A mode without any private flag leaves quick-edit as it is, and from then on nothing tells it.
+    // A mode without any extended flag does not change quick-edit, and from then on GetConsoleMode does not
+    // report it.
     const bool extended = (mode & kPrivateFlags) != 0;
     quick_edit_ = extended ? (mode & kQuickEdit) != 0 : quick_edit_;
     input_mode_ = extended ? mode | kExtendedFlags : mode;
@@ -173,7 +174,7 @@ void ConsoleHost::GoOnWithScript() {
     }
 }
 
-/// False while it has to wait.
+/// False while the step has to wait.
 bool ConsoleHost::Do(const ConsoleStep& step) {
     switch (step.kind) {
         case ConsoleStep::Kind::kSees: {
@@ -182,7 +183,7 @@ bool ConsoleHost::Do(const ConsoleStep& step) {
             return found != std::string::npos;
         }
         case ConsoleStep::Kind::kReads:
-            // What is typed already answers this read, and the person waits for another one.
+            // The read already has input, so the person waits for another one.
             return reading_ && line_.empty() && keys_.find('\r') == std::string::npos;
         case ConsoleStep::Kind::kTypes:
             keys_ += step.text;

@@ -1,4 +1,4 @@
-// A console as Windows' own behaves, with a scripted person in front of it. Touches no Windows header.
+// A console that behaves like the one of Windows, with a scripted person. Includes no Windows header.
 #pragma once
 
 #include <cstddef>
@@ -15,12 +15,11 @@ namespace lab {
 
 enum class ControlEvent { kCtrlC, kClose };
 
-/// What happens outside the console. Every function may be called by any thread that uses the console.
+/// The console's callbacks. Every function may be called by any thread that uses the console.
 struct ConsoleSurroundings {
-    /// Takes one line of the record, without its line end.
+    /// Receives one line of the record, without its line end.
     std::function<void(const std::string& line)> record;
-    /// Lets the program's handlers run, on another thread and later. Must not call the console back before it
-    /// returns.
+    /// Runs the program's handlers later on another thread. Must not call the console back before it returns.
     std::function<void(ControlEvent event)> raise;
     std::function<std::int64_t()> microseconds;
 };
@@ -29,8 +28,8 @@ struct ConsoleSurroundings {
 struct ConsoleRead {
     enum class End {
         kText,
-        kInterrupted,  ///< by Ctrl-C: Windows calls that a success with nothing read
-        kNobody,       ///< the script is at its end, so that no key will ever come
+        kInterrupted,  ///< by Ctrl-C: on Windows a success that reads nothing
+        kNobody,       ///< the script has ended, so no more keys will come
     };
     End end = End::kText;
     std::string text;
@@ -40,7 +39,7 @@ struct ConsoleRead {
 ///
 ///     write "TEXT" | echo "TEXT" | title "TEXT"      with \r, \n, \xHH and \" in place of such characters
 ///     input mode 0x1B7 | output mode 0x7 | code page 65001
-///     flush 3                                        so many keys were thrown away
+///     flush 3                                        this many keys were discarded
 ///     frozen                                         a click stopped the output
 ///     read "TEXT" | read interrupted | read by nobody
 ///     Ctrl-C | close
@@ -52,7 +51,7 @@ class ConsoleHost {
 
     std::uint32_t InputMode() const { return Locked(input_mode_); }
     std::uint32_t OutputMode() const { return Locked(output_mode_); }
-    /// False where Windows refuses the mode.
+    /// False if Windows rejects the mode.
     bool SetInputMode(std::uint32_t mode);
     bool SetOutputMode(std::uint32_t mode);
 
@@ -66,13 +65,13 @@ class ConsoleHost {
     /// UTF-8.
     void Write(std::string_view text);
 
-    /// At most `size` bytes of a line; the rest of it answers the next read. Without line mode, of what has
-    /// been typed so far.
+    /// Reads at most `size` bytes of a line; the next read returns the rest. Without line mode, returns what
+    /// has been typed so far.
     ConsoleRead Read(std::size_t size);
 
-    /// The keys nobody has read yet; they stay.
+    /// The unread keys, which are not removed.
     std::string Keys();
-    /// Takes so many keys off the front.
+    /// Removes this many keys from the front.
     void TakeKeys(std::size_t count);
     void FlushKeys();
 
@@ -104,7 +103,7 @@ class ConsoleHost {
     bool reading_ = false;
     bool interrupted_ = false;
     std::string keys_;
-    std::string line_;  ///< ended by Enter, and not read to its end
+    std::string line_;  ///< a line ended by Enter and not completely read yet
 };
 
 }  // namespace lab

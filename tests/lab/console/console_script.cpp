@@ -25,7 +25,7 @@ std::uint32_t Number(const std::string& text) {
     return static_cast<std::uint32_t>(number);
 }
 
-/// What a backslash and the characters behind it stand for; takes them off the front.
+/// Decodes a backslash sequence and removes it from the front.
 char TakeEscaped(std::string_view& text) {
     const char kind = text.size() > 1 ? text[1] : '\0';
     if (kind == 'r' || kind == '\\') {

@@ -1,4 +1,4 @@
-// A console and the person in front of it, as a text file describes them. Touches no Windows header.
+// A console and the person who uses it, as described in a text file. Includes no Windows header.
 #pragma once
 
 #include <cstdint>
@@ -12,32 +12,32 @@ namespace lab {
 /// What the person does, in order. A step waits until the one before is done.
 struct ConsoleStep {
     enum class Kind {
-        kSees,    ///< waits until `text` has been written behind what was seen before
+        kSees,    ///< waits until `text` has been written after the text seen before
         kReads,   ///< waits until the program waits for a line
-        kTypes,   ///< `text`, whether somebody reads or not
+        kTypes,   ///< types `text`, whether the program reads or not
         kCtrlC,   ///< presses Ctrl-C
-        kClicks,  ///< clicks into the window: with quick-edit on, the program's output stands still
+        kClicks,  ///< clicks into the window: with quick-edit on, the program's output is suspended
         kCloses,  ///< closes the window
     };
     Kind kind = Kind::kSees;
     std::string text;
 };
 
-/// What the program finds, and who sits in front of it.
+/// The initial state of the console, and what the person does.
 struct ConsoleScript {
-    std::uint32_t input_mode = 0x1F7;  ///< what a new window of Windows has
+    std::uint32_t input_mode = 0x1F7;  ///< the mode of a new window on Windows
     std::uint32_t output_mode = 0x3;
     std::uint32_t code_page = 850;
     int columns = 120;
     int processes = 1;  ///< attached to the console
     int handlers_after_milliseconds = 0;
     bool virtual_terminal = true;  ///< whether that output mode can be switched on
-    bool clock_is_shown = false;   ///< whether the record says when something happened
+    bool clock_is_shown = false;   ///< whether the record contains times
     std::string title = "C:\\vistrel_diag.exe";
     std::vector<ConsoleStep> steps;
 };
 
-/// What is wrong with the text, and in which line.
+/// The error in the text, and its line.
 class ConsoleScriptError : public std::runtime_error {
   public:
     using std::runtime_error::runtime_error;

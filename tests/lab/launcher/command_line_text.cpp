@@ -7,7 +7,7 @@ std::wstring QuotedArgument(std::wstring_view argument) {
     std::size_t backslashes = 0;
     for (const wchar_t character : argument) {
         if (character == L'"') {
-            // Those before a quote count as escapes, and so each must be doubled; one more escapes the quote.
+            // Backslashes before a quote count as escapes, so each is doubled; one more escapes the quote.
             quoted.append(backslashes + 1, L'\\');
         }
         backslashes = character == L'\\' ? backslashes + 1 : 0;

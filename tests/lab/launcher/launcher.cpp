@@ -2,8 +2,8 @@
 //
 //     vistrel_lab.exe SCENARIO PROGRAM [ARGUMENT ...]
 //
-// The program gets this one's console, input and current directory, and its exit code is handed on. What
-// prevents the run is said on the error stream, and the exit code is then 125.
+// The program inherits the console, the input and the current directory; the exit code is the program's. If
+// the run is not possible, the error stream says why, and the exit code is 125.
 #include <windows.h>
 
 #include <cstdio>
@@ -28,7 +28,7 @@ int Complain(const std::string& what) {
     return kCannotRun;
 }
 
-/// What is wrong with the scenario; empty when nothing is.
+/// The error in the scenario; empty if there is none.
 std::string ScenarioProblem(const fs::path& path) {
     std::ifstream file(path);
     if (!file) {
@@ -48,7 +48,7 @@ fs::path MachineLibrary() {
     return fs::path(path).parent_path() / L"vistrel_lab_machine.dll";
 }
 
-/// A job whose end, with this program's, ends the other one too.
+/// A job that ends the other program when this one ends.
 KernelHandle KillingJob() {
     KernelHandle job(CreateJobObjectW(nullptr, nullptr));
     JOBOBJECT_EXTENDED_LIMIT_INFORMATION limits = {};
@@ -67,7 +67,7 @@ std::optional<PROCESS_INFORMATION> StartSuspended(const std::wstring& command_li
     return lab::CreateSuspended(nullptr, command_line, 0, &startup);
 }
 
-/// Ctrl-C is the program's to answer; this one lives until that ends.
+/// Ctrl-C is handled by the program; this process waits until that ends.
 BOOL WINAPI StayForConsoleEvent(DWORD /*event*/) {
     return TRUE;
 }
@@ -92,7 +92,7 @@ int Run(const fs::path& scenario, const std::wstring& command_line) {
     WaitForSingleObject(process.get(), INFINITE);
     DWORD exit_code = kCannotRun;
     GetExitCodeProcess(process.get(), &exit_code);
-    if (exit_code > 0xFF) {  // Of which the other side of Wine sees the last byte alone.
+    if (exit_code > 0xFF) {  // Wine passes only the last byte to Linux.
         std::fprintf(stderr, "vistrel_lab: the program ended with 0x%08lX\n", exit_code);
     }
     if (const UINT left = GetConsoleOutputCP(); left != code_page) {

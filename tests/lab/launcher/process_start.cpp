@@ -17,8 +17,8 @@ std::optional<PROCESS_INFORMATION> CreateSuspendedOnce(const wchar_t* program, s
 
 }  // namespace
 
-/// Now and then a new process of Wine's dies before it is one, most of all on a busy machine. No program was
-/// started then, and the next attempt starts it.
+/// Occasionally a new Wine process ends before it starts, mostly on a busy machine. The program has not run
+/// then, and the next attempt starts it.
 std::optional<PROCESS_INFORMATION> CreateSuspended(const wchar_t* program, const std::wstring& command_line,
                                                    DWORD flags, STARTUPINFOW* startup) {
     constexpr int kAttempts = 5;
@@ -39,7 +39,7 @@ bool LoadLibraryInto(HANDLE process, const std::filesystem::path& library) {
         WriteProcessMemory(process, remote_path, path.c_str(), bytes, nullptr) == FALSE) {
         return false;
     }
-    // kernel32 lies at the same address in every process.
+    // kernel32 has the same address in every process.
     const auto load = reinterpret_cast<LPTHREAD_START_ROUTINE>(
         GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "LoadLibraryW"));
     const KernelHandle thread(CreateRemoteThread(process, nullptr, 0, load, remote_path, 0, nullptr));

@@ -1,4 +1,4 @@
-// Starting a program with the machine in it.
+// Starts a program with the machine loaded.
 #pragma once
 
 #include <windows.h>
@@ -9,12 +9,12 @@
 
 namespace lab {
 
-/// CreateProcessW with inherited handles and the first thread suspended; `program` may be null. Nothing on
-/// failure, and GetLastError tells why. The caller closes both handles.
+/// CreateProcessW with inherited handles and the first thread suspended; `program` may be null. Returns
+/// nothing on failure, with the reason in GetLastError. The caller closes both handles.
 std::optional<PROCESS_INFORMATION> CreateSuspended(const wchar_t* program, const std::wstring& command_line,
                                                    DWORD flags, STARTUPINFOW* startup);
 
-/// Whether the library came into the process and set itself up there.
+/// Loads the library into the process. Returns whether it is loaded and has set itself up.
 bool LoadLibraryInto(HANDLE process, const std::filesystem::path& library);
 
 }  // namespace lab

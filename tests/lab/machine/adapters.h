@@ -10,7 +10,7 @@
 
 namespace lab {
 
-/// What a program on the machine gets in place of the function of this name.
+/// Replaces the function of this name.
 HRESULT WINAPI SimulatedCreateDXGIFactory1(REFIID wanted, void** factory);
 
 /// A new adapter object for the adapter at this position of the scenario.

@@ -1,4 +1,4 @@
-// Whether what a shader is about to read is black.
+// Checks whether the texture that a shader will read is black.
 #pragma once
 
 #include <windows.h>
@@ -7,9 +7,9 @@
 
 namespace lab {
 
-/// Whether the pixel shader's first texture is black but for a hundredth of it at most, such as a pointer.
-/// False for one that is not of four byte channels. What was found of a texture is kept: its contents must
-/// not change afterwards.
+/// Whether the pixel shader's first texture is black, except for at most a hundredth of it, such as a
+/// pointer. False for textures without four byte channels. The result is cached for each texture: its
+/// contents must not change afterwards.
 bool ReadsBlackTexture(ID3D11DeviceContext* context);
 
 }  // namespace lab

@@ -29,7 +29,7 @@ bool OnDesktop(std::size_t display) {
 
 BOOL WINAPI SimulatedEnumDisplayDevicesW(LPCWSTR device, DWORD index, PDISPLAY_DEVICEW result, DWORD) {
     const std::vector<Display>& displays = TheMachine().scenario.displays;
-    // Windows fails when the structure does not tell its size; monitors below a device are not simulated.
+    // Windows fails if the structure's size is not set; monitors below a device are not simulated.
     if (device != nullptr || result == nullptr || result->cb != sizeof(*result) || index >= displays.size()) {
         return FALSE;
     }

@@ -1,4 +1,4 @@
-// What a program on the machine gets in place of the functions of user32 with these names.
+// Replacements for the user32 functions with these names.
 #pragma once
 
 #include <windows.h>

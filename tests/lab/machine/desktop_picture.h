@@ -1,4 +1,4 @@
-// What the simulated desktop shows.
+// The picture on the simulated desktop.
 #pragma once
 
 #include <cstdint>
@@ -17,7 +17,7 @@ std::uint32_t BytesPerTexel(PixelFormat format);
 std::vector<std::uint8_t> TestPicture(Size size, PixelFormat format, bool odd);
 
 #ifdef _WIN32
-/// The real desktop's pixels from (left, top) on, as BGRA rows without padding; black where there is none.
+/// The real desktop's pixels from (left, top) on, as BGRA rows without padding; black outside the desktop.
 std::vector<std::uint8_t> RealDesktopPicture(int left, int top, Size size);
 #endif
 

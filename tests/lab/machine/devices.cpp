@@ -26,7 +26,7 @@ using Microsoft::WRL::ComPtr;
 constexpr GUID kDeviceTag = {0xb1f9a0e2, 0x7c35, 0x4d1e, {0x8f, 0x61, 0x93, 0xc2, 0xd4, 0xa7, 0xe5, 0x20}};
 constexpr std::size_t kGetAdapterSlot = 7;
 
-/// Lives exactly as long as the device that holds it, and so counts devices.
+/// Has the same lifetime as the device that holds it, so that devices can be counted.
 class DeviceTag final : public SimulatedUnknown<IUnknown> {
   public:
     explicit DeviceTag(std::size_t position) : SimulatedUnknown(Counts().live_devices), position_(position) {}
@@ -42,7 +42,7 @@ Function RealFunction(const wchar_t* library, const char* name) {
         GetProcAddress(LoadLibraryExW(library, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32), name));
 }
 
-/// The one adapter that really is there; kept, because a real factory takes long to make.
+/// The only real adapter; kept, because creating a real factory takes long.
 IDXGIAdapter* RealAdapter() {
     static IDXGIAdapter* const adapter = [] {
         const auto create = RealFunction<decltype(&CreateDXGIFactory1)>(L"dxgi.dll", "CreateDXGIFactory1");
@@ -96,7 +96,7 @@ void TagDevice(ID3D11Device* device, std::size_t position) {
     }
 }
 
-/// The adapter that Windows would take for a program that names none.
+/// The adapter that Windows would choose for a program that does not name one.
 std::optional<std::size_t> DefaultAdapter() {
     if (TheMachine().scenario.adapters.empty()) {
         return {};
@@ -122,7 +122,7 @@ HRESULT WINAPI SimulatedD3D11CreateDevice(IDXGIAdapter* adapter, D3D_DRIVER_TYPE
                                           UINT level_count, UINT sdk_version, ID3D11Device** device,
                                           D3D_FEATURE_LEVEL* level, ID3D11DeviceContext** context) {
     InjectFailure("D3D11CreateDevice");
-    // Wine is more forgiving here than Windows.
+    // Wine is more permissive here than Windows.
     const bool adapter_given = adapter != nullptr;
     if (adapter_given != (driver_type == D3D_DRIVER_TYPE_UNKNOWN) || sdk_version != D3D11_SDK_VERSION) {
         return E_INVALIDARG;

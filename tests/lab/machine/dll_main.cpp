@@ -1,5 +1,4 @@
-// The machine as a DLL: sets itself up when it comes into a process and tells what it counted when the
-// process ends.
+// The machine as a DLL: sets itself up when it is loaded and writes its counts when the process ends.
 #include <windows.h>
 
 #include <cstdint>
@@ -23,10 +22,10 @@ std::wstring EnvironmentText(const wchar_t* name) {
     return text;
 }
 
-/// A console, where the environment names the script of one. False when the script cannot be read.
+/// Sets up a console if the environment names a script. False when the script cannot be read.
 bool SetUpConsoleIfThereIsOne() {
     const std::wstring path = EnvironmentText(L"VISTREL_LAB_CONSOLE");
-    if (path.empty() || lab::IsChild()) {  // The person sits in front of the program itself.
+    if (path.empty() || lab::IsChild()) {  // Only the program itself has a person at its console.
         return true;
     }
     std::ifstream file{std::filesystem::path(path)};
@@ -63,7 +62,7 @@ bool SetUp() {
 
 }  // namespace
 
-// For another test DLL in the process whose work is to take time.
+// For another test DLL in the process that simulates work.
 extern "C" __declspec(dllexport) void LabPassTime(std::int64_t microseconds) {
     lab::PassTime(microseconds);
 }

@@ -19,7 +19,7 @@ ImageSourceMaker& SourceMaker() {
     return maker;
 }
 
-/// A resource that is no texture cannot be copied from either.
+/// A resource that is not a texture cannot be copied from either.
 void Mark(IDXGIResource* frame, bool held) {
     ComPtr<ID3D11Texture2D> texture;
     if (SUCCEEDED(frame->QueryInterface(IID_PPV_ARGS(&texture)))) {

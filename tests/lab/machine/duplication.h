@@ -16,7 +16,7 @@ namespace lab {
 /// (E_INVALIDARG otherwise).
 HRESULT DuplicateDesktop(std::size_t output, IUnknown* device, IDXGIOutputDuplication** duplication);
 
-/// From now on duplications take their images from there. Before, from MakeScheduledImages.
+/// From now on duplications take their images from this source. The default is MakeScheduledImages.
 void TakeImagesFrom(ImageSourceMaker maker);
 
 }  // namespace lab

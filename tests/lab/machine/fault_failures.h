@@ -1,4 +1,4 @@
-// How the functions that the tool calls say that they failed.
+// How each function that the tool calls reports a failure.
 #pragma once
 
 #include <cstdint>
@@ -8,13 +8,13 @@ namespace lab {
 
 struct Failure {
     std::uint64_t result = 0;
-    std::uint32_t last_error = 0;  ///< 0: the function does not tell by GetLastError
+    std::uint32_t last_error = 0;  ///< 0: the function does not use GetLastError
 };
 
-/// DXGI_ERROR_DEVICE_REMOVED: what every method of DXGI and Direct3D answers once the driver is gone.
+/// DXGI_ERROR_DEVICE_REMOVED: the result of every DXGI and Direct3D method once the driver is gone.
 inline constexpr Failure kMethodFailure = {0x887A0005};
 
-/// Null for a function that cannot fail, or whose failure nobody can act upon.
+/// Null for a function that cannot fail, or whose failure a caller cannot handle.
 const Failure* FailureOf(std::string_view name);
 
 }  // namespace lab

@@ -19,7 +19,7 @@
 namespace lab {
 namespace {
 
-// More calls of one function than any run of the tool makes, but for a loop that never ends.
+// More calls of one function than any run of the tool makes, except in an endless loop.
 constexpr std::size_t kMostCallsNoted = 100'000;
 
 struct Call {
@@ -50,7 +50,7 @@ struct Faults {
     std::set<void*> watched_slots;
 };
 
-/// Never destroyed: the program's other threads may call to the very end.
+/// Never destroyed: other threads of the program may call until the end.
 Faults& TheFaults() {
     static auto* const faults = new Faults;
     return *faults;
@@ -69,7 +69,7 @@ ImageRange ProgramImage() {
     return {begin, headers->OptionalHeader.SizeOfImage};
 }
 
-/// Only calls out of the program's own image count; what libraries call among each other does not.
+/// Only calls from the program's own image count, not those between libraries.
 bool Decide(void* point_address, const void* caller, std::uint64_t* result) {
     static const ImageRange image = ProgramImage();
     const std::uintptr_t site = reinterpret_cast<std::uintptr_t>(caller) - image.begin;

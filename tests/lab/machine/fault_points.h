@@ -1,13 +1,13 @@
-// Making the program's calls fail, one at a time.
+// Makes calls of the program fail, one at a time.
 //
-// VISTREL_LAB_CALLS names a file that receives, when the program ends, a line "FUNCTION NUMBER SITE WHAT" for
-// each call that the program made to a function that can fail: NUMBER counts the calls of that function from
-// 1, SITE is where the call returns to, relative to the program's image, WHAT is "done" or "failed", which
-// was made to fail by order.
+// VISTREL_LAB_CALLS names a file. At the end of the program it contains a line "FUNCTION NUMBER SITE WHAT"
+// for each call of a function that can fail: NUMBER counts the calls of that function from 1, SITE is the
+// return address relative to the program's image, WHAT is "done", or "failed" for a call that was made to
+// fail.
 //
-// VISTREL_LAB_FAULT is "FUNCTION NUMBER", and this call fails without being carried out; with "on" behind it,
-// all that follow it too. It is meant for the program itself, or for the child of it whose number
-// VISTREL_LAB_FAULT_PROCESS gives (process_functions.h).
+// VISTREL_LAB_FAULT is "FUNCTION NUMBER": this call fails without being executed. With "on" appended, all
+// later calls of the function fail too. It applies to the program itself, or to the child whose number is in
+// VISTREL_LAB_FAULT_PROCESS (process_functions.h).
 #pragma once
 
 #include <cstddef>
@@ -16,13 +16,13 @@
 
 namespace lab {
 
-/// Reads the orders. Without any, nothing is watched.
+/// Reads the environment variables. Without them nothing is watched.
 void SetUpFaults();
 
 bool FaultsAreWatched();
 
-/// What the program is to call in place of `function`, which it knows as `name`: the function itself when it
-/// cannot fail or nothing is watched.
+/// Returns the replacement for `function`, which the program calls `name`: the function itself if it cannot
+/// fail or nothing is watched.
 void* WatchedFunction(std::string_view name, void* function);
 
 struct WatchedMethod {
@@ -30,7 +30,7 @@ struct WatchedMethod {
     const char* name;  ///< with its interface; lives as long as the process
 };
 
-/// Watches methods that return an HRESULT, for all objects of this one's class.
+/// Watches methods that return an HRESULT, for all objects of this object's class.
 void WatchMethods(void* object, std::initializer_list<WatchedMethod> methods);
 
 /// Writes the calls to their file, if one is named.

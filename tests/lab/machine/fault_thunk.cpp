@@ -10,8 +10,8 @@
 namespace lab {
 namespace {
 
-// The first four arguments are in RCX, RDX, R8, R9 and XMM0 to XMM3, the others on the stack, which is as it
-// came when the function is entered by a jump.
+// The first four arguments are in RCX, RDX, R8, R9 and XMM0 to XMM3, the others on the stack. The function is
+// entered by a jump, so the stack is unchanged.
 constexpr std::uint8_t kCode[] = {
     0x51, 0x52, 0x41, 0x50, 0x41, 0x51,              // push rcx; push rdx; push r8; push r9
     0x48, 0x83, 0xec, 0x78,                          // sub rsp, 0x78
@@ -39,7 +39,7 @@ constexpr std::uint8_t kCode[] = {
     0xc3,                                            // ret
 };
 
-// Where the three addresses go, in the order in which they stand above.
+// The offsets of the three addresses, in the order above.
 constexpr std::array<std::size_t, 3> kAddressAt = {36, 59, 114};
 
 constexpr std::size_t kBlockSize = 64 * 1024;

@@ -1,17 +1,17 @@
-// Stands before a function of any signature and may answer in its place.
+// Intercepts a function of any signature and may return in its place.
 #pragma once
 
 #include <cstdint>
 
 namespace lab {
 
-/// Asked at each call: true when the call is to fail, and then `*result` is what the caller gets in RAX.
-/// `caller` is the address that the call returns to.
+/// Called before each call: returns true if the call should fail with `*result` in RAX. `caller` is the
+/// return address of the call.
 using FaultDecision = bool (*)(void* point, const void* caller, std::uint64_t* result);
 
-/// The address of a new piece of code that asks `decide(point, ...)` and either goes on into `function`, with
-/// registers and stack as they came, or returns the decision's result. It lives until the process ends. Null
-/// when there is no memory left for it.
+/// Returns the address of new code that calls `decide(point, ...)` and then either continues in `function`,
+/// with registers and stack unchanged, or returns the decision's result. The code exists until the process
+/// ends. Null if there is not enough memory.
 void* MakeFaultThunk(FaultDecision decide, void* point, void* function);
 
 }  // namespace lab

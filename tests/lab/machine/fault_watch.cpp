@@ -18,7 +18,8 @@ using DuplicateOutputFunction = HRESULT(STDMETHODCALLTYPE*)(IDXGIOutput1*, IUnkn
                                                             IDXGIOutputDuplication**);
 std::atomic<DuplicateOutputFunction> real_duplicate_output = nullptr;
 
-/// A duplication cannot be had without duplicating, so its class is watched when the first one is made.
+/// A duplication object can only be obtained by duplicating, so its class is watched when the first one is
+/// created.
 HRESULT STDMETHODCALLTYPE DuplicateOutputAndWatch(IDXGIOutput1* output, IUnknown* device,
                                                   IDXGIOutputDuplication** duplication) {
     const HRESULT result = real_duplicate_output.load()(output, device, duplication);
@@ -55,7 +56,7 @@ void WatchAdapter(IDXGIAdapter1* adapter) {
                            {10, "IDXGIAdapter1::GetDesc1"}});
 }
 
-/// Every texture answers to the same classes, whatever made it: frames of a duplication too.
+/// All textures share the same classes, including the frames of a duplication.
 void WatchTexture(ID3D11Device* device) {
     D3D11_TEXTURE2D_DESC description = {};
     description.Width = 1;

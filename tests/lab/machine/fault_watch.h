@@ -9,13 +9,13 @@
 
 namespace lab {
 
-/// Watches this factory's class and those of everything that can be enumerated from it.
+/// Watches the factory's class and the classes of everything that it can enumerate.
 void WatchFactory(IDXGIFactory1* factory);
 
-/// Watches the classes of the device and of what it makes.
+/// Watches the classes of the device and of the objects that it creates.
 void WatchDevice(ID3D11Device* device);
 
-/// What the program gets for the loader's xrGetInstanceProcAddr: the same, but what it finds is watched.
+/// Replaces the loader's xrGetInstanceProcAddr: the same, but the functions that it returns are watched.
 FARPROC WatchOpenXrLookup(FARPROC get_instance_function);
 
 }  // namespace lab

@@ -7,8 +7,7 @@
 
 namespace lab {
 
-/// Puts the text into an array full of zeros. One that fills the array is not terminated: Windows does not
-/// promise it.
+/// Copies the text into an array of zeros. A text that fills the array is not terminated, as on Windows.
 template <std::size_t Size>
 void FillText(const std::u16string& text, wchar_t (&array)[Size]) {
     std::copy_n(text.begin(), std::min(text.size(), Size), array);

@@ -32,7 +32,7 @@ ComPtr<ID3D11Device> DeviceOf(ID3D11DeviceChild* child) {
     return device;
 }
 
-/// Whether the copy may be made; what speaks against it is counted.
+/// Whether the copy is allowed; every violation is counted.
 bool MayCopy(ID3D11DeviceContext* context, ID3D11Resource* destination, ID3D11Resource* source) {
     if (destination == nullptr || source == nullptr) {
         return true;
@@ -50,7 +50,7 @@ bool MayCopy(ID3D11DeviceContext* context, ID3D11Resource* destination, ID3D11Re
     return true;
 }
 
-/// Whether both are textures of one size; Windows copies nothing otherwise, and says so nowhere.
+/// Whether both textures have the same size. Otherwise Windows copies nothing and reports no error.
 bool OfOneSize(ID3D11Resource* destination, ID3D11Resource* source) {
     ComPtr<ID3D11Texture2D> to;
     ComPtr<ID3D11Texture2D> from;

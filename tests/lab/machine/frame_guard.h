@@ -1,4 +1,4 @@
-// Sees to it that a duplicated frame is copied only while the program holds it.
+// Checks that a duplicated frame is copied only while the program holds it.
 #pragma once
 
 #include <windows.h>
@@ -7,11 +7,11 @@
 
 namespace lab {
 
-/// Marks a texture as a duplicated frame that the program holds now, or has given back.
+/// Marks a texture as a duplicated frame that the program holds, or has released.
 void MarkFrame(ID3D11Texture2D* texture, bool held);
 
-/// Watches the copies made on contexts of this one's class. A copy from a frame that was given back, or to
-/// another device's texture, is counted, and so is one between textures of two sizes, which copies nothing.
+/// Watches the copies on all contexts of this one's class. Counts copies from a released frame or to another
+/// device's texture, and copies between textures of different sizes, which copy nothing.
 void GuardFrames(ID3D11DeviceContext* context);
 
 }  // namespace lab

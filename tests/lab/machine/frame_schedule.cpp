@@ -7,7 +7,7 @@ namespace {
 
 constexpr double kMicrosecondsPerSecond = 1'000'000;
 constexpr std::int64_t kMicrosecondsPerMillisecond = 1'000;
-// A time that ImageTime rounded up must count in spite of the division's own rounding.
+// Allows for the rounding of the division, so that a time from ImageTime counts.
 constexpr double kRoundingAllowance = 1e-6;
 
 }  // namespace

@@ -33,7 +33,7 @@ HRESULT FrameTextures::Create(std::size_t output, ID3D11Device* device) {
     if (script.rotation == 90 || script.rotation == 270) {
         std::swap(size_.width, size_.height);  // Duplication delivers a rotated desktop un-rotated.
     }
-    // DuplicateOutput converts what an HDR desktop is made of; only DuplicateOutput1 would not.
+    // DuplicateOutput converts the format of an HDR desktop; DuplicateOutput1 would not.
     format_ = script.hdr ? PixelFormat::kBgra : TheMachine().outputs[output].format;
     D3D11_TEXTURE2D_DESC description = {};
     description.Width = size_.width;

@@ -16,11 +16,12 @@ namespace lab {
 
 class FrameTextures {
   public:
-    /// Makes them as the output at this position of the scenario is now, on the device that duplicates it.
+    /// Creates them for the current state of the output at this position of the scenario, on the device that
+    /// duplicates it.
     HRESULT Create(std::size_t output, ID3D11Device* device);
 
-    /// The next image. The test picture lies ready, in an even and an odd form by turns; the real desktop is
-    /// read now.
+    /// The next image. The even and the odd test picture are prepared and alternate; the real desktop is read
+    /// now.
     Microsoft::WRL::ComPtr<ID3D11Texture2D> Next();
 
     /// The image of the last Next; black before the first.

@@ -37,13 +37,13 @@ std::atomic<DrawFunction> real_draw = nullptr;
 std::atomic<EndFunction> real_end = nullptr;
 std::atomic<GetDataFunction> real_get_data = nullptr;
 
-/// Where a query ended: the GPU's time, and when the program can know of it.
+/// When a query ended: in GPU time, and when the program can see it.
 struct Mark {
     std::uint64_t stamp = 0;      ///< nanoseconds
     std::int64_t known_from = 0;  ///< MachineTime
 };
 
-/// The time of GPUs whose work takes none of the machine's.
+/// The time of GPUs whose work takes no time on the machine's clock.
 std::atomic<std::uint64_t> gpu_time = kNanosecondsPerSecond;
 
 /// The one GPU that has a ramp. Programs draw on one thread.
@@ -84,7 +84,7 @@ Mark MarkOf(const Adapter& adapter) {
     return mark;
 }
 
-/// What kind of query it is; for anything that is none, a kind that is not simulated.
+/// The type of the query; for any other object, a type that is not simulated.
 D3D11_QUERY KindOf(ID3D11Asynchronous* asynchronous) {
     ComPtr<ID3D11Query> query;
     D3D11_QUERY_DESC description = {D3D11_QUERY_PIPELINE_STATISTICS, 0};
@@ -146,7 +146,7 @@ HRESULT STDMETHODCALLTYPE ScriptedGetData(ID3D11DeviceContext* context, ID3D11As
     UINT mark_size = sizeof(mark);
     if (FAILED(asynchronous->GetPrivateData(kMark, &mark_size, &mark)) || mark_size != sizeof(mark) ||
         adapter->stamp_trouble == StampTrouble::kNever || MachineTime() < mark.known_from) {
-        return S_FALSE;  // Not ended, or not done yet.
+        return S_FALSE;  // Not ended yet, or the data is not ready.
     }
     if (kind == D3D11_QUERY_TIMESTAMP) {
         return GiveData(&mark.stamp, sizeof(mark.stamp), data, size);

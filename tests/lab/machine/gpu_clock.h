@@ -1,5 +1,5 @@
-// A GPU whose speed the scenario sets: what it draws is not drawn, and its time stamps tell how long it would
-// have taken.
+// A GPU whose speed the scenario sets: it does not really draw, and its timestamps show how long drawing
+// would have taken.
 #pragma once
 
 #include <windows.h>
@@ -8,9 +8,9 @@
 
 namespace lab {
 
-/// Watches contexts of this one's class. On adapters with a scripted speed, a Draw takes the time that the
-/// viewport's pixels need, and time stamp queries count nanoseconds of that time. On one whose clock ramps
-/// the work takes the machine's time as well, and no query is done before it is.
+/// Watches all contexts of this one's class. On adapters with a scripted speed, a Draw takes the time that
+/// the viewport's pixels need, and timestamp queries count nanoseconds of that time. If the clock has a ramp,
+/// the work also takes time on the machine's clock, and no query is ready before the work is done.
 void WatchGpuTime(ID3D11DeviceContext* context);
 
 }  // namespace lab

@@ -23,7 +23,7 @@ void GpuTimeline::Work(double nanoseconds, std::int64_t now, const std::optional
     if (nanoseconds >= work_to_full || gain <= 0) {
         taken = time_to_full + (nanoseconds - work_to_full);
     } else {
-        // The time after which the area below the rising speed is the work.
+        // The time after which the integral of the rising speed equals the work.
         taken = (std::sqrt(speed * speed + 2 * gain * nanoseconds) - speed) / gain;
     }
     level_ = std::min(1.0, level_ + taken / ramp_time);

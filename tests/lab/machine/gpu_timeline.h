@@ -1,5 +1,4 @@
-// When a scripted GPU is done with what it was told, and how fast its clock runs meanwhile. Touches no
-// Windows header.
+// When a scripted GPU finishes its work, and how fast its clock runs meanwhile. Includes no Windows header.
 #pragma once
 
 #include <cstdint>
@@ -9,15 +8,15 @@
 
 namespace lab {
 
-/// A GPU whose work takes the machine's time: it begins when it is told, or when it is done with what came
-/// before. Times are nanoseconds of the machine's clock. With a ramp its speed rises in a straight line while
-/// it works and falls as fast while it rests.
+/// A GPU whose work takes time on the machine's clock: it starts when it is submitted, or when the earlier
+/// work is done. Times are nanoseconds of the machine's clock. With a ramp its speed rises linearly while it
+/// works and falls as fast while it is idle.
 class GpuTimeline {
   public:
-    /// Adds work that takes `nanoseconds` at full speed, told at the time `now`.
+    /// Adds work that takes `nanoseconds` at full speed, submitted at the time `now`.
     void Work(double nanoseconds, std::int64_t now, const std::optional<ClockRamp>& ramp);
 
-    /// When everything told by `now` is done.
+    /// When everything submitted until `now` is done.
     std::int64_t DoneAt(std::int64_t now) const { return now > done_ ? now : done_; }
 
   private:

@@ -19,13 +19,13 @@ struct Account {
     std::set<void*> open;
 };
 
-/// Never destroyed: the program's other threads may open and close to the very end.
+/// Never destroyed: other threads of the program may open and close handles until the end.
 Account& TheAccount() {
     static auto* const account = new Account;
     return *account;
 }
 
-/// Hands the handle on, and notes it unless it is `none`.
+/// Returns the handle, and records it unless it is `none`.
 template <typename Handle>
 Handle Opened(Handle handle, Handle none = nullptr) {
     if (handle != none) {
@@ -35,7 +35,7 @@ Handle Opened(Handle handle, Handle none = nullptr) {
     return handle;
 }
 
-/// Before it is really closed, for Windows may give the same value out again at once.
+/// Before the real call, because Windows may reuse the value at once.
 template <typename Handle>
 Handle Closing(Handle handle) {
     const std::scoped_lock lock(TheAccount().mutex);
@@ -43,7 +43,7 @@ Handle Closing(Handle handle) {
     return handle;
 }
 
-/// Stands before one function that answers what it opened. `Tag` keeps those of the same signature apart.
+/// Wraps a function that returns what it opened. `Tag` distinguishes functions with the same signature.
 template <typename Tag, typename Handle, typename... Arguments>
 struct Opening {
     static Handle WINAPI Call(Arguments... arguments) { return Opened(real(arguments...), none); }
@@ -59,7 +59,7 @@ FARPROC CountedOpening(Handle(WINAPI* real)(Arguments...), std::type_identity_t<
     return AsProc(&Counted::Call);
 }
 
-/// The same for what closes the handle that is its only argument.
+/// The same for a function that closes the handle that is its only argument.
 template <typename Tag, typename Result, typename Handle>
 struct ClosingOne {
     static Result WINAPI Call(Handle handle) { return real(Closing(handle)); }
@@ -108,7 +108,7 @@ BOOL WINAPI CountedCreateProcessW(LPCWSTR program, LPWSTR command_line, LPSECURI
 
 FARPROC AccountingFunction(std::string_view name) {
     static const std::map<std::string_view, FARPROC> functions = {
-        // kernel32: what waits, files, processes and threads
+        // kernel32: waitable objects, files, processes and threads
         {"CreateEventW", CountedOpening(&CreateEventW)},
         {"CreateEventExW", CountedOpening(&CreateEventExW)},
         {"CreateFileMappingW", CountedOpening(&CreateFileMappingW)},

@@ -1,5 +1,4 @@
-// Keeps account of what the program opens in Windows and has to close again: kernel handles, registry keys
-// and files.
+// Counts what the program opens and has to close: kernel handles, registry keys and files.
 #pragma once
 
 #include <windows.h>
@@ -8,13 +7,13 @@
 
 namespace lab {
 
-/// What the program calls in place of the function of this name, when that opens or closes; else null.
+/// The replacement for the function of this name if it opens or closes something; else null.
 FARPROC AccountingFunction(std::string_view name);
 
-/// The program has got this handle from a function of the machine's.
+/// Counts a handle that a function of the machine has returned to the program.
 void NoteOpened(void* handle);
 
-/// How much is open now.
+/// The number of open handles.
 long OpenHandles();
 
 }  // namespace lab

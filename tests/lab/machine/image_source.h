@@ -13,14 +13,14 @@
 
 namespace lab {
 
-/// What one call of AcquireNextFrame finds.
+/// The result of one AcquireNextFrame call.
 struct FoundImage {
-    HRESULT result = S_OK;  ///< a failure: there is no image, and the rest means nothing
+    HRESULT result = S_OK;  ///< a failure: there is no image, and the other members are meaningless
     DXGI_OUTDUPL_FRAME_INFO info = {};
     Microsoft::WRL::ComPtr<IDXGIResource> resource = {};
 };
 
-/// Lives as long as the duplication that takes its images from it.
+/// Has the same lifetime as the duplication that takes its images from it.
 class ImageSource {
   public:
     ImageSource() = default;
@@ -30,14 +30,14 @@ class ImageSource {
 
     virtual DXGI_MODE_DESC Mode() const { return {}; }
 
-    /// The next image, waited for at most `timeout` milliseconds of the machine's time.
+    /// Waits for the next image for at most `timeout` milliseconds of the machine's time.
     virtual FoundImage Next(UINT timeout) = 0;
 
-    /// The program has given the image of the last Next back.
+    /// The program has released the image of the last Next.
     virtual void TakeBack() {}
 };
 
-/// Makes the source of a duplication: the output's position in the scenario, and the device that duplicates
+/// Creates the source of a duplication: the output's position in the scenario, and the device that duplicates
 /// it.
 using ImageSourceMaker =
     std::function<HRESULT(std::size_t output, ID3D11Device* device, std::unique_ptr<ImageSource>& source)>;

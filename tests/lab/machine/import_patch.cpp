@@ -29,7 +29,7 @@ struct Replacement {
     bool of_time = false;
 };
 
-/// The machine's own function of this name; null when it has none.
+/// The machine's function of this name; null if it has none.
 FARPROC SimulatedFunction(std::string_view name) {
     static const Replacement replacements[] = {
         {"CreateDXGIFactory1", AsProc(&SimulatedCreateDXGIFactory1)},
@@ -55,8 +55,7 @@ FARPROC SimulatedFunction(std::string_view name) {
     return of_console != nullptr ? of_console : AccountingFunction(name);
 }
 
-/// What the program calls in place of `real`: the machine's function, and whatever it is, watched for a
-/// fault.
+/// The replacement for `real`: the machine's function if there is one, in any case watched for faults.
 FARPROC ReplacementFor(std::string_view name, FARPROC real) {
     FARPROC function = SimulatedFunction(name);
     if (function == nullptr) {
@@ -65,7 +64,7 @@ FARPROC ReplacementFor(std::string_view name, FARPROC real) {
     return reinterpret_cast<FARPROC>(WatchedFunction(name, reinterpret_cast<void*>(function)));
 }
 
-/// A function that the program looks up by name must be the same that it would have imported.
+/// A function that the program looks up by name must be the same as its imported one.
 FARPROC WINAPI PatchedGetProcAddress(HMODULE module, LPCSTR name) {
     FARPROC const real = GetProcAddress(module, name);
     const bool by_ordinal = IS_INTRESOURCE(name);
@@ -95,7 +94,7 @@ class Image {
     std::byte* base_;
 };
 
-/// The function that is called in place of this one.
+/// The function that replaces this one.
 using Choice = FARPROC (*)(std::string_view name, FARPROC real);
 
 void PatchLibraryImports(const Image& image, const IMAGE_IMPORT_DESCRIPTOR& library, Choice choose) {
@@ -123,7 +122,7 @@ void PatchImportsOf(HMODULE module, Choice choose) {
     }
 }
 
-/// The C runtime reads and writes the standard streams by functions that it imports itself.
+/// The C runtime uses its own imports to read and write the standard streams.
 FARPROC ConsoleFunctionOrReal(std::string_view name, FARPROC real) {
     FARPROC const of_console = ConsoleFunction(name);
     return of_console != nullptr ? of_console : real;

@@ -1,10 +1,10 @@
-// Puts the machine's functions in place of the ones that the program imports.
+// Replaces the program's imported functions by the machine's.
 #pragma once
 
 namespace lab {
 
-/// Patches the import table of the process's program. The functions of time only when the machine's clock is
-/// scripted.
+/// Patches the import table of the process's program. Replaces the time functions only if the machine's clock
+/// is scripted.
 void PatchProgramImports();
 
 }  // namespace lab

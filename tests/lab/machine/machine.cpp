@@ -19,7 +19,7 @@ std::vector<std::size_t> Machine::OutputsOf(std::size_t adapter) const {
 }
 
 Machine& TheMachine() {
-    // Never destroyed: the program may use its adapters until its last instruction.
+    // Never destroyed: the program may use its adapters until the very end.
     static Machine* const machine = new Machine;
     return *machine;
 }

@@ -1,4 +1,4 @@
-// The simulated machine as it stands at this moment: the scenario, and what has changed in it since.
+// The current state of the simulated machine: the scenario, and what has changed since the start.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,8 @@
 
 namespace lab {
 
-/// An output now; a loss may have changed its size or format, moved it to another adapter or unplugged it.
+/// The current state of an output; a loss may have changed its size or format, moved it to another adapter or
+/// unplugged it.
 struct OutputState {
     std::size_t adapter = 0;
     Size size;
@@ -29,7 +30,7 @@ struct Machine {
     Scenario scenario;
     std::vector<OutputState> outputs;  ///< one for each of the scenario's
     std::map<std::string, int> calls_by_function;
-    std::vector<std::size_t> duplicated;  ///< outputs that DuplicateOutput was called of, refused or not
+    std::vector<std::size_t> duplicated;  ///< outputs on which DuplicateOutput was called
     int memory_readings = 0;
 
     /// The positions of the outputs that an adapter drives now.
@@ -40,25 +41,25 @@ struct Machine {
     }
 };
 
-/// The machine that the program runs on. Its losses happen on the thread that captures.
+/// The machine that the program runs on. Losses occur on the thread that captures.
 Machine& TheMachine();
 
-/// Replaces the machine by one that is as the scenario says, and starts its clock.
+/// Replaces the machine by the one in the scenario, and starts its clock.
 void SetUpMachine(const Scenario& scenario);
 
-/// The same with the text of a scenario. Throws ScenarioError when it is not understood.
+/// The same from the text of a scenario. Throws ScenarioError if it is invalid.
 void SetUpMachine(const std::string& scenario_text);
 
-/// The output refuses its duplication from now on.
+/// The output fails to be duplicated from now on.
 void BeginRefusal(OutputState& output, const Refusal& refusal);
 
-/// The result of refusing now, which is counted; empty when the output does not refuse (any more).
+/// Counts one failure and returns it; empty when the output does not fail (any more).
 std::optional<ResultCode> RefuseNow(OutputState& output);
 
-/// Counts this call of `function`, and makes it fail fatally when the scenario says so of this call.
+/// Counts this call of `function`, and makes it fail fatally if the scenario says so.
 void InjectFailure(const std::string& function);
 
-/// Changes the output as its next loss says.
+/// Applies the output's next loss.
 void ApplyLoss(OutputState& output, const Loss& loss);
 
 }  // namespace lab

@@ -30,7 +30,7 @@ struct Failing {
     int times = 0;
 };
 
-/// The result of failing now; empty when the adapter's textures can be mapped.
+/// The failure to return now; empty when the adapter's textures can be mapped.
 std::optional<ResultCode> FailNow(ID3D11DeviceContext* context) {
     static std::array<Failing, kCountedAdapters> states;
     ComPtr<ID3D11Device> device;

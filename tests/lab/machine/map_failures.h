@@ -7,7 +7,7 @@
 
 namespace lab {
 
-/// Watches contexts of this one's class: on adapters whose scenario says so, Map fails.
+/// Watches all contexts of this one's class: Map fails on adapters whose scenario requests it.
 void WatchMapping(ID3D11DeviceContext* context);
 
 }  // namespace lab

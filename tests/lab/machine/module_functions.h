@@ -1,4 +1,4 @@
-// What a program on the machine gets in place of the functions of kernel32 that tell where it lies.
+// Replacements for the kernel32 functions that return where the program is.
 #pragma once
 
 #include <windows.h>

@@ -1,4 +1,4 @@
-// The operations of an output that nothing here needs: a class for one of these interfaces derives from it.
+// The methods of an output that nothing here needs; a class for one of these interfaces derives from it.
 #pragma once
 
 #include <windows.h>

@@ -36,7 +36,7 @@ HMODULE MachineModule() {
     return module;
 }
 
-/// In the environment that a child inherits, for as long as one is being started.
+/// Set in the environment that a child inherits while it is being started.
 class ChildNumber {
   public:
     ChildNumber() {
@@ -95,7 +95,7 @@ BOOL WINAPI SimulatedCreateProcessW(LPCWSTR program, LPWSTR command_line, LPSECU
                                     LPVOID environment, LPCWSTR folder, LPSTARTUPINFOW startup,
                                     LPPROCESS_INFORMATION information) {
     if (process != nullptr || thread != nullptr || inherit == FALSE || environment != nullptr ||
-        folder != nullptr) {  // What the program has never asked for yet.
+        folder != nullptr) {  // Not called by the program so far.
         SetLastError(ERROR_NOT_SUPPORTED);
         return FALSE;
     }

@@ -1,7 +1,7 @@
-// What a program on the machine gets in place of the functions of kernel32 that start and end processes.
+// Replacements for the kernel32 functions that start and end processes.
 //
-// A child of the program runs on the same machine. It is told its number, from 1, in VISTREL_LAB_PROCESS, and
-// writes its counts and calls to files of its own, with ".NUMBER" behind the name.
+// A child of the program runs on the same machine. VISTREL_LAB_PROCESS contains its number, from 1. It writes
+// its counts and calls to its own files, whose names end in ".NUMBER".
 #pragma once
 
 #include <windows.h>
@@ -13,7 +13,7 @@ namespace lab {
 /// Whether this process was started by a program on the machine.
 bool IsChild();
 
-/// The path with this process's number behind it; as it is in the program itself.
+/// The path with this process's number appended; unchanged in the program itself.
 std::wstring OfThisProcess(const std::wstring& path);
 
 /// Writes the counts to the file that VISTREL_LAB_STATISTICS names, and the calls to theirs.
@@ -24,8 +24,8 @@ BOOL WINAPI SimulatedCreateProcessW(LPCWSTR program, LPWSTR command_line, LPSECU
                                     LPVOID environment, LPCWSTR folder, LPSTARTUPINFOW startup,
                                     LPPROCESS_INFORMATION information);
 
-/// A program that ends itself well leaves its accounts first, and so does every library in it that has any
-/// (its export LabProcessEnds): no DLL is told of such an end.
+/// Before a program terminates itself, it writes its counts, and so does every library in it that has any
+/// (its export LabProcessEnds): Windows does not notify DLLs of such an end.
 BOOL WINAPI SimulatedTerminateProcess(HANDLE process, UINT exit_code);
 
 }  // namespace lab

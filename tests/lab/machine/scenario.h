@@ -1,4 +1,4 @@
-// A scenario: what a simulated machine is made of, as its text file says. Touches no Windows header.
+// A scenario: the description of a simulated machine, read from a text file. Includes no Windows header.
 #pragma once
 
 #include <cstddef>
@@ -26,14 +26,14 @@ enum class PixelFormat { kBgra, kBgraTypeless, kRgba, kRgbaTypeless, kHalfFloat 
 
 enum class Picture { kPattern, kDesktop };
 
-/// The desktop refuses to be duplicated. With neither `times` nor `milliseconds` it refuses for good.
+/// Duplicating the desktop fails. Without `times` and `milliseconds` it always fails.
 struct Refusal {
     ResultCode result = 0;
     std::optional<int> times;
     std::optional<int> milliseconds;
 };
 
-/// One loss of the duplication, and what is different when it comes back.
+/// One loss of the duplication, and what has changed when it is restored.
 struct Loss {
     std::optional<int> after_frames;
     std::optional<int> after_milliseconds;
@@ -46,16 +46,16 @@ struct Loss {
 
 /// How often the desktop changes.
 struct Frames {
-    /// Per second; 0 is a still desktop, which delivers its first image alone.
+    /// Per second; 0 is a still desktop, which delivers only its first image.
     double rate = 60;
     bool never = false;
-    /// No present brings the first image: it is black, and what is new is the pointer alone.
+    /// No present produced the first image: it is black, and only the pointer is new.
     bool first_blank = false;
-    /// Moves of the pointer per second, each an update of its own when no image is new.
+    /// Pointer moves per second; each is a separate update if there is no new image.
     double pointer_rate = 0;
 };
 
-/// What stands on the desktop's list of display devices.
+/// An entry in the desktop's list of display devices.
 struct Display {
     std::u16string name;
     Size size;
@@ -68,7 +68,7 @@ struct Display {
     bool mode_fails = false;
 };
 
-/// What an adapter drives.
+/// An output of an adapter.
 struct Output {
     std::size_t adapter = 0;  ///< position in Scenario::adapters
     std::size_t display = 0;  ///< position in Scenario::displays
@@ -77,7 +77,7 @@ struct Output {
     std::optional<ResultCode> description_fails;
     bool without_output1 = false;
     std::optional<Refusal> refusal;
-    std::optional<Refusal> acquiring;  ///< AcquireNextFrame, counted from the duplication's begin
+    std::optional<Refusal> acquiring;  ///< AcquireNextFrame, counted from the start of the duplication
     Frames frames;
     PixelFormat format = PixelFormat::kBgra;
     bool hdr = false;
@@ -85,16 +85,16 @@ struct Output {
     std::vector<Loss> losses;
 };
 
-/// The GPU clocks up under load and falls back when it is idle.
+/// The GPU's clock rises under load and drops when it is idle.
 struct ClockRamp {
-    int from_percent = 100;  ///< of its full speed, after a long rest
-    int milliseconds = 0;    ///< of load until the full speed, and of rest until the lowest
+    int from_percent = 100;  ///< percent of full speed, after a long idle time
+    int milliseconds = 0;    ///< of load to reach full speed, and of idle time to reach the lowest
 };
 
 enum class StampTrouble { kNone, kDisjoint, kNever };
 
 struct Adapter {
-    std::u16string name;  ///< of any length, and with half a character where a driver gives one
+    std::u16string name;  ///< of any length, may contain an unpaired surrogate as from a driver
     std::uint32_t vendor = 0;
     std::uint32_t luid_low = 0;
     std::int32_t luid_high = 0;
@@ -103,15 +103,15 @@ struct Adapter {
     std::uint64_t used_bytes = 0;
     std::uint64_t budget_bytes = 0;
     std::uint64_t reserved_bytes = 0;
-    /// Megapixels a second in scripted time; empty when the real GPU's time counts.
+    /// Megapixels per second in scripted time; empty to use the real GPU's time.
     std::optional<int> draw_rate;
     std::optional<int> black_draw_rate;                ///< the same while the shader's first texture is black
     std::optional<ClockRamp> ramp;                     ///< only with a draw_rate
     StampTrouble stamp_trouble = StampTrouble::kNone;  ///< only with a draw_rate
     int stamps_late_milliseconds = 0;                  ///< only with a draw_rate
-    /// Textures count as memory in use, until so long after the flush that follows their release.
+    /// Textures count as memory in use until this long after the flush that follows their release.
     std::optional<int> memory_falls_milliseconds;
-    std::uint64_t memory_drift_bytes = 0;  ///< what every other reading of the use is more
+    std::uint64_t memory_drift_bytes = 0;  ///< added to every other reading of the use
     std::optional<Refusal> mapping;        ///< ID3D11DeviceContext::Map, on a device of this adapter
     bool software = false;
     bool remote = false;  ///< of a Remote Desktop session
@@ -126,15 +126,15 @@ struct Adapter {
 struct Cursor {
     bool query_fails = false;
     bool showing = true;
-    bool suppressed = false;  ///< by touch; neither showing nor hidden then
+    bool suppressed = false;  ///< by touch input; neither shown nor hidden then
     bool null_handle = false;
     int x = 100;
     int y = 100;
 };
 
-/// A call that brings the program down.
+/// A call that crashes the program.
 struct FatalFailure {
-    std::string kind;  ///< of tests/lab/fatal_failure.h
+    std::string kind;  ///< see tests/lab/fatal_failure.h
     int call = 1;      ///< at which call it happens
 };
 
@@ -143,8 +143,8 @@ struct Scenario {
     std::vector<Output> outputs;
     std::vector<Display> displays;  ///< in the order of their listing
     Cursor cursor;
-    std::string program_path;  ///< what the program is told of itself; empty: the truth
-    std::string library;       ///< a DLL that something else has brought into the process; may be empty
+    std::string program_path;  ///< the program's own path as Windows reports it; empty: the real one
+    std::string library;       ///< a DLL that other software has loaded into the process; may be empty
     bool scripted_clock = false;
     std::optional<ResultCode> factory_fails;
     std::optional<ResultCode> device_fails;
@@ -152,12 +152,12 @@ struct Scenario {
     std::map<std::string, FatalFailure> fatal_failures;  ///< by the function that fails
 };
 
-/// A line that cannot be understood; says which and why.
+/// An invalid line; the message contains the line and the reason.
 struct ScenarioError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Reads a whole scenario. Throws ScenarioError at the first line that is not understood.
+/// Reads a whole scenario. Throws ScenarioError at the first invalid line.
 Scenario ReadScenario(std::istream& text);
 
 }  // namespace lab

@@ -12,20 +12,20 @@
 
 namespace lab {
 
-/// Every operation takes words off the front and throws ScenarioError when they are not what it reads.
+/// Every method removes words from the front and throws ScenarioError if they are not what it expects.
 class Words {
   public:
-    /// Blanks separate words; "#" at the line's start or behind a blank begins a comment.
+    /// Blanks separate words; "#" at the start of the line or after a blank begins a comment.
     explicit Words(std::string_view line);
 
     bool AtEnd() const { return words_.empty(); }
     void ExpectEnd() const;
 
-    /// The next word, left where it is; empty at the end.
+    /// The next word, without removing it; empty at the end.
     std::string Peek() const { return AtEnd() ? std::string() : words_.front(); }
-    /// The next word; `what` says in a message what is missing when there is none.
+    /// The next word; if there is none, the message says that `what` is missing.
     std::string Next(std::string_view what);
-    /// All that is left, with one blank between words.
+    /// The rest, with one blank between words.
     std::string Rest();
     void Expect(std::string_view word);
     std::string OneOf(std::initializer_list<std::string_view> choices);

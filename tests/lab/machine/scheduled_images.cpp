@@ -62,7 +62,7 @@ class ScheduledImages final : public ImageSource {
         return passed < Script().losses.size() ? &Script().losses[passed] : nullptr;
     }
 
-    /// Waits until there is something to answer, at most as long as the program is willing to.
+    /// Waits until there is something to return, but not beyond the program's timeout.
     void WaitForChange(UINT timeout) const {
         constexpr std::int64_t kNever = std::numeric_limits<std::int64_t>::max();
         const std::int64_t deadline = Elapsed() + timeout * kMicrosecondsPerMillisecond;
@@ -94,7 +94,7 @@ class ScheduledImages final : public ImageSource {
         return lost_;
     }
 
-    /// Counts the images shown since the last look at them, and says how many these are.
+    /// Counts the images shown since the last call and returns their number.
     std::int64_t SeeImages(std::int64_t elapsed) {
         const std::int64_t fresh =
             lost_ ? 0 : std::max<std::int64_t>(ImagesShown(Script().frames, elapsed) - seen_, 0);
@@ -103,13 +103,13 @@ class ScheduledImages final : public ImageSource {
         return fresh;
     }
 
-    /// Whether the pointer has moved since the last look.
+    /// Whether the pointer has moved since the last call.
     bool SeePointerMoves(std::int64_t elapsed) {
         const std::int64_t moves = lost_ ? moves_seen_ : PointerMoves(Script().frames, elapsed);
         return std::exchange(moves_seen_, moves) < moves;
     }
 
-    /// `fresh` images that nobody has acquired yet; with none of them, an update of the pointer alone.
+    /// `fresh` images that have not been acquired yet; if there are none, only a pointer update.
     FoundImage Deliver(std::int64_t fresh) {
         const bool blank = Script().frames.first_blank && seen_ == 1;
         const bool pointer_only = fresh == 0 || blank;

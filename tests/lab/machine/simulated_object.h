@@ -1,4 +1,4 @@
-// What every simulated COM object has in common: it counts its references and, while it lives, itself.
+// The common part of every simulated COM object: counts its references and the objects alive.
 #pragma once
 
 #include <windows.h>
@@ -10,12 +10,12 @@
 
 namespace lab {
 
-// A COM interface has no destructor; what implements one is only ever deleted by itself.
+// A COM interface has no destructor; an implementation is deleted only by itself.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wnon-virtual-dtor"
 
-/// Implements IUnknown over `Interface`, answering to that interface's `Answered` bases too. It is born with
-/// one reference, which belongs to whoever made it.
+/// Implements IUnknown for `Interface`, and supports that interface's `Answered` bases too. The object starts
+/// with one reference, which belongs to its creator.
 template <typename Interface, typename... Answered>
 class SimulatedUnknown : public Interface {
   public:
@@ -46,7 +46,7 @@ class SimulatedUnknown : public Interface {
     }
 
   protected:
-    /// A derived class that lacks an interface on some machines, or has a private one, refines this.
+    /// Overridden by a class that lacks an interface on some machines, or has a private one.
     virtual bool Answers(REFIID wanted) const {
         return wanted == __uuidof(IUnknown) || wanted == __uuidof(Interface) ||
                ((wanted == __uuidof(Answered)) || ...);
@@ -59,7 +59,7 @@ class SimulatedUnknown : public Interface {
 
 #pragma GCC diagnostic pop
 
-/// The same for a DXGI object, with the operations of IDXGIObject that nothing here needs.
+/// The same for a DXGI object, with the methods of IDXGIObject that nothing here needs.
 template <typename Interface, typename... Answered>
 class SimulatedDxgiObject : public SimulatedUnknown<Interface, IDXGIObject, Answered...> {
   public:

@@ -1,4 +1,4 @@
-// What the machine counts while a program runs on it, for the test that compares.
+// What the machine counts during a run, for tests to compare.
 #pragma once
 
 #include <array>
@@ -10,8 +10,8 @@ namespace lab {
 
 inline constexpr std::size_t kCountedAdapters = 8;
 
-/// Counts since the program began. Atomic, because the program may have ended other threads at any moment
-/// before the counts are written.
+/// Counts since the program began. Atomic, because the program may have terminated other threads at any
+/// moment before the counts are written.
 struct Statistics {
     std::atomic<long> live_factories;
     std::atomic<long> live_adapters;
@@ -25,7 +25,7 @@ struct Statistics {
     std::atomic<long> frames_shown;      ///< images of the desktop while it was duplicated
     std::atomic<long> frames_delivered;  ///< of these, acquired by the program
     std::atomic<long>
-        frames_merged;  ///< shown, but merged into a later one as nobody had acquired in between
+        frames_merged;  ///< shown, but merged into a later one because they were not acquired in between
     std::atomic<long> pointer_updates;     ///< acquired while no image was new
     std::atomic<long> slept_milliseconds;  ///< by the scripted clock
     std::atomic<long> acquire_calls;
@@ -33,13 +33,13 @@ struct Statistics {
     std::atomic<long> access_losses;
     std::atomic<long> releases;
     std::atomic<long> releases_without_frame;
-    // What no program may do.
+    // Errors of the program.
     std::atomic<long> acquires_without_release;
     std::atomic<long> uses_after_release;
     std::atomic<long> copies_across_devices;
     std::atomic<long> copies_of_other_size;
     std::atomic<long> frames_never_released;
-    std::atomic<long> duplications_by_other_adapter;  ///< with a device of an adapter that lacks the output
+    std::atomic<long> duplications_by_other_adapter;  ///< with a device of another adapter
     std::atomic<long> duplications_of_duplicated;     ///< of an output that the program duplicates already
     std::array<std::atomic<long>, kCountedAdapters> devices_made_on;  ///< by the adapter's position
 
@@ -54,10 +54,10 @@ struct Statistics {
 
 Statistics& Counts();
 
-/// Sets every count to 0 but those of what is alive.
+/// Sets every count to 0, except those of objects alive.
 void RestartCounts();
 
-/// All counts, one "name value" a line.
+/// All counts, one "name value" per line.
 std::string StatisticsText();
 
 }  // namespace lab

@@ -8,7 +8,7 @@ namespace {
 constexpr std::uint32_t kBytesPerHalfTexel = 8;
 constexpr std::uint32_t kBytesPerByteTexel = 4;
 
-/// value / 255 as a 16-bit float, cut rather than rounded; `value` is at most 255.
+/// value / 255 as a 16-bit float, truncated; `value` is at most 255.
 std::uint16_t HalfOfByte(std::uint8_t value) {
     constexpr int kMantissaShift = 23 - 10;
     constexpr int kExponentBias = 127 - 15;

@@ -43,7 +43,7 @@ std::array<Memory, kCountedAdapters>& Memories() {
 
 std::atomic<long> living_tags = 0;
 
-/// Lives exactly as long as the texture that holds it.
+/// Has the same lifetime as the texture that holds it.
 class TextureTag final : public SimulatedUnknown<IUnknown> {
   public:
     TextureTag(std::size_t position, std::uint64_t bytes)
@@ -90,7 +90,7 @@ HRESULT STDMETHODCALLTYPE CountingCreate(ID3D11Device* device, const D3D11_TEXTU
                                          const D3D11_SUBRESOURCE_DATA* data, ID3D11Texture2D** texture) {
     const HRESULT result = real_create.load()(device, description, data, texture);
     const std::optional<std::size_t> position = CountedAdapter(device);
-    // What the CPU reads lies in its own memory.
+    // Textures that the CPU reads are in system memory.
     if (FAILED(result) || texture == nullptr || !position || description->Usage == D3D11_USAGE_STAGING) {
         return result;
     }

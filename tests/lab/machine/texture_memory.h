@@ -1,5 +1,5 @@
-// The video memory that a program's textures take on a simulated adapter, and that is free only some time
-// after their release.
+// The video memory that a program's textures use on a simulated adapter. It is freed only some time after
+// their release.
 #pragma once
 
 #include <windows.h>
@@ -11,12 +11,12 @@
 
 namespace lab {
 
-/// Watches devices and contexts of these ones' classes: on adapters whose memory falls late, every texture
-/// made is counted. Making one takes scripted time, as filling it does.
+/// Watches devices and contexts of these classes: every texture is counted on adapters that free memory late.
+/// Creating one takes scripted time, as filling it does.
 void WatchTextureMemory(ID3D11Device* device, ID3D11DeviceContext* context);
 
-/// The bytes that textures take now on the adapter at this position: those that live, those that were
-/// released and that no flush followed, and those whose flush was not long enough ago.
+/// The bytes that textures use on the adapter at this position: those that exist, those released without a
+/// flush since, and those whose flush was not long enough ago.
 std::uint64_t TextureMemory(std::size_t position);
 
 }  // namespace lab

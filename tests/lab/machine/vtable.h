@@ -1,4 +1,4 @@
-// Replacing an operation of a real COM object's class.
+// Replaces a method of a real COM object's class.
 #pragma once
 
 #include <windows.h>
@@ -8,8 +8,8 @@
 
 namespace lab {
 
-/// Puts `replacement` into the slot of the object's table of functions, for all objects of its class, and
-/// keeps the function that stood there in `original`. Does nothing when that is done already.
+/// Puts `replacement` into the slot of the object's vtable, for all objects of its class, and stores the
+/// function that was there in `original`. Does nothing if that has already been done.
 template <typename Function>
 void ReplaceVtableSlot(void* object, std::size_t slot, Function replacement,
                        std::atomic<Function>& original) {

@@ -5,7 +5,8 @@
 
 namespace {
 
-/// Behind every pointer that the stand-in hands out. Allocated, so that a leak checker sees one not released.
+/// The object behind every pointer that the fake runtime returns. Allocated, so that a leak checker detects a
+/// missing release.
 struct Handed {
     std::string kind;
     std::string text;
@@ -28,7 +29,7 @@ void ORT_API_CALL Release(Object* object) {
     delete handed;
 }
 
-/// Notes the call; true when it is the one that is to fail.
+/// Records the call; true if it should fail.
 bool IsToFail(const char* entry) {
     CountingRuntime& runtime = TheCountingRuntime();
     runtime.sequence.emplace_back(entry);
@@ -217,7 +218,7 @@ OrtApi MakeTable() {
     table.ReleaseTypeInfo = Release<OrtTypeInfo>;
     table.ReleaseMemoryInfo = Release<OrtMemoryInfo>;
     table.ReleaseValue = Release<OrtValue>;
-    // The table declares its entries `noexcept`. These may throw all the same, as a foreign runtime could.
+    // The table declares its entries `noexcept`. These may still throw, as another runtime could.
     const auto put = [](auto& slot, auto* entry) { std::memcpy(&slot, &entry, sizeof slot); };
     put(table.GetErrorMessage, GetErrorMessage);
     put(table.CreateEnv, CreateEnv);

@@ -1,5 +1,5 @@
-// A stand-in for ONNX Runtime at its table of functions: it makes no inference, keeps account of what it
-// hands out, and fails where a test tells it to.
+// A fake ONNX Runtime behind its API table: it runs no inference, counts the objects that it returns, and
+// fails where a test requests it.
 #pragma once
 
 #include <cstdint>
@@ -9,36 +9,36 @@
 
 #include "depth/onnx_runtime.h"
 
-/// What the stand-in is told and what it has seen. Reset before each test.
+/// The instructions for the fake runtime and what it has recorded. Reset before each test.
 struct CountingRuntime {
-    // Told.
+    // Instructions.
     std::vector<std::int64_t> input_dimensions = {1, 3, 8, 16};
     bool input_is_tensor = true;
-    std::string failing_entry;               ///< this entry answers a status...
-    int failing_call = 1;                    ///< ...when called for this time, counted from 1
-    bool fails_late = false;                 ///< ...and has made its object all the same
+    std::string failing_entry;               ///< this entry returns an error status...
+    int failing_call = 1;                    ///< ...at this call, counted from 1
+    bool fails_late = false;                 ///< ...but still creates its object
     bool throws = false;                     ///< ...or rather, throws a std::runtime_error
     void (*instead_of_failing)() = nullptr;  ///< ...or calls this
     std::string message = "the runtime's own words";
     void (*while_running)() = nullptr;  ///< called by each Run
 
-    // Seen.
+    // Records.
     std::map<std::string, int> made;     ///< objects by kind, over the whole life
     std::map<std::string, int> alive;    ///< objects by kind, now
     std::map<std::string, int> calls;    ///< by entry
-    std::map<std::string, int> failed;   ///< by entry, the number of the call that failed by order
+    std::map<std::string, int> failed;   ///< by entry, the number of the call that was made to fail
     std::vector<std::string> sequence;   ///< entries in the order of their calls, without releases
-    std::vector<std::string> arguments;  ///< of the entries that set something, as text
+    std::vector<std::string> arguments;  ///< arguments of the entries that set something, as text
     std::vector<std::int64_t> tensor_shape;
     std::vector<const void*> tensor_data;  ///< the buffer of each wrapped tensor
     std::vector<float> tensor_values;      ///< of the last one
 };
 
-/// The stand-in's account, one in a process.
+/// The fake runtime's state, one per process.
 CountingRuntime& TheCountingRuntime();
 
-/// The table and the DirectML entry of the stand-in. Entries that the program has no business with are null.
+/// The API table and the DirectML entry. Entries that the program should not use are null.
 const OnnxRuntime& CountingRuntimeEntries();
 
-/// Objects alive of any kind.
+/// The number of objects alive, of any kind.
 int AliveInCountingRuntime();

@@ -1,22 +1,22 @@
-// The counting runtime as an onnxruntime.dll, for whole runs of the tool. What it is to do stands in the
-// environment variable VISTREL_ONNX_STAND_IN, words apart by blanks:
+// The counting runtime as an onnxruntime.dll, for whole runs of the tool. The environment variable
+// VISTREL_ONNX_STAND_IN controls it, as words separated by blanks:
 //
-//     no-base            the first entry point answers nothing
-//     old                the table goes to version 17 only, as in the copy that Windows carries; whoever asks
-//                        for a newer one gets a line on the error stream too, as from the genuine one
-//     fail=ENTRY         the table's ENTRY (or AppendDirectMl) answers a status
+//     no-base            the first entry point returns null
+//     old                supports the table only up to version 17, like the copy in Windows; a request for a
+//                        newer one also prints a line to the error stream, as the genuine one does
+//     fail=ENTRY         the table's ENTRY (or AppendDirectMl) returns an error status
 //     throw=ENTRY        it throws a C++ exception instead
-//     crash=ENTRY        it brings the program down; also any other of tests/lab/fatal_failure.h. At the
-//     ENTRY
-//                        DllMain this happens while the DLL is loaded
+//     crash=ENTRY        it crashes the program; any other kind in tests/lab/fatal_failure.h works too. With
+//                        the ENTRY DllMain this happens while the DLL is loaded
 //     call=N             at its Nth call, not the first
 //     message=WORD       with this message
-//     message-bytes=HEX  or one of these bytes, which need be no UTF-8
-//     pixel-takes=NS     each pixel of the input takes a Run so many nanoseconds of the machine's clock
-//     ledger=FILE        writes to FILE, when the process ends, a line for each kind of object,
-//                        "KIND made N alive N"
-//     calls=FILE         and to this one for each entry that was called, "ENTRY called N", and for one that
-//                        failed by order "ENTRY failed N" with the number of the call
+//     message-bytes=HEX  or with these bytes, which need not be UTF-8
+//     pixel-takes=NS     a Run takes this many nanoseconds of the machine's clock per input pixel
+//     ledger=FILE        at the end of the process writes a line "KIND made N alive N" for each kind of
+//     object
+//                        to FILE
+//     calls=FILE         and "ENTRY called N" for each entry that was called, and "ENTRY failed N", with the
+//                        number of the call, for one that was made to fail
 #include <windows.h>
 
 #include <cstdio>
@@ -38,7 +38,7 @@ std::string calls_file;
 int table_requests = 0;
 double nanoseconds_per_pixel = 0;
 
-/// Passes the time that a Run takes: on a simulated machine by its clock, which may be scripted.
+/// Lets the duration of a Run pass: on a simulated machine by its clock, which may be scripted.
 void TakeTime() {
     double nanoseconds = nanoseconds_per_pixel;
     const std::vector<std::int64_t>& shape = TheCountingRuntime().tensor_shape;
@@ -56,7 +56,7 @@ void TakeTime() {
     }
 }
 
-/// The bytes that two hexadecimal digits each spell.
+/// The bytes of a text with two hexadecimal digits each.
 std::string BytesOf(const std::string& digits) {
     constexpr int kHexadecimal = 16;
     std::string bytes;
@@ -155,13 +155,14 @@ extern "C" OrtStatus* StandInAppendDirectMl(OrtSessionOptions* options, int devi
     return CountingRuntimeEntries().append_directml(options, device_id);
 }
 
-// Whatever lies at the ordinal in a runtime built otherwise: it takes no such arguments.
+// An unrelated function that another build of the runtime exports at the ordinal; it takes different
+// arguments.
 extern "C" OrtStatus* StandInAppendOther(OrtSessionOptions*, int) {
     __builtin_trap();
     return nullptr;
 }
 
-// For a test in whose process the DLL is.
+// For a test that has loaded the DLL.
 extern "C" CountingRuntime* StandInAccount() {
     return &TheCountingRuntime();
 }
@@ -170,7 +171,7 @@ extern "C" int StandInTableRequests() {
     return table_requests;
 }
 
-// For a process that ends without telling its DLLs.
+// For a process that ends without notifying its DLLs.
 extern "C" void LabProcessEnds() {
     WriteLedger();
     WriteCalls();

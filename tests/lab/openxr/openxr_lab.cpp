@@ -17,7 +17,7 @@ namespace {
 constexpr const wchar_t* kLoaderFile = L"openxr_loader.dll";
 constexpr const wchar_t* kManifestVariable = L"VISTREL_LAB_OPENXR_MANIFEST";
 
-/// The lab's libraries lie where the build puts them as seen from the test programs, in the test bundle too.
+/// The lab's libraries, relative to the test programs in the build tree; the test bundle has the same layout.
 std::filesystem::path LibraryFolder(const std::string& name) {
     return std::filesystem::canonical(std::filesystem::path(WideFromUtf8(ExecutableFolder())) / ".." / "lab" /
                                       "openxr" / name);
@@ -51,11 +51,11 @@ std::filesystem::path FolderOf(LabLoader loader) {
         case LabLoader::None:
             break;
     }
-    return LibraryFolder("openxr_runtime");  // Any folder without a loader.
+    return LibraryFolder("openxr_runtime");  // A folder without a loader.
 }
 
-/// The genuine loader takes programs under Wine for elevated and follows nothing but this value. It names a
-/// variable, so that every process has a runtime of its own, or none.
+/// The genuine loader treats programs under Wine as elevated and reads only this registry value. It contains
+/// an environment variable, so that every process can have its own runtime, or none.
 void RegisterRuntimeWithWine() {
     constexpr std::wstring_view value = L"%VISTREL_LAB_OPENXR_MANIFEST%";
     const LSTATUS status =
@@ -66,8 +66,8 @@ void RegisterRuntimeWithWine() {
     }
 }
 
-/// On Windows the machine's own runtime stays registered: the loader follows this variable, unless the
-/// program runs with an administrator's rights.
+/// On Windows the installed runtime stays registered: the loader prefers this variable, unless the program
+/// runs as administrator.
 void RegisterRuntime(const std::filesystem::path& manifest) {
     if (UnderWine()) {
         RegisterRuntimeWithWine();
@@ -97,7 +97,7 @@ OpenXrLab::OpenXrLab(LabLoader loader, bool runtime_installed) : folder_(MakeFol
     SetEnvironmentVariableW(L"VISTREL_LAB_OPENXR", (folder_ + L"\\script.txt").c_str());
     SetEnvironmentVariableW(L"VISTREL_LAB_OPENXR_LOG", (folder_ + L"\\log.txt").c_str());
     SetEnvironmentVariableW(L"XR_LOADER_DEBUG", nullptr);
-    // Also takes the current directory out of the search.
+    // Also removes the current directory from the search path.
     SetDllDirectoryW(FolderOf(loader).c_str());
     SetScript("");
 }
@@ -125,7 +125,7 @@ void OpenXrLab::UnloadLoader() {
 }
 
 std::string ReadSourceFile(const std::string& path_from_root) {
-    const char* const given = std::getenv("VISTREL_SOURCE_FOLDER");  // Elsewhere than on the build machine.
+    const char* const given = std::getenv("VISTREL_SOURCE_FOLDER");  // Set outside the build machine.
     const std::filesystem::path path =
         std::filesystem::path(given != nullptr ? given : VISTREL_SOURCE_FOLDER) / path_from_root;
     if (!std::filesystem::exists(path)) {

@@ -1,4 +1,4 @@
-// Puts a test's own process in front of a scripted OpenXR runtime.
+// Connects a test's own process to a scripted OpenXR runtime.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 /// Which openxr_loader.dll a program finds.
 enum class LabLoader { None, Genuine, StandIn, WithoutCreate, WithoutFind, WithoutEnumerate, WithoutExports };
 
-/// One at a time. Afterwards no loader is left in the process.
+/// Only one at a time. Its destructor unloads the loader from the process.
 class OpenXrLab {
   public:
     /// A machine with `loader`, and with the scripted runtime (which only the genuine loader looks for)
@@ -16,17 +16,18 @@ class OpenXrLab {
     OpenXrLab& operator=(const OpenXrLab&) = delete;
     ~OpenXrLab();
 
-    /// What the runtime does from its next instance on, statements as README.md lists them; begins a new log.
+    /// Sets what the runtime does from its next instance on, in the statements that README.md lists; starts a
+    /// new log.
     void SetScript(const std::string& script) const;
 
-    /// Everything that the runtime logged since its script was set, a line a call.
+    /// Everything that the runtime has logged since its script was set, one line per call.
     std::string Log() const;
 
-    /// Unloads the loader however often it was loaded.
+    /// Unloads the loader, no matter how often it was loaded.
     static void UnloadLoader();
 
   private:
-    std::wstring folder_;  ///< of this object alone, for script and log
+    std::wstring folder_;  ///< used only by this object, for script and log
 };
 
 /// The text of a file of the source tree; throws when it cannot be read.

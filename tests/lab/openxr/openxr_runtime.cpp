@@ -1,5 +1,5 @@
-// The scripted OpenXR runtime: what it tells the loader, and its instance. Built as a runtime behind the
-// genuine loader, and from the same objects as a stand-in for the loader itself.
+// The scripted OpenXR runtime: its interface to the loader, and its instance. Built as a runtime for the
+// genuine loader and, from the same objects, as a replacement for the loader itself.
 #include "tests/lab/openxr/openxr_runtime.h"
 
 #include <dxgi.h>
@@ -30,14 +30,14 @@ OpenXrScript& MutableScript() {
     return script;
 }
 
-/// Fills a name field, its last byte included when the script wants it unterminated.
+/// Fills a name field, including its last byte if the script requests an unterminated name.
 template <std::size_t Size>
 void FillName(char (&field)[Size], const std::string& name, bool unterminated) {
     std::memset(field, unterminated ? 'x' : 0, Size);
     std::memcpy(field, name.data(), std::min(name.size(), Size - (unterminated ? 0 : 1)));
 }
 
-/// OpenXR's two calls for a list of `entries`, with the lies that the script tells about `list`.
+/// OpenXR's two calls for a list of `entries`, with the wrong counts that the script sets for `list`.
 template <typename Fill>
 XrResult AnswerList(const std::string& list, std::uint32_t entries, std::uint32_t capacity,
                     std::uint32_t* count, const Fill& fill) {
@@ -228,7 +228,7 @@ PFN_xrVoidFunction FindInstanceFunction(const std::string& name) {
     return found != functions.end() ? found->second : FindSessionFunction(name);
 }
 
-// The .def files of the libraries say which of these each one exports.
+// The .def files of the libraries list which of these each one exports.
 extern "C" {
 
 XrResult XRAPI_CALL xrGetInstanceProcAddr(XrInstance, const char* name, PFN_xrVoidFunction* function) {

@@ -1,4 +1,4 @@
-// What the parts of the scripted OpenXR runtime share.
+// Shared by the source files of the scripted OpenXR runtime.
 #pragma once
 
 #include <windows.h>
@@ -16,30 +16,30 @@
 
 #include "tests/lab/openxr/openxr_script.h"
 
-/// The script of the instance that lives, or of the next one.
+/// The script of the current instance, or of the next one.
 const OpenXrScript& CurrentScript();
 
-/// Reads the script named by VISTREL_LAB_OPENXR anew.
+/// Reads the script named by VISTREL_LAB_OPENXR again.
 void LoadScript();
 
 /// Adds a line to the file named by VISTREL_LAB_OPENXR_LOG; its first word is the function that was called.
 /// Then makes that function fail fatally when the script says so.
 void LogCall(const std::string& line);
 
-/// Notes a caller's mistake as a line that begins with "WRONG". Returns `right`.
+/// Logs a caller's mistake as a line that begins with "WRONG". Returns `right`.
 bool Expect(bool right, const std::string& what);
 
-/// Looks up what a runtime offers once it has an instance. Null when there is no such function.
+/// Looks up a function that needs an instance. Null when there is no such function.
 PFN_xrVoidFunction FindInstanceFunction(const std::string& name);
 PFN_xrVoidFunction FindSessionFunction(const std::string& name);
 
-/// Forgets everything about sessions; for a new instance.
+/// Resets everything about sessions, for a new instance.
 void ResetSession();
 
-/// Notes that the graphics requirements were asked for, which a session needs.
+/// Records that the graphics requirements were requested, which must happen before a session is created.
 void NoteRequirementsCall();
 
-/// A handle that stands for the `number`th object of its kind.
+/// A handle that represents the `number`th object of its kind.
 template <typename Handle>
 Handle MakeHandle(std::uintptr_t number) {
     return reinterpret_cast<Handle>(number);

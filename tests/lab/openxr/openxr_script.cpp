@@ -7,7 +7,7 @@
 
 namespace {
 
-/// The number of a session state's name; 0 for a name that is none.
+/// The number of a session state; 0 for an unknown name.
 int StateNumber(const std::string& name) {
     static const std::map<std::string, int> states = {
         {"idle", 1},    {"ready", 2},    {"synchronized", 3}, {"visible", 4},

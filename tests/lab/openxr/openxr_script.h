@@ -1,4 +1,4 @@
-// What the scripted OpenXR runtime is to do, from a text file of one statement a line. See README.md.
+// The behaviour of the scripted OpenXR runtime, from a text file with one statement per line. See README.md.
 #pragma once
 
 #include <array>
@@ -16,7 +16,7 @@ struct OpenXrScript {
         std::uint32_t height = 0;
     };
 
-    /// A session state, delivered in the drain of the event queue number `pass` (the first is 0).
+    /// A session state, delivered when the event queue is drained for time number `pass` (the first is 0).
     struct Event {
         int pass = 0;
         int state = 0;
@@ -32,11 +32,11 @@ struct OpenXrScript {
     std::uint64_t major = 1, minor = 0, patch = 0;
     std::vector<std::string> extensions = {"XR_KHR_D3D11_enable", "XR_EXT_hand_tracking",
                                            "XR_EXT_hand_tracking_data_source"};
-    std::set<std::string> missing;                ///< functions that are not there
-    std::map<std::string, std::int32_t> results;  ///< what a function answers without doing anything
+    std::set<std::string> missing;                ///< functions that do not exist
+    std::map<std::string, std::int32_t> results;  ///< results of functions that do nothing
     std::map<std::string, std::string>
         fatal_failures;                  ///< by function; the kinds are those of tests/lab/fatal_failure.h
-    std::set<std::string> nulls;         ///< functions that succeed and give out no handle
+    std::set<std::string> nulls;         ///< functions that succeed but return a null handle
     std::set<std::string> unterminated;  ///< "runtime", "extensions": names that fill their field
     std::map<std::string, std::uint32_t> claims;  ///< "views", "extensions": the count in the first call
     std::map<std::string, std::uint32_t> growth;  ///< the same: entries that appear before the second call
@@ -47,7 +47,7 @@ struct OpenXrScript {
     bool endless_events = false;
     int frame_milliseconds = 2;
     std::array<std::vector<HandChange>, 2> hands;  ///< left, right
-    std::vector<std::string> mistakes;             ///< lines that say nothing known
+    std::vector<std::string> mistakes;             ///< lines that are not valid statements
 
     bool Lacks(const std::string& function) const { return missing.count(function) != 0; }
     std::optional<std::int32_t> Result(const std::string& function) const;

@@ -17,12 +17,12 @@ struct SessionState {
     bool exists = false;
     bool running = false;
     bool frame_begun = false;
-    int pass = 0;  ///< drains of the event queue that are over
+    int pass = 0;  ///< completed drains of the event queue
     std::size_t next_event = 0;
-    int frames_waited = 0;  ///< waits that succeeded
+    int frames_waited = 0;  ///< successful waits
     int waits = 0;
     XrTime frame_time = 0;
-    std::set<std::string> logged;  ///< calls of the frame loop that the log has already
+    std::set<std::string> logged;  ///< frame loop calls that have been logged
 };
 
 SessionState state;
@@ -220,7 +220,7 @@ XrResult XRAPI_CALL EndFrame(XrSession session, const XrFrameEndInfo* info) {
     return static_cast<XrResult>(ScriptedResult("xrEndFrame").value_or(XR_SUCCESS));
 }
 
-/// Answers for a hand in the scripted `condition`.
+/// Returns the tracking result of a hand in the scripted `condition`.
 void FillHand(const std::string& condition, XrHandJointLocationsEXT* locations) {
     auto* source = static_cast<XrHandTrackingDataSourceStateEXT*>(locations->next);
     locations->isActive = condition != "away" ? XR_TRUE : XR_FALSE;

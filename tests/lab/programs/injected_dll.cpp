@@ -1,6 +1,5 @@
-// A DLL such as a modification of a game leaves beside a program, under the name of one of Windows' own.
-// Appends its path to the file that VISTREL_INJECTED_LOG names when it comes into a process; its functions
-// fail.
+// A DLL such as a game modification installs beside a program, with the name of a Windows DLL. Appends its
+// path to the file named by VISTREL_INJECTED_LOG when it is loaded; its functions fail.
 #include <windows.h>
 // windows.h first
 #include <d3d11.h>

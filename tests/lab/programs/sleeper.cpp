@@ -1,5 +1,5 @@
-// sleeper SECONDS: prints "ready", then does nothing for that long. Copied to another name it is a process of
-// that name.
+// sleeper SECONDS: prints "ready", then does nothing for that long. A copy under another name runs as a
+// process of that name.
 #include <windows.h>
 
 #include <cstdio>

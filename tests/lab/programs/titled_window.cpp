@@ -1,5 +1,5 @@
-// titled_window SECONDS TITLE [COUNT]: shows a window in the foreground for that long, its title TITLE, COUNT
-// times over. Prints "ready" once the window is in the foreground; ends with 1 when it does not get there.
+// titled_window SECONDS TITLE [COUNT]: shows a foreground window for that long, with COUNT times TITLE as its
+// title. Prints "ready" once the window is in the foreground; exits with 1 if it never is.
 #include <windows.h>
 
 #include <cstdio>
@@ -16,7 +16,7 @@ void HandleMessages() {
 }
 
 bool BringToForeground(HWND window) {
-    constexpr int kMostAttempts = 30'000;  // Ten minutes, and longer on a loaded machine.
+    constexpr int kMostAttempts = 30'000;  // Ten minutes, or longer on a busy machine.
     for (int i = 0; i < kMostAttempts && GetForegroundWindow() != window; ++i) {
         SetForegroundWindow(window);
         HandleMessages();
@@ -36,7 +36,7 @@ int wmain(int argument_count, wchar_t** arguments) {
         title += once;
     }
 
-    // A control as the window itself: no class of our own is needed.
+    // A predefined control class as the window, so that no class has to be registered.
     const HWND window = CreateWindowExW(0, L"STATIC", title.c_str(), WS_OVERLAPPEDWINDOW | WS_VISIBLE, 40, 40,
                                         320, 200, nullptr, nullptr, GetModuleHandleW(nullptr), nullptr);
     if (window == nullptr || !BringToForeground(window)) {
