@@ -33,13 +33,13 @@ def run_tool(install):
 
 @pytest.fixture(scope="module", autouse=True)
 def user_of_the_file():
-    """The tests of a file share a user whom no other file's tests know."""
+    """The tests of a file share a user that no other file uses."""
     with lab.new_user() as product_data:
         yield product_data
 
 
 @pytest.fixture
 def clean_user():
-    """A user of this test alone, for whom the product never ran: the product's data folder, which is not there yet."""
+    """A user only for this test, for whom the product has never run: the product's data folder, not created yet."""
     with lab.new_user() as product_data:
         yield product_data

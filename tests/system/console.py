@@ -1,7 +1,7 @@
-"""The tool on a console that behaves as Windows' own do, with a scripted person in front of it.
+"""The tool on a console that behaves like the one of Windows, with a scripted person.
 
-tests/lab/console has the console; what a script may say stands in its console_script.h, and what a record tells in
-console_host.h. test_terminal.py has the tool in a real terminal with Wine's console, which is kinder.
+The console is in tests/lab/console; console_script.h there documents the scripts and console_host.h the records.
+test_terminal.py runs the tool in a real terminal with Wine's console, which is more permissive.
 """
 
 import re
@@ -9,8 +9,8 @@ from dataclasses import dataclass
 
 import lab
 
-LEFT_ALONE = 98  # The exit code when the program waits for a person who does nothing more.
-ENDED_BY_CTRL_C = 0xC000013A & 0xFF  # Wine hands on the last byte.
+LEFT_ALONE = 98  # The exit code when the program waits for a person whose script has ended.
+ENDED_BY_CTRL_C = 0xC000013A & 0xFF  # Wine passes only the last byte.
 ESCAPE = re.compile(r"\\(?:x([0-9A-F]{2})|(.))")
 ENTRY = re.compile(r'(?:at ([0-9.]+) s )?([A-Za-z][A-Za-z -]*?)(?: "(.*)"| (0x[0-9A-F]+|[0-9]+))?')
 
@@ -52,7 +52,7 @@ def read_record(path):
 
 @dataclass
 class Sitting:
-    """What came of a run that a person sat in front of."""
+    """The result of a run with a scripted person."""
 
     run: lab.Run
     entries: list
@@ -63,14 +63,14 @@ class Sitting:
         return "".join(entry.text for entry in self.entries if entry.what in ("write", "echo"))
 
     def of(self, what):
-        """What the entries of a kind tell, in order."""
+        """The values of the entries of a kind, in order."""
         return [entry.text if entry.text is not None else entry.number for entry in self.entries if entry.what == what]
 
     def happened(self, what):
         return any(entry.what == what for entry in self.entries)
 
     def left_as(self, what, found):
-        """The value in the end of what the program found as `found`."""
+        """The final value of a setting that was `found` at the start."""
         return (self.of(what) or [found])[-1]
 
 

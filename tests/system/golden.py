@@ -1,7 +1,7 @@
-"""Comparing whole texts with files that a person has reviewed.
+"""Compares whole texts with reviewed files.
 
-What depends on the machine that the tests run on is masked on both sides; all else is compared to the blank.
-VISTREL_UPDATE_GOLDEN=1 writes the files anew; review the difference before committing it.
+What depends on the machine that the tests run on is masked on both sides; everything else is compared exactly.
+VISTREL_UPDATE_GOLDEN=1 rewrites the files; review the difference before committing it.
 """
 
 import difflib
@@ -11,7 +11,7 @@ import re
 
 FOLDER = pathlib.Path(__file__).resolve().parent / "golden"
 
-# Lines that tell of the machine the tests run on.
+# Lines that describe the machine the tests run on.
 HOST_MASKS = [
     (r"^(OS              : )\S.* \(build \d+\.\d*\)$", r"\1<os> (build <n>.<n>)"),
     (r"^(CPU             : )\S.* \(\d+ logical\)$", r"\1<cpu> (<n> logical)"),

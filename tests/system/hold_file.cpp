@@ -1,7 +1,6 @@
-// Holds a file open for writing until its standard input ends, as another program would that uses the file
-// just then.
+// Holds a file open for writing until its standard input ends, like another program that is using the file.
 //
-//     hold_file PATH none|read|write        what others may do with the file meanwhile
+//     hold_file PATH none|read|write        how the file is shared with others meanwhile
 #include <windows.h>
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-"""Whole runs of the finished tool: an install folder, a run of the unmodified exe in it, and what came of it.
+"""Whole runs of the finished tool: an install folder, a run of the unmodified exe in it, and its result.
 
 README.md in this folder shows how a test uses this.
 """
@@ -22,16 +22,16 @@ SHADERS = {
 }
 REPORT_NAME = "vistrel_diag_report.txt"
 
-# How long a program may go without an end before it counts as hanging. Far more than any takes on a loaded machine: no
-# test is there to measure this.
+# How long a program may run before it counts as hanging. Far longer than any takes on a busy machine; this is not a
+# performance limit.
 HANGING_SECONDS = 900
 
-# Cheap for a run whose subject is not measured: no prompt, no model, no time spent on capturing.
+# Options for runs that need no measurements: no prompts, no models, no capture time.
 CHEAP = ("--quick", "--no-models", "--capture-seconds", "0")
 
 
 def windows_path(path):
-    """The path as a Windows program under Wine knows it."""
+    """The path as a Windows program under Wine sees it."""
     path = pathlib.Path(path)
     drive_c = pathlib.Path(os.environ["WINEPREFIX"]) / "drive_c"
     if path.is_relative_to(drive_c):
@@ -41,7 +41,7 @@ def windows_path(path):
 
 @contextlib.contextmanager
 def user_with(local_data):
-    """Programs that are run while the block lasts have this folder as their user's local application data."""
+    """Programs started inside the block use this folder as their user's local application data."""
     before = os.environ["VISTREL_LAB_LOCAL_DATA"]
     os.environ["VISTREL_LAB_LOCAL_DATA"] = windows_path(local_data)
     try:
@@ -67,7 +67,7 @@ def new_user():
 
 @dataclass
 class Run:
-    """What came of one run."""
+    """The result of one run."""
 
     exit_code: int
     console: bytes
@@ -105,7 +105,7 @@ def header(title):
 
 
 class Install:
-    """A folder with the tool, and what else the test puts beside it."""
+    """A folder with the tool, and the files that the test adds to it."""
 
     def __init__(self, folder):
         self.folder = pathlib.Path(folder)
@@ -170,7 +170,7 @@ def environment(**more):
 
 
 def run_program(command, stdin=b"", cwd=None, env=None, timeout=HANGING_SECONDS):
-    """Runs a command; what it started ends with it when it takes too long."""
+    """Runs a command; kills it and everything it started when it takes too long."""
     process = subprocess.Popen(
         [str(part) for part in command],
         stdin=subprocess.PIPE,
@@ -193,7 +193,7 @@ def run_program(command, stdin=b"", cwd=None, env=None, timeout=HANGING_SECONDS)
 
 
 def simulated(scenario, scratch):
-    """The command's front and the environment that put a program on a simulated machine."""
+    """The command prefix and the environment that run a program on a simulated machine."""
     launcher = BUILD / "tests" / "lab" / "vistrel_lab.exe"
     counts_file = scratch / "counts.txt"
     forget_counts(counts_file)
@@ -234,11 +234,11 @@ def run_tool(
     clean=True,
     dies=False,
 ):
-    """Runs the tool, on a simulated machine when a scenario is given, else on Wine's own.
+    """Runs the tool, on a simulated machine when a scenario is given, otherwise on Wine's own.
 
-    A run on a simulated machine must leave no simulated object alive and no handle open, and do nothing that a program
-    may not do with a duplicated desktop, unless `clean` is False. One that `dies` says nothing of that. The input ends
-    after `stdin`, which answers every prompt by "go on".
+    A run on a simulated machine must release every simulated object, close every handle and follow the rules of desktop
+    duplication, unless `clean` is False. With `dies` the run leaves no counts to check. The input ends after `stdin`,
+    which means "continue" at every prompt.
     """
     scratch = scratch or install.folder.parent
     front, more, counts_file = [], {}, None

@@ -1,4 +1,4 @@
-"""Runs in front of the scripted OpenXR runtime of tests/lab/openxr, through the genuine loader.
+"""Runs with the scripted OpenXR runtime of tests/lab/openxr, through the genuine loader.
 
     headset = openxr.connect(install, "view 2016 2240\\nluid 00000000:00012C3D\\n")
     run = run_tool(*lab.CHEAP, scenario="hybrid-laptop", env=headset.env)
@@ -20,7 +20,7 @@ class Headset:
     log: pathlib.Path
 
     def calls(self):
-        """What the runtime was asked, a line a call. Fails when the tool used the runtime wrongly."""
+        """The calls of the runtime, one per line. Fails when the tool used the runtime incorrectly."""
         lines = self.log.read_text(encoding="utf-8").splitlines() if self.log.exists() else []
         assert not [line for line in lines if line.startswith("WRONG")], "\n".join(lines)
         return lines

@@ -43,7 +43,7 @@ def in_foreground(folder, name, title):
 
 @contextlib.contextmanager
 def held(path, share):
-    """Another program has the file open meanwhile, and shares it with others for "none", "read" or "write"."""
+    """Another program has the file open inside the block, shared with others for "none", "read" or "write"."""
     holder = subprocess.Popen(
         [lab.ROOT / "scripts" / "wine", lab.BUILD / "tests" / "system" / "hold_file.exe", lab.windows_path(path), share],
         stdin=subprocess.PIPE,
@@ -75,7 +75,7 @@ def gpu_preferences(values):
 
 
 def _forget_preferences():
-    """A test that was killed may have left its own."""
+    """A test that was killed may have left some."""
     _registry("delete", PREFERENCES, "/f")
     exit_code, output, errors = _registry("query", PREFERENCES)
     assert exit_code != 0, (output, errors)

@@ -1,4 +1,4 @@
-"""A sitting at the scripted console as frames: what stood in the window whenever the run let the person look."""
+"""A run at the scripted console as frames: the contents of the window at each pause."""
 
 import html
 import re
@@ -7,7 +7,7 @@ from dataclasses import dataclass
 
 import terminal
 
-REST = 0.1  # Seconds without a change of the window, after which it counts as looked at.
+REST = 0.1  # Seconds without a change of the window, after which it becomes a frame.
 SEQUENCE = re.compile("\x1b\\]9;4;([0-9]);([0-9]+)\x1b\\\\")
 
 
@@ -44,7 +44,7 @@ class Window:
 
 
 def is_progress(entry):
-    """Whether it shows what is measured now, which the next line takes the place of."""
+    """Whether it shows the current measurement, which the next line replaces."""
     return entry.what == "write" and entry.text.endswith(" ...\r") and not entry.text.startswith("  measuring ")
 
 

@@ -1,7 +1,7 @@
 """Which tests may be skipped, and on which machines.
 
-A test that is skipped where it should run fails. What was rightly skipped is told at the end of ./test with its reason:
-VISTREL_SKIPPED names the file that collects it.
+A test that is skipped where it should run fails. Allowed skips are listed with their reasons at the end of ./test:
+VISTREL_SKIPPED names the file that collects them.
 """
 
 import os
@@ -9,7 +9,7 @@ import pathlib
 
 import pytest
 
-CAP_SYS_ADMIN = 21  # Linux's number of the right to mount.
+CAP_SYS_ADMIN = 21  # Linux's number of the capability to mount.
 
 
 def may_mount():

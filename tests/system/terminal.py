@@ -1,7 +1,7 @@
-"""The tool in a terminal: a person's keys go in through a pseudo-terminal, and what stands on the screen is read.
+"""The tool in a terminal: keys are sent through a pseudo-terminal, and the screen is read.
 
-Wine's console draws its window with escape sequences and answers keys as Windows' does: it edits the line, echoes it, and
-makes Ctrl-C an event.
+Wine's console draws its window with escape sequences and handles keys like the one of Windows: it edits the line,
+echoes it, and turns Ctrl-C into an event.
 """
 
 import codecs
@@ -19,7 +19,7 @@ SEQUENCE = re.compile(r"\x1b\[([?0-9;]*)([A-Za-z])|\x1b\][^\x07\x1b]*(?:\x07|\x1
 
 
 class Screen:
-    """As much of a terminal as Wine's console asks for. Keeps every row that was ever written."""
+    """The parts of a terminal that Wine's console uses. Keeps every row that was ever written."""
 
     def __init__(self):
         self.rows = [[]]
@@ -39,7 +39,7 @@ class Screen:
                     self.shown.append("".join(self.rows[self.row]).rstrip())
                 continue
             match = SEQUENCE.match(text, position)
-            if match is None:  # Not yet whole.
+            if match is None:  # Incomplete so far.
                 self.rest = text[position:]
                 return
             if match[2]:
@@ -90,7 +90,7 @@ class Screen:
 
 
 class Terminal:
-    """A run of the tool that a person sits in front of; ends with the `with` block."""
+    """A run of the tool with a person at the terminal; ends with the `with` block."""
 
     def __init__(self, install, *arguments, scenario=None, env=None):
         front, more = [], {}
@@ -116,7 +116,7 @@ class Terminal:
         self.child.close(force=True)
 
     def read(self):
-        """Takes in what has come within a tenth of a second. False at the program's end."""
+        """Reads the output of a tenth of a second. False at the program's end."""
         try:
             self.screen.feed(self.decoder.decode(self.child.read_nonblocking(65536, 0.1)))
         except pexpect.TIMEOUT:
@@ -126,7 +126,7 @@ class Terminal:
         return True
 
     def wait_for(self, text, seconds=lab.HANGING_SECONDS):
-        """Reads on until the text stands on the screen, below what was waited for before."""
+        """Reads until the text is on the screen, below the text of the previous wait."""
         deadline = time.monotonic() + seconds
         alive = True
         while text not in self.screen.text()[self.seen :]:

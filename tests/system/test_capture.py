@@ -1,4 +1,4 @@
-"""The desktop's frame rate on simulated machines: every answer of duplication, losses, formats, other GPUs.
+"""The desktop's frame rate on simulated machines: every result of duplication, losses, formats, other GPUs.
 
 The scenarios' clocks are scripted, so every figure is exact.
 """

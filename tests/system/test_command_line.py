@@ -1,4 +1,4 @@
-"""What the options do to a whole run. How each text is read is shown by the unit tests."""
+"""The options in whole runs. The unit tests cover how each value is parsed."""
 
 import pytest
 

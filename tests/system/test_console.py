@@ -1,4 +1,4 @@
-"""A person at a console that behaves as Windows' own do: what Wine's is too kind to show."""
+"""A person at a console that behaves like the one of Windows: cases that Wine's console hides."""
 
 import re
 
@@ -11,14 +11,14 @@ import programs
 import terminal
 from test_guided_run import HANDS, PART_TWO, READY
 
-GUIDED = ("--no-models", "--capture-seconds", "0")  # Nothing is measured: the prompts are the subject.
+GUIDED = ("--no-models", "--capture-seconds", "0")  # No measurements, only the prompts.
 CLOSE = "\r\nPress Enter to close.\r\n"
 FOUND = {"input mode": 0x1F7, "output mode": 0x3, "code page": 850, "title": "C:\\vistrel_diag.exe"}
 CONTROL_C = "the user stopped it with Ctrl-C"
 
 
 def sit(install, *steps, scenario=None, dies=False, **options):
-    """On the real clock where the run dies: two threads that end it wait for each other then."""
+    """On the real clock if the run crashes: two threads that end it then wait for each other."""
     flat = [part for step in steps for part in (step if isinstance(step, list) else [step])]
     scenario = scenario or ("device-fails" if dies else lab.patient("device-fails"))
     return console.sit(install, *GUIDED, steps=flat, scenario=scenario, dies=dies, **options)
@@ -55,7 +55,7 @@ def test_control_c_at_the_first_prompt_starts_nothing(install, delay):
 
 
 def test_control_c_in_the_wait_for_the_product_leaves_an_older_report_alone(install, tmp_path):
-    """The opening lines stand on the console by then; nothing has been found."""
+    """The opening lines are on the console by then; nothing has been found."""
     install.write(lab.REPORT_NAME, "older")
     with programs.asleep(tmp_path, "Vistrel.exe"):
         sitting = sit(
@@ -123,7 +123,7 @@ def test_quick_edit_is_off_while_the_run_lasts(install):
 
 
 def test_the_modes_of_another_program_are_restored(install):
-    """One that reads single keys, without quick-edit and with a code page of its own."""
+    """A console that reads single keys, without quick-edit and with another code page."""
     found = {"input mode": 0x99, "output mode": 0x7, "code page": 437, "title": "mine"}
     settings = {name.replace(" ", "_"): value for name, value in found.items()}
     sitting = sit(install, *whole_run(), settings=settings)

@@ -272,7 +272,7 @@ def test_missing_and_oversized_models(genuine, run_tool, tmp_path):
 
 
 def test_a_runtime_that_refuses_is_queried_once(stand_in, run_tool):
-    """Each refusal is a line on the console of whoever runs the tool."""
+    """Each refusal prints a line on the user's console."""
     run = run_tool(*QUICK, scenario=ONE_GPU, env={"VISTREL_ONNX_STAND_IN": "old"})
     assert run.section(TITLE).count("which does not offer API version 24") == len(NAMES)
     assert run.errors.count(b"API version 24 is refused") == 1

@@ -48,7 +48,7 @@ def displays(run_tool, scenario):
             "mirror-and-detached",
             ["* \\\\.\\DISPLAY1   : 1920x1080 @ 60 Hz  -> driven by GPU 0 (NVIDIA GeForce RTX 3070)"],
         ),
-        # The first adapter is not listed: its display is nobody's, and the next GPU counts as position 0.
+        # The first adapter is not listed: no GPU owns its display, and the next GPU counts as position 0.
         (
             "failing-description",
             [

@@ -1,7 +1,7 @@
-"""Every machine of tests/lab/scenarios with a whole installation in front of a scripted headset, once quickly and once
-guided: the run comes to its ordinary end and writes its whole report.
+"""Every machine of tests/lab/scenarios with a whole installation and a scripted headset, once as a quick run and once
+as a guided run: the run ends normally and writes its whole report.
 
-A build that traps at undefined behaviour ends otherwise where there is any: VISTREL_BUILD names it.
+VISTREL_BUILD may name a build that traps on undefined behaviour; its runs would end differently if there is any.
 """
 
 import pytest
@@ -11,7 +11,7 @@ import openxr
 
 SCENARIOS = sorted(path.stem for path in lab.SCENARIOS.glob("*.txt"))
 HEADSET = "runtime SteamVR/OpenXR\nversion 2.9.6\nview 2016 2240\nview 2016 2240\n"
-# Runs on a real clock are no longer than they must be; on a scripted one it does not matter.
+# Runs on a real clock are as short as possible; on a scripted one it does not matter.
 SHORT = ("--no-models", "--capture-seconds", "0.5")
 
 

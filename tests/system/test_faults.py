@@ -154,7 +154,7 @@ def test_an_unlisted_import_is_reported(healthy):
     ]
 
 
-# Made, and never to be given back one by one.
+# Created, but never released one by one.
 NO_HANDLE = {
     "CreateDirectoryA": "makes a folder",
     "CreateDirectoryW": "makes a folder",

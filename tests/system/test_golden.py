@@ -13,7 +13,7 @@ STAND_IN_RUNTIME = lab.BUILD / "tests" / "lab" / "onnx" / "whole" / "onnxruntime
 MODELS = lab.BUILD / "models"
 MODELS_AT_60_NS = {"VISTREL_ONNX_STAND_IN": "pixel-takes=60"}
 MODELS_AT_20_NS = {"VISTREL_ONNX_STAND_IN": "pixel-takes=20"}
-# Whatever window stands in front at that moment, if any.
+# The foreground window at that moment, if any.
 NO_WINDOW = [(r"^Foreground app  : .*\n", "")]
 
 
@@ -66,7 +66,7 @@ def test_hybrid_laptop_with_the_headset_on_the_other_gpu(vistrel_install, clean_
 
 
 def test_reshade_user(vistrel_install, clean_user, run_tool):
-    """Depth comes from ReShade, which was installed on the product in place of the game."""
+    """Depth comes from ReShade, which was installed for the product instead of the game."""
     vistrel_install.write("settings.json", '{"vistrel_depth_mode": 1, "vistrel_scale": 1.5, "theme": "dark"}')
     vistrel_install.write("ReShade.ini", "")
     env = programs.add_proxy_dlls(vistrel_install, "opengl32.dll")
@@ -86,7 +86,7 @@ def test_captured_by_another_program(vistrel_install, clean_user, run_tool, tmp_
     golden.check("captured-by-another-program.txt", run.report_text, vistrel_install, NO_WINDOW)
 
 
-# Nobody waits for the countdown: the desktop PC's clock is scripted.
+# The countdown takes no time: the desktop PC's clock is scripted.
 @pytest.mark.parametrize(
     "name, answers",
     [("guided-run", b"\n\n\n\n"), ("guided-run-end-of-input", b""), ("guided-run-part-2-skipped", b"s\ns\n")],

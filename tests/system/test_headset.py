@@ -42,7 +42,7 @@ def test_without_a_runtime_the_loader_prints_nothing(run_tool, install):
     run = run_tool(*lab.CHEAP, scenario="hybrid-laptop", env=headset.env)
     message = "No OpenXR runtime accepted an instance (SteamVR not running?) - OpenXR skipped."
     assert run.section(TITLE) == message
-    # What the capture says there is all that stands there.
+    # It contains only the capture's message.
     assert [line for line in run.errors.splitlines() if not line.startswith(b"[ScreenCaptureDxgi] ")] == []
     header = lab.header(TITLE)
     assert f"\n{header}\n{message}\n\n{lab.header('BENCHMARK SETUP')}\n" in run.console_text
@@ -56,7 +56,7 @@ def test_headset_on_the_gpu_of_the_panel(run_tool, install):
         "Eye resolution  : 2016x2240 per eye (runtime recommendation)\n"
         "Required GPU    : LUID 00000000:00011A2B -> GPU 0 (Intel(R) Iris(R) Xe Graphics)"
     )
-    # Not the larger one: the runtime has the word.
+    # Not the larger one: the runtime decides.
     assert setup_lines(run) == ["Benchmark GPU   : GPU 0 (Intel(R) Iris(R) Xe Graphics)", REQUIRED]
     assert headset.calls()[-2:] == ["xrDestroyInstance", "unloaded"]
 
@@ -117,7 +117,7 @@ def test_part_two_with_everything(run_tool, install):
     assert openxr.probe_report("controller_to_bare") in run.report_text
     text = run.report_text
     part_two = text[text.index(lab.header("PART 2 - HEADSET ON, GAME RUNNING")) : text.index(lab.header("VERDICT"))]
-    foreground = (r"^Foreground app  : .*\n", "")  # Whatever window stands in front at that moment, if any.
+    foreground = (r"^Foreground app  : .*\n", "")  # The foreground window at that moment, if any.
     measured = (r"^(Frame rate reaching the capture: ).*( at \d+x\d+\))$", r"\1<rate>\2")
     golden.check("part_two_with_everything.txt", part_two, install, [foreground, measured])
     assert text.index(lab.header(TITLE)) < text.index(lab.header("BENCHMARK SETUP"))

@@ -62,7 +62,7 @@ def mounted(folder, options):
 
 @contextlib.contextmanager
 def reached_as(letter, folder):
-    """The folder is a drive's root meanwhile."""
+    """The folder is a drive's root inside the block."""
     link = pathlib.Path(os.environ["WINEPREFIX"]) / "dosdevices" / letter
     link.unlink(missing_ok=True)  # Left by a test that was killed.
     link.symlink_to(folder)
@@ -140,7 +140,7 @@ def fill(folder, left):
 
 @pytest.mark.parametrize("left", [0, 4096], ids=["nothing left", "room for a part"])
 def test_full_disk(ordinary, tmp_path, left):
-    """What cannot be written is missing in the file, and the person is told so."""
+    """The file lacks what could not be written, and the console says so."""
     folder = tmp_path / "install"
     with mounted(folder, "size=8m"):
         install = furnish(folder)
@@ -193,7 +193,7 @@ def test_root_of_a_drive(ordinary, tmp_path):
     assert texts(run, install) == ordinary
 
 
-# Wine finds a share, but tells a program that lies there a path that Windows never would: so the machine tells it.
+# Wine finds a share, but gives a program there a path that Windows never would, so the machine provides the path.
 @pytest.mark.parametrize(
     "share", ["\\\\server\\Tools %s", "\\\\?\\UNC\\server\\Tools %s"], ids=["a share", "a share in its long form"]
 )
@@ -279,7 +279,7 @@ def test_other_dlls_beside_the_tool_are_reported_but_not_loaded(ordinary, tmp_pa
     install = furnish(tmp_path / "install")
     environment = programs.add_proxy_dlls(install, *PROXY_DLLS, content=FOREIGN_FILES[kind]())
     if kind == "empty":
-        install.write("version.dll", FOREIGN_FILES["cut short"]())  # Wine loads its own in place of no empty file.
+        install.write("version.dll", FOREIGN_FILES["cut short"]())  # Wine does not replace an empty file by its own.
     loaded = tmp_path / "loaded.txt"
     environment["VISTREL_INJECTED_LOG"] = lab.windows_path(loaded)
     run = lab.run_tool(install, *QUICK, scenario=MACHINE, env=environment)

@@ -1,4 +1,4 @@
-"""A run that a runtime, a model or a driver brings down leaves the report as far as it came, and one line that says so."""
+"""A run that a runtime, a model or a driver crashes leaves the report so far, and one line that says so."""
 
 import re
 from dataclasses import dataclass
@@ -16,7 +16,7 @@ HANDS = "HAND TRACKING (bare hand vs controller)"
 CAPTURE = "SCREEN CAPTURE"
 WARP = "STEREO WARP COST  (both eyes, one headset frame)"
 PLACE = "\nThe lines found so far are in vistrel_diag_report.txt; please send that file.\n"
-# In which module the lab lets it happen, and what Windows calls it.
+# The module in which the lab crashes, and Windows' name for the crash.
 CRASHED = "the program crashed in {} ({}, 0x{:08X})"
 MACHINE_MODULE, RUNTIME_MODULE = "vistrel_lab_machine.dll", "scripted_runtime.dll"
 CRASHED_IN_DRIVER = CRASHED.format(MACHINE_MODULE, "access violation", 0xC0000005)
@@ -71,7 +71,7 @@ class Ground:
 
 
 def ground(folder, prepare=lambda install: {}, arguments=QUICK, **options):
-    """`prepare` furnishes the folder and returns the environment."""
+    """`prepare` fills the folder and returns the environment."""
     install = lab.Install(folder / "install")
     run = lab.run_tool(install, *arguments, scenario=MACHINE, env=prepare(install), **options)
     return Ground(install, run.report)
@@ -178,7 +178,7 @@ def test_crash_at_a_terminal_restores_the_code_page(machine, kind, cause):
 
 
 def test_a_gpu_that_never_responds(tmp_path):
-    """After twenty seconds the person is told that Ctrl-C keeps the report, and it does."""
+    """After twenty seconds the console says that Ctrl-C keeps the report, and it does."""
     install = lab.Install(tmp_path / "install")
     install.add_shader("trivial")
     person = Ground(install, b"")

@@ -96,7 +96,7 @@ def test_guided_run_continues_when_the_product_has_closed(tmp_path, install):
         console += tool.stdout.read()
         assert tool.wait() == 0
     text = console.decode("utf-8").replace("\r\n", "\n")
-    # The fourth dot when the product took more than the rest of its second to end.
+    # A fourth dot appears if the product needs longer than the rest of its second to end.
     assert re.search(re.escape(WAITING) + r"\.{3,4}" + re.escape(CLOSED), text), text
     report = lab.Run(0, console, b"", install.report.read_bytes())
     assert section(report) == NOTHING

@@ -1,6 +1,6 @@
 """The settings file and the product's log, found, applied and quoted by the finished tool.
 
-The user of these tests has letters in the name of the data folder that no single-byte code page holds together.
+The name of this user's data folder contains characters that no single-byte code page has together.
 """
 
 import lab
@@ -40,7 +40,7 @@ def local_data(tmp_path):
 
 @pytest.fixture
 def user_data(local_data):
-    """The product's folder in it, which is not there yet."""
+    """The product's folder in it, which does not exist yet."""
     return local_data / "Vistrel"
 
 
@@ -51,7 +51,7 @@ def write(path, content):
 
 
 def applied(run):
-    """The path of the settings file and the screen scale, as the section tells them."""
+    """The path of the settings file and the screen scale, as printed in the section."""
     lines = dict(line.split(":", 1) for line in run.section(IN_EFFECT).split("\n") if ":" in line)
     return lines["settings.json   "].strip(), lines["Screen scale    "].split()[0]
 

@@ -16,7 +16,7 @@ def symbolized(*arguments):
 
 @pytest.fixture
 def crashed(tmp_path):
-    """The report of a program that has died of an access violation in its own code."""
+    """The report of a program that has crashed with an access violation in its own code."""
     environment = lab.environment(VISTREL_RESCUE_VICTIM_FOLDER=lab.windows_path(tmp_path))
     command = [lab.ROOT / "scripts" / "wine", lab.windows_path(VICTIM), "access-violation"]
     lab.run_program(command, cwd=tmp_path, env=environment)

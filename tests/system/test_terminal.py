@@ -1,7 +1,7 @@
 """The guided run in a terminal, as a person drives it, and Ctrl-C in the middle of it.
 
-Wine's console shows no blanks at the end of a line. One run sits out every second of the countdown; in the others on a
-simulated machine it takes no time.
+Wine's console shows no blanks at the end of a line. One run waits for every second of the countdown; in the
+others, on a simulated machine, it takes no time.
 """
 
 import itertools
@@ -13,7 +13,7 @@ import lab
 import terminal
 from test_guided_run import BANNER, HANDS, HANDS_SECTION, INSTRUCTIONS, PART_TWO, READY, closing, prompt, without
 
-# Nothing is measured: the prompts are the subject.
+# No measurements, only the prompts.
 GUIDED = ("--no-models", "--capture-seconds", "0")
 START = prompt(READY)
 HEADSET = prompt(PART_TWO)

@@ -26,7 +26,7 @@ adapter NVIDIA GeForce RTX 3070
 
 
 def failure(run):
-    """The compiler's or the loader's words in the two lines that tell of them."""
+    """The compiler's or the loader's message from the two lines that contain it."""
     text = run.section(SECTION)
     first = "!! stereo_warp.hlsl could not be compiled: "
     assert text.startswith(first) and text.endswith(ADVICE), text
@@ -34,7 +34,7 @@ def failure(run):
 
 
 def broken(name):
-    """A shader whose compilation fails by a name that tells which file it was."""
+    """A shader whose compilation fails with a name that identifies the file."""
     return f"float4 PSMain() : SV_Target\n{{\n    return {name};\n}}\n"
 
 

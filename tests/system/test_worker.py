@@ -1,4 +1,4 @@
-"""What crashes or hangs while it is asked costs its own section: the rest of the report is that of an ordinary run.
+"""A crash or hang in a worker affects only its own section: the rest of the report is that of an ordinary run.
 
 A few cases of each kind by default. All kinds at all calls, for a night:
 
@@ -28,7 +28,7 @@ MACHINE = lab.patient("frames-60")
 VIEW = "view 2016 2240\n"
 EVERY_DEATH = "VISTREL_EVERY_DEATH" in os.environ
 
-# What is done to a function, and what the report then says of the one that was asked; %s is the module's name.
+# What happens in a function, and what the report then says about the worker; %s is the module's name.
 DEATHS = {
     "crash": "crashed in %s (access violation, 0xC0000005)",
     "crash_elsewhere": "crashed in %s (access violation, 0xC0000005)",
@@ -106,7 +106,7 @@ def test_openxr_runtime(headset, kind, call):
 
 
 def test_both_queries_of_a_guided_run(headset):
-    """Part 2 asks again, in a process of its own."""
+    """Part 2 repeats the query in another process."""
     install, _, _ = headset
     runtime = openxr.connect(install, f"{HEADSET_SCRIPT}crash xrGetSystem\n")
     runtime.log.unlink()
@@ -119,7 +119,7 @@ def test_both_queries_of_a_guided_run(headset):
 def test_ctrl_c_ends_both_processes_during_the_query(headset):
     install, _, _ = headset
     runtime = openxr.connect(install, f"{HEADSET_SCRIPT}hang xrGetSystem\n")
-    scenario = MACHINE.replace("clock scripted\n", "")  # So that the silence lasts.
+    scenario = MACHINE.replace("clock scripted\n", "")  # On the real clock, so that the hang takes time.
     with terminal.Terminal(install, *QUICK[1:], scenario=scenario, env=runtime.env) as person:
         person.answer(on_screen(prompt(READY)), "\r")
         person.answer("Run this tool again - the log will be quoted here.\n", terminal.CONTROL_C)
@@ -130,7 +130,7 @@ def test_ctrl_c_ends_both_processes_during_the_query(headset):
 
 
 def test_the_query_runs_in_the_tool_when_no_child_can_be_started(headset):
-    """Then the runtime is asked in the process itself, and the report is the ordinary one."""
+    """Then the query runs in the process itself, and the report is the ordinary one."""
     install, awake, _ = headset
     runtime = openxr.connect(install, HEADSET_SCRIPT)
     for function in (
@@ -149,8 +149,8 @@ def test_the_query_runs_in_the_tool_when_no_child_can_be_started(headset):
         assert not lab.files_of_processes(install.folder.parent / "counts.txt")[1:], function
 
 
-MODEL = 6  # The preset that dies. In a new process as many calls as before it are not made any more.
-# What ONNX Runtime is asked for one model, in this order, and how often.
+MODEL = 6  # The preset that crashes. A new process does not repeat the calls before it.
+# The calls of ONNX Runtime for one model, in this order, and how often each is made.
 TABLE_CALLS = {
     "CreateEnv": 1,
     "SetLanguageProjection": 1,
@@ -200,7 +200,7 @@ def run_models(install, orders, arguments=ALL_MODELS):
 
 @pytest.mark.parametrize("kind, entry", cases(TABLE_CALLS if EVERY_DEATH else FEW_TABLE_CALLS, "Run"))
 def test_model(models, kind, entry):
-    """The model's row says it, and the next one is timed in a new process."""
+    """The model's row reports it, and the next one is timed in a new process."""
     install, ordinary = models
     run = run_models(install, f"{kind}={entry} call={MODEL * TABLE_CALLS[entry] + 1}")
     assert run.exit_code == 0
@@ -220,7 +220,7 @@ def test_configured_model(models, kind):
 
 
 def test_model_library_that_crashes_while_it_is_loaded(models):
-    """Windows makes of an exception in there that the library cannot be loaded; of other ends it makes nothing."""
+    """Windows turns an exception in DllMain into a failed load, but no other kind of crash."""
     install, _ = models
     assert run_models(install, "crash=DllMain").section(MODELS) == NO_RUNTIME
     run = run_models(install, "terminate=DllMain")

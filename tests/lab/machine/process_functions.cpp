@@ -95,7 +95,7 @@ BOOL WINAPI SimulatedCreateProcessW(LPCWSTR program, LPWSTR command_line, LPSECU
                                     LPVOID environment, LPCWSTR folder, LPSTARTUPINFOW startup,
                                     LPPROCESS_INFORMATION information) {
     if (process != nullptr || thread != nullptr || inherit == FALSE || environment != nullptr ||
-        folder != nullptr) {  // Not called by the program so far.
+        folder != nullptr) {  // Not used by the program so far.
         SetLastError(ERROR_NOT_SUPPORTED);
         return FALSE;
     }
