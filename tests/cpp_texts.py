@@ -1,4 +1,4 @@
-"""Reads C++ as far as finding its texts takes: tokens, and what each of them stands in."""
+"""Reads C++ far enough to find its texts: tokens, and what encloses each of them."""
 
 import re
 from dataclasses import dataclass
@@ -37,8 +37,8 @@ def unescaped(inner):
 
 
 def tokens_of(source):
-    """The tokens of C++ source, with adjacent texts made one as the compiler does. Wide texts are left out: they name
-    things of Windows."""
+    """The tokens of C++ source, with adjacent texts made one as the compiler does. Wide texts are left out: they are
+    for Windows."""
     result, glued = [], False
     for match in TOKEN.finditer(source):
         if match["comment"] or match["directive"]:
@@ -65,7 +65,7 @@ def tokens_of(source):
 
 
 def enclosing(tokens):
-    """For every token the calls and blocks it stands in: a list of (opening sign, index of the opening token)."""
+    """For every token the calls and blocks around it: a list of (opening sign, index of the opening token)."""
     stack, result = [], []
     for index, token in enumerate(tokens):
         if token.kind == "sign" and token.value in (")", "]", "}") and stack:

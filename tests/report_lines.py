@@ -6,7 +6,7 @@
 
 The lines are read from the tool's sources: the format of every Report::Line and title of every Report::Section, and each
 other text there that is written for a reader and can reach one of them through a %s. A test proves a line when the line,
-with its placeholders filled in, stands in a text that the test compares with: inside an assertion, in a constant, table
+with its placeholders filled in, is part of a text that the test compares with: inside an assertion, in a constant, table
 or helper that an assertion uses, or in a golden file. A text in a comment, one that only feeds the code under test, or one
 that is asserted not to be there proves nothing, and neither does a test that no build runs.
 """
@@ -22,7 +22,7 @@ from cpp_texts import called, calls_around, enclosing, tokens_of
 
 ROOT = pathlib.Path(__file__).resolve().parents[1]
 SHOWN_TESTS = 3
-HOLE = "\0"  # What stands in a test's text for a part that is computed.
+HOLE = "\0"  # Represents a computed part in a test's text.
 
 # Calls whose texts reach the console or the standard error stream alone.
 NOT_REPORTED = {"ConsolePrint", "AskContinue", "WaitForEnter", "Show", "ShowSecondsLeft", "Log", "LogInfo", "LogWarning"}
@@ -164,7 +164,7 @@ def start_of_call(tokens, opening):
 
 
 def is_negated(tokens, places, index, known):
-    """Whether what stands here is asserted not to be, or not to be so."""
+    """Whether a text here is asserted to be absent or different."""
     for sign, opening in places[index]:
         if sign != "(":
             continue

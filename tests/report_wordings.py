@@ -5,7 +5,7 @@
 
 takes each line that the sources can print, fills in its placeholders and asks DRIVER, a program around the reading of
 reports, whether it is understood in its section; the same line with one letter changed must not be. So a wording that is
-changed in a print alone fails here. The same goes for each text that stands in place of a placeholder.
+changed in a print alone fails here. The same applies to each text that can replace a placeholder.
 """
 
 import itertools
@@ -69,7 +69,7 @@ PLACES = {
     ">>> The depth map cannot keep up": ("1", "VERDICT", "The AI model costs 2.00 ms per inference, and would run about 1 times a second (capped by the FPS limit)."),
 }
 
-# What stands in place of each %s, for lines with several of them.
+# The texts for each %s, for lines with several of them.
 VALUES = {
     "VRAM %s:": ["while the game is running"],
     "XR_EXT_hand_tracking": ["present"],
@@ -107,7 +107,7 @@ MORE_VALUES = {
 # A line whose numbers depend on its text.
 FIXED = {"Depth model     : %s (%dx%d)": "Depth model     : Square Fast (256) (256x256)"}
 
-# What stands in place of a lone %s: what its own source can put there, or one of these.
+# The text for a single %s: one that its own source can put there, or one of these.
 GENERAL = ["Some text", "obs64.exe", "Vistrel.exe", "dxgi.dll", "ReShade.ini", "on", "Square Fast (256)", "00000000:0000B3C7", "aborted"]
 
 # Lines that are nothing but what others wrote.
@@ -125,7 +125,7 @@ FREE_WHEN_CHANGED = (
     "  !! The file could not",
 )
 
-# What stands in place of the %s of a text that others are part of.
+# The text for the %s of a text that contains other texts.
 TEXT_VALUES = {"the program crashed%s%s (%s%s0x%08X%s)": [" in ", "name.dll", "exception", " ", " at +0x1A2B"]}
 
 # Texts that are read as whatever stands in their place: a name, a path, a message; a cause that no run has; and a part of

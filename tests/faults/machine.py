@@ -15,7 +15,7 @@ STAND_IN_RUNTIME = lab.BUILD / "tests" / "lab" / "onnx" / "whole" / "onnxruntime
 MODELS = lab.BUILD / "models"
 LONGEST_RUN_SECONDS = 60
 
-# Both hands put their controllers down, in front of a headset that hangs on the discrete GPU.
+# Both hands put their controllers down; the headset is connected to the discrete GPU.
 HEADSET = "runtime SteamVR/OpenXR\nversion 2.9.6\nview 2016 2240\nview 2016 2240\nluid 00000000:00012C3D\n"
 
 
@@ -25,17 +25,17 @@ class TookTooLong(Exception):
 
 @dataclass
 class Result:
-    """What came of a run."""
+    """The result of a run."""
 
     exit_code: int
     console: str
     report: str | None
-    counts: dict  # empty when the process did not come to its end
+    counts: dict  # empty if the process did not end normally
     calls: list  # (process, function, number, site) in the order of functions; process 0 is the program itself
     failed: set  # (process, function, number) of those that were made to fail
     runtime_calls: dict  # of ONNX Runtime's table, by entry
     runtime_failed: set  # (entry, number) of those that were made to fail
-    wrong: list  # what was done wrongly or left alive in the scripted runtimes
+    wrong: list  # errors and leaks in the scripted runtimes
 
 
 def both_gpus_scripted(name):
@@ -46,12 +46,12 @@ def both_gpus_scripted(name):
 
 
 def user():
-    """The user of all these machines, while the block lasts: one who has set GPU preferences for the product."""
+    """The user of all these machines inside the block: one with GPU preferences for the product."""
     return programs.gpu_preferences({"C:\\Program Files\\Vistrel\\vistrel.exe": "GpuPreference=2;"})
 
 
 class Machine:
-    """An install folder of its own for each, so that several can run at once."""
+    """A separate install folder for each, so that several can run at once."""
 
     def __init__(self, folder):
         shutil.rmtree(folder, ignore_errors=True)

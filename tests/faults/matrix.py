@@ -1,11 +1,11 @@
-"""Makes every call of the tool fail, one at a time, and tells what became of each run.
+"""Makes every call of the tool fail, one at a time, and reports the outcome of each run.
 
 The plan comes from a run in which nothing fails: every place in the tool from which a function that can fail is called,
 and there the first, second, middle and last call, each by itself, and the first with all that follow. A run is sound
-when the call was seen to fail, the run ends by itself with exit code 0, every object is given back, nothing is done
-wrongly, and the report is whole, or cannot be written and the console says so. What the report says differently is the
-outcome. It must be the one that outcomes.txt holds for this fault, as reviewed by a person: those lines belong to the
-fault, and all others are those of the ordinary run.
+when the call was seen to fail, the run ends by itself with exit code 0, every object is released, no
+rule is violated, and the report is complete, or cannot be written and the console says so. What the report says differently is the
+outcome. It must be the reviewed one for this fault in outcomes.txt: those lines belong to the fault, and all others are
+those of the ordinary run.
 """
 
 import argparse
@@ -34,25 +34,25 @@ LAST_LINE = "  - the ReShade add-on's two per-frame copies inside the game proce
 SAME_REPORT = "(the report is the same)"
 NEVER_FAILED = "the call was never made to fail"
 
-# Polling until the GPU has done its work is meant to wait for ever: a device that never answers is not told apart from
-# one that is busy.
+# Polling until the GPU has finished waits forever by design: a device that never responds cannot be distinguished from a
+# busy one.
 ENDLESS = {"ID3D11DeviceContext::GetData"}
 
 
-# What a failed call brings about in the machine by itself: what cannot be closed stays open, a frame that cannot be given
-# back is still held at the next acquiring, and a frame that cannot begin or end is out of order for the runtime.
+# What a failed call always causes in the machine: a handle that cannot be closed stays open, a frame that cannot be
+# released is still held at the next acquire, and a frame that cannot begin or end is out of order for the runtime.
 CONSEQUENCES = {
     "RegCloseKey": "open_handles",
     "fclose": "open_handles",
     "IDXGIOutputDuplication::ReleaseFrame": "violations",
     "xrBeginFrame": "WRONG",
     "xrEndFrame": "WRONG",
-    # A runtime refuses a session until it has been asked, which is what fails here, or looking up the function for it.
+    # A runtime refuses a session until this has been called; here that call, or the lookup of its function, fails.
     "xrGetD3D11GraphicsRequirementsKHR": "WRONG session before graphics requirements",
     "xrGetInstanceProcAddr": "WRONG session before graphics requirements",
 }
 
-# What only looks something up for its caller, whose name says more.
+# Functions that only look something up for their caller, whose name is more useful.
 LOOKUPS = {"FindOpenXrFunction", "OpenXrLoader::Find", "operator", "EnumerateOpenXr"}
 
 
@@ -78,7 +78,7 @@ class Outcome:
 
 
 def callers(sites):
-    """The tool's own function around each call site; that of the C++ runtime where it calls on its own."""
+    """The tool's own function around each call site, or the C++ runtime's if that makes the call."""
     debug = lab.BUILD / "vistrel_diag.exe.debug"
     addresses = [hex(IMAGE_BASE + site - 1) for site in sites]
     command = ["x86_64-w64-mingw32-addr2line", "-e", debug, "-f", "-C", "-i", "-a", *addresses]
@@ -133,7 +133,7 @@ def normal(report, install):
 
 
 def defects(result):
-    """What a run may leave behind or do in no case, whatever failed."""
+    """What no run may leave behind or do, whatever failed."""
     counts = [f"{name} {result.counts.get(name, 0)}" for name in ("live_objects", "violations", "open_handles")]
     return [count for count in counts if not count.endswith(" 0")] + result.wrong
 
@@ -236,7 +236,7 @@ def attempt(fault, baseline_report, machines, reviewed):
 
 
 def table(outcomes):
-    """Faults with the same outcome stand together."""
+    """Faults with the same outcome are grouped."""
     groups = {}
     for outcome in outcomes:
         groups.setdefault(tuple(outcome.changes), []).append(str(outcome.fault))

@@ -5,14 +5,14 @@
     comparison   < becomes <=, == becomes !=
     constant     a number, text, character, truth value or enumerator becomes another
     arithmetic   + becomes -, * becomes /
-    branch       a condition is negated, && becomes ||, the two results of ?: change places, a jump is left out
-    order        two statements that follow each other change places
-    flag         one of several flags is left out, a constant of Windows becomes its neighbour
-    release      a statement that gives something back is left out
+    branch       a condition is negated, && becomes ||, the two results of ?: are swapped, a jump is left out
+    order        two consecutive statements are swapped
+    flag         one of several flags is left out, a constant of Windows becomes a similar one
+    release      a statement that releases something is left out
     statement    any other call or assignment is left out
 
 The source is read as tokens, not parsed, in the layout that clang-format gives it: a `<` between blanks compares, one
-without is a template's. What a change makes of a declaration may not compile; such a change is no test of anything.
+without is a template's. A changed declaration may not compile; such a change tests nothing.
 """
 
 import re
@@ -78,7 +78,7 @@ class Change:
 
 
 class Source:
-    """A source as tokens, without blanks and comments, and for each the bracket that it stands in."""
+    """A source as tokens, without blanks and comments, and for each the enclosing bracket."""
 
     def __init__(self, text):
         self.text = text
@@ -120,7 +120,7 @@ class Source:
         return self.text[start:end]
 
     def find(self, begin, words, inside):
-        """The first token from `begin` on that is one of `words` and stands in the bracket `inside`, or None."""
+        """The first token from `begin` on that is one of `words` and is directly inside the bracket `inside`, or None."""
         for i in range(begin, len(self.tokens)):
             if self.inside[i] == inside and self.word(i) in words:
                 return i
@@ -271,13 +271,13 @@ def flags(source):
 
 
 def is_value(source, i):
-    """Whether the name in capitals stands where a value does, not a type or a macro's call."""
+    """Whether the name in capitals is used as a value, not as a type or a macro call."""
     after = source.word(i + 1)
     return after not in ("(", "{", "::", "*", "&", ">") and source.kind(i + 1) != "name" and source.word(i - 1) != "::"
 
 
 def statements(source):
-    """What may be left out, and which of them may change places with its neighbour."""
+    """The statements that may be left out, and which of them may be swapped with the next one."""
     spans = [span for span in statement_spans(source) if is_whole_statement(source, *span)]
     for first, last in spans:
         if is_left_out_easily(source, first, last):
@@ -311,7 +311,7 @@ def statement_spans(source):
 
 
 def is_whole_statement(source, first, last):
-    """Whether it stands in a function, and is no jump, declaration of a type or the like."""
+    """Whether it is inside a function, and not a jump, a type declaration or similar."""
     if first >= last or source.word(first) in NOT_A_STATEMENT or source.inside[first] is None:
         return False
     line = source.text.rfind("\n", 0, source.tokens[first].start) + 1
@@ -321,7 +321,7 @@ def is_whole_statement(source, first, last):
 
 
 def does_something(source, first, last):
-    """More than declaring a name with a plain value, which may stand anywhere before its use."""
+    """More than declaring a name with a plain value, whose position before its use does not matter."""
     called = any(source.word(i + 1) == "(" and source.kind(i) == "name" and source.word(i) != "sizeof" for i in range(first, last))
     return called or is_left_out_easily(source, first, last)
 
@@ -331,7 +331,7 @@ def top_level(source, first, last):
 
 
 def is_left_out_easily(source, first, last):
-    """A call or an assignment, and no declaration: no two names stand side by side before its `=` or bracket."""
+    """A call or an assignment, and no declaration: no two adjacent names before its `=` or bracket."""
     for i in top_level(source, first, last):
         word, after = source.word(i), source.word(i + 1)
         if word in ("=", "+=", "-=", "*=", "/=", "|=", "&=", "++", "--"):

@@ -1,13 +1,13 @@
-"""Changes one thing in the product's sources at a time and tells which of the changes no test notices.
+"""Changes one thing in the product's sources at a time and lists the changes that no test notices.
 
     tests/mutate/run                            every source of the product: a night and more
     tests/mutate/run settings platform/utf8.cpp    these folders and files
-    tests/mutate/run --minutes 240              stops after so long; the next run goes on from there
-    tests/mutate/run --system golden gpus       what is left is tried on these tests of whole runs too
+    tests/mutate/run --minutes 240              stops after this time; the next run continues from there
+    tests/mutate/run --system golden gpus       also tries the survivors on these tests of whole runs
     tests/mutate/run --list settings            only names the changes
 
-What was found out about a source is kept in build/mutate/results.jsonl until the source changes. --again tries the
-survivors anew, after tests were added. The survivors go to build/mutate/survivors.txt in the form of equivalent.txt,
+Results for a source are kept in build/mutate/results.jsonl until the source changes. --again tries the survivors
+again, after tests were added. The survivors go to build/mutate/survivors.txt in the form of equivalent.txt,
 which lists those that change nothing that a user or support could notice, with the reason. The exit code is 1 when a
 survivor is not in that list, or the list names a change that does not exist.
 """
@@ -72,7 +72,7 @@ class Equivalents:
     """The judged changes of equivalent.txt: a path, `- ` the line before, `+ ` the line after, and the reason below.
 
     A path followed by `(N)` means the Nth change of this text in the source, where it occurs more than once. Three dots
-    stand for any text.
+    match any text.
     """
 
     def __init__(self, text):
@@ -113,7 +113,7 @@ def pattern(line):
 
 
 class Results:
-    """What is known of each change, in a file that grows while the run goes on."""
+    """The known results, in a file that grows during the run."""
 
     def __init__(self, path):
         self.path = path
@@ -147,7 +147,7 @@ def judged_equivalent(mutants, equivalents):
 
 
 class Run:
-    """Tries what is not known yet, source by source, on one tree or several."""
+    """Tries the changes without a result, source by source, on one tree or several."""
 
     def __init__(self, options, results, out=sys.stdout):
         self.options = options
@@ -205,7 +205,7 @@ def is_left(verdict):
 
 
 def report(mutants, results, judged, out=sys.stdout):
-    """Prints the counts, writes the survivors, and returns those that nobody has judged."""
+    """Prints the counts, writes the survivors, and returns those not judged yet."""
     left = [mutant for mutant in mutants if is_left(results.verdict(mutant)) and mutant.key not in judged]
     counts = collections.Counter(results.verdict(mutant) or "not tried" for mutant in mutants if mutant.key not in judged)
     counts["judged equivalent"] = len(judged)

@@ -1,4 +1,4 @@
-"""What is changed in a source, and what is left alone."""
+"""What is changed in a source, and what is not."""
 
 import pytest
 

@@ -1,4 +1,4 @@
-"""What becomes of the changes: which tests are run, what is remembered and what is told."""
+"""How changes are tried: which tests run, what is stored and what is printed."""
 
 import io
 import subprocess
@@ -24,7 +24,7 @@ PROJECT = {
     "lib/disk_windows.cpp": '#include "lib/disk.h"\n',
     "lib/disk.h": "#include <windows.h>\nint Disk();\n",
     "tests/unit/CMakeLists.txt": "add_executable(portable_tests lib/sum_test.cpp)\ntarget_link_libraries(portable_tests small)\n",
-    # In place of GoogleTest, whose arguments it passes over: what the program says is all that is read of it.
+    # Replaces GoogleTest and ignores its arguments: only the program's output is read.
     OTHER_NAME: (
         "#include <cstdio>\nint Sum(int a, int b);\n/*\n  TEST(SumTest, Adds) {}\n*/\nint main() {\n"
         "    if (Sum(1, 2) == 3) return 0;\n    std::puts(\"[  FAILED  ] SumTest.Adds (0 ms)\");\n    return 1;\n}\n"
@@ -38,7 +38,7 @@ PROJECT = {
 
 @pytest.fixture
 def project(tmp_path, monkeypatch):
-    """A project of one portable source and its test, in place of this one."""
+    """A project of one portable source and its test, instead of this one."""
     for name, text in PROJECT.items():
         (tmp_path / name).parent.mkdir(parents=True, exist_ok=True)
         (tmp_path / name).write_text(text, encoding="utf-8")
@@ -132,7 +132,7 @@ def options(*arguments):
 
 
 class ScriptedTree:
-    """Answers for a change what stands in `verdicts` under its new text; the others are killed."""
+    """Returns the entry of `verdicts` for a change's new text; all other changes are killed."""
 
     verdicts = {}
     tried = []

@@ -1,4 +1,4 @@
-"""A tree of its own in which one changed source at a time is built and tested."""
+"""A separate tree in which one changed source at a time is built and tested."""
 
 import math
 import os
@@ -16,8 +16,8 @@ UNIT = pathlib.PurePosixPath("tests/unit")
 SUITE = re.compile(r"^\s*(?:TYPED_)?TEST(?:_F|_P)?\(\s*(\w+)\s*,", re.MULTILINE)
 FAILED = re.compile(r"^\[  FAILED  \] ([^\s,]+)|^FAILED (\S+)", re.MULTILINE)
 
-# What a test may take: the change may have made it endless. Of processor time, which a busy machine does not change, and
-# by the clock, for what waits.
+# Timeouts of a test, because a change may make it endless: processor time, which does not depend on the load, and
+# wall-clock time, for tests that wait.
 LONGEST_TIMES = 20
 LEAST_PROCESSOR_SECONDS = 3
 LEAST_LIMIT_SECONDS = 60
@@ -29,7 +29,7 @@ KILLED, SURVIVED, NOT_BUILT, UNSEEN = "killed", "survived", "not built", "seen b
 
 
 class TheTestsFail(Exception):
-    """Without any change, which leaves nothing to find out."""
+    """The tests fail without any change, so no change can be judged."""
 
 
 def components():
@@ -96,7 +96,7 @@ class Tree:
         self.limits = {}
 
     def copy_sources(self):
-        """Makes the copy equal to the working tree; what is equal already keeps its date."""
+        """Makes the copy equal to the working tree; unchanged files keep their dates."""
         listed = subprocess.run(
             ["git", "ls-files", "-z", "--cached", "--others", "--exclude-standard"],
             cwd=ROOT, check=True, capture_output=True, text=True,
@@ -115,7 +115,7 @@ class Tree:
             (self.source / ".deps").symlink_to(ROOT / ".deps")
 
     def try_out(self, path, text, stages):
-        """Builds with `text` as the source `path` and runs what sees it: (verdict, what tells so)."""
+        """Builds with `text` as the source `path` and runs its tests: (verdict, the reason)."""
         place = self.source / path
         original = place.read_text(encoding="utf-8")
         place.write_text(text, encoding="utf-8")
@@ -144,7 +144,7 @@ class Tree:
         return self._portable("native", path, measure)
 
     def sanitized(self, path, measure=False):
-        """The same under the sanitizers, as ./test has them: what reads beside its memory may do no other harm."""
+        """The same under the sanitizers, as in ./test: an out-of-bounds read may have no other effect."""
         return self._portable("sanitized", path, measure)
 
     def _portable(self, build, path, measure):
@@ -195,7 +195,7 @@ class Tree:
         return (SURVIVED, "") if code == 0 else (KILLED, failed_test(output))
 
     def _working_folder(self, program):
-        """As the build's own list of tests says; a test of the warp looks for its shader there."""
+        """From the build's own list of tests; a test of the warp looks for its shader there."""
         in_install = program in ("warp_frame_windows_test.exe", "warp_timing_windows_test.exe")
         return self.source / "tests" / "lab" / "install" if in_install else self.folder
 
@@ -209,7 +209,7 @@ class Tree:
             if build == "windows":
                 options += [f"-DCMAKE_TOOLCHAIN_FILE={self.source}/cmake/mingw-w64.cmake"]
             else:
-                # A change then costs compiling one file and linking the library, not the tests.
+                # A change then requires compiling one file and linking the library, not the tests.
                 options += ["-DVISTREL_PORTABLE_LIBRARY=SHARED", "-DCMAKE_LINK_DEPENDS_NO_SHARED=ON"]
             if build == "sanitized":
                 options += ["-DCMAKE_BUILD_TYPE=Debug", "-DVISTREL_SANITIZE=address,undefined,float-cast-overflow"]
@@ -233,9 +233,9 @@ class Times:
 
 
 def run_limited(command, folder, limits, env=None):
-    """(exit code or None when it took too long, what it said). What it started ends with it.
+    """(exit code, or None after a timeout; the output). Kills everything it started at its end.
 
-    `limits`: seconds of processor time of each of its processes, and by the clock.
+    `limits`: seconds of processor time of each of its processes, and wall-clock seconds.
     """
     processor, clock = limits
     process = subprocess.Popen(

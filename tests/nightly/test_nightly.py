@@ -1,4 +1,4 @@
-"""The night's command and its workflow: the same steps, all of them run, each told."""
+"""The nightly command and its workflow: the same steps, all of them run, each reported."""
 
 import pathlib
 import re
@@ -11,7 +11,7 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 
 
 def listed():
-    """(step, command) in the order of the night."""
+    """(step, command) in order."""
     output = subprocess.run([ROOT / "scripts" / "nightly", "--list"], check=True, capture_output=True, text=True).stdout
     return [tuple(line.split(maxsplit=1)) for line in output.splitlines()]
 
