@@ -127,7 +127,7 @@ void Measure(const std::string& what, const std::string& frames, bool new_images
 
 int main() {
     DiagSettings::Instance().capture_draw_cursor = false;
-    // Each acquiring takes long enough on the scripted clock for the next image to be there.
+    // Each acquire takes long enough on the scripted clock for the next image to be ready.
     Measure("GetFrame with a new image", "20000 per second", true, 100);
     Measure("GetFrame without a new image", "still", false, 20000);
     return 0;

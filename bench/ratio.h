@@ -20,7 +20,7 @@ struct Wanted {
 /// How closely a ratio has to be known, as a part of itself, and how many pairs are taken for it.
 struct Closeness {
     double precision = 0.02;
-    std::size_t least = 9;  ///< six at least: fewer have no interval
+    std::size_t least = 9;  ///< at least six: fewer have no interval
     std::size_t most = 45;
 };
 
@@ -29,7 +29,7 @@ struct MiddleRatio {
     double ratio = 0.0;
     double give = 0.0;  ///< half of the interval that holds the true middle, at 95 %, as a part of the ratio
     std::size_t pairs = 0;
-    bool steady = false;  ///< known as closely as was asked for
+    bool steady = false;  ///< as accurate as requested
 };
 
 /// From one pair's ratio each, at least one. The interval is between two of the ratios in their order, so
@@ -45,8 +45,8 @@ inline MiddleRatio MiddleOf(std::vector<double> ratios, double precision) {
     return {ratio, give, count, give <= precision};
 }
 
-/// Takes pairs, each of which answers its ratio, until the middle one is known closely enough or the most are
-/// taken. When to stop depends on how they scatter, never on the ratio itself.
+/// Measures pairs, each of which returns its ratio, until the middle one is accurate enough or the maximum is
+/// reached. When to stop depends on their spread, never on the ratio itself.
 template <typename Pair>
 MiddleRatio TakePairs(const Closeness& wanted, Pair&& pair) {
     std::vector<double> ratios;
@@ -70,7 +70,7 @@ inline void PrintRatio(const std::string& what, const std::string& baseline, con
     std::fflush(stdout);
 }
 
-/// For a figure that is counted, or told by one run.
+/// For a figure that is counted, or measured by a single run.
 inline void PrintRatio(const std::string& what, const std::string& baseline, double ratio,
                        const Wanted& wanted) {
     PrintRatio(what, baseline, MiddleRatio{ratio, 0.0, 0, true}, wanted);

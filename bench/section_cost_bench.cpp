@@ -27,7 +27,7 @@ std::atomic<int> snapshots = 0;
 
 }  // namespace
 
-// Both in place of the import libraries'.
+// Both replace the functions of the import libraries.
 HANDLE WINAPI CreateToolhelp32Snapshot(DWORD flags, DWORD process) {
     static const auto real = reinterpret_cast<decltype(&CreateToolhelp32Snapshot)>(
         GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "CreateToolhelp32Snapshot"));
@@ -57,7 +57,7 @@ class CodeRange {
     std::uint64_t end_ = 0;
 };
 
-/// Without the kernel's, which hands out memory and writes the console.
+/// User time only: the kernel's includes allocating memory and writing to the console.
 double ProcessorMs(HANDLE thread) {
     FILETIME created = {};
     FILETIME ended = {};
@@ -74,7 +74,7 @@ struct SectionTime {
     double all_ms = 0.0;
 };
 
-/// Looks at a thread until it is told to stop.
+/// Samples a thread until it is stopped.
 class Watcher {
   public:
     explicit Watcher(HANDLE watched) : watched_(watched), thread_([this] { Watch(); }) {}
@@ -102,7 +102,7 @@ class Watcher {
         }
     }
 
-    /// While it is stopped the thread may hold any lock of the process: nothing may be asked for meanwhile.
+    /// The suspended thread may hold any lock of the process, so nothing may be allocated meanwhile.
     std::uint64_t PlaceOfThread() {
         alignas(16) CONTEXT context = {};
         context.ContextFlags = CONTEXT_CONTROL;
@@ -115,7 +115,7 @@ class Watcher {
     HANDLE watched_;
     std::atomic<bool> stop_ = false;
     std::map<std::string, SectionTime> sections_;
-    std::thread thread_;  // Uses all that stands before it.
+    std::thread thread_;  // Last, because it uses all members above.
 };
 
 HANDLE ThisThread() {
@@ -125,7 +125,7 @@ HANDLE ThisThread() {
     return thread;
 }
 
-/// Uses so much processor time of its own, by reckoning as the tool does.
+/// Uses this much processor time, calculating as the tool does.
 void Reckon(double milliseconds) {
     HANDLE const thread = ThisThread();
     const double end = ProcessorMs(thread) + milliseconds;

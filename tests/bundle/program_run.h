@@ -14,7 +14,7 @@ struct ProgramRun {
     std::string output;  ///< bytes of its output and error stream together
 };
 
-/// Runs `program` in `folder` with an empty input. `output_file` takes what it prints and is overwritten.
+/// Runs `program` in `folder` with an empty input. Its output overwrites `output_file`.
 ProgramRun RunProgram(const std::filesystem::path& program, const std::vector<std::wstring>& arguments,
                       const std::filesystem::path& folder, const std::filesystem::path& output_file,
                       DWORD timeout_ms);

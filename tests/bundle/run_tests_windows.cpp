@@ -27,7 +27,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr DWORD kTimeoutMs = 300'000;  // As the tests' own under Wine; the slowest takes a tenth of it.
+constexpr DWORD kTimeoutMs = 300'000;  // As for the tests under Wine; the slowest takes a tenth of it.
 constexpr const wchar_t* kReportName = L"vistrel_diag_report.txt";
 
 // What a whole ./test runs beside the bundle.
@@ -319,7 +319,7 @@ TestResult RunHere(const Bundle& bundle) {
 
 // ---- All of it
 
-/// The version as Windows itself says it; programs are told another one unless their manifest asks.
+/// The real version of Windows; programs see a different one unless their manifest requests it.
 std::string MachineName() {
     HMODULE ntdll = GetModuleHandleW(L"ntdll.dll");
     using GetVersion = LONG(WINAPI*)(OSVERSIONINFOW*);

@@ -27,7 +27,7 @@ std::vector<std::string> ArgumentsFrom(const std::string& bytes) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::vector<std::string> arguments = ArgumentsFrom({data, data + size});
     const CommandLine command_line = ParseCommandLine(arguments);
-    // False for what is no number, too.
+    // False for a NaN, too.
     if (!(std::fabs(command_line.options.capture_seconds) <= kLongestCaptureSeconds)) {
         std::abort();
     }

@@ -1,4 +1,4 @@
-// Any bytes as a registry value's data: the text is what stands before the first zero unit.
+// Any bytes as a registry value's data: the text is the part before the first zero unit.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -15,7 +15,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         units += static_cast<char16_t>(data[2 * i] + 256 * data[2 * i + 1]);
     }
     units = units.c_str();
-    // Every unit comes back, or U+FFFD in the place of half a surrogate pair.
+    // Every unit is kept, or replaced by U+FFFD if it is an unpaired surrogate.
     const std::u16string back = Utf16FromUtf8(text);
     if (back.size() != units.size()) {
         std::abort();

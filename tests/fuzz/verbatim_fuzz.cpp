@@ -33,7 +33,7 @@ std::vector<std::string> PlainQuotes(const std::string& bytes) {
 
 }  // namespace
 
-// In place of the report, which would keep the lines of all inputs.
+// Replaces the report, which would keep the lines of all inputs.
 namespace Report {
 
 void Line(const char* format, ...) {

@@ -89,7 +89,7 @@ Input ReadInput(Values values) {
     return input;
 }
 
-/// To the bit, for a value that is no number equals nothing.
+/// Compares bit by bit, because a NaN equals nothing.
 void RequireSame(float value, float expected) {
     Require(std::bit_cast<std::uint32_t>(value) == std::bit_cast<std::uint32_t>(expected));
 }
@@ -124,8 +124,8 @@ void RequireSwitches(const StereoWarpConstants& constants, const Input& input) {
     RequireSwitch(constants.curve_wraps, input.arguments.curve_mode == 1);
 }
 
-/// What the shader divides by or compares with is never zero, negative or no number, unless the setting that
-/// stands in is.
+/// Values by which the shader divides or with which it compares are never zero, negative or NaN, unless the
+/// setting that replaces them is.
 void RequireSizes(const StereoWarpConstants& constants, const Input& input) {
     const StereoWarpArguments& arguments = input.arguments;
     Require(constants.screen_size > 0.01F);
@@ -176,7 +176,8 @@ double ExpectedSeparation(const Input& input, const StereoWarpConstants& constan
     return metres / radius / angle * input.multiplier;
 }
 
-/// Only of numbers far from the ends of single precision, where no product on the way overflows or vanishes.
+/// Only for numbers far from the limits of single precision, where no intermediate product overflows or
+/// underflows.
 void RequireSeparation(const StereoWarpConstants& constants, const Input& input) {
     for (const float value : {input.settings.f3d_separation_pct, constants.screen_size, input.multiplier,
                               input.fixed.curve_radius, input.arguments.curve_angle}) {
