@@ -104,7 +104,7 @@ class Program {
     ComPtr<IDXGIResource> resource_;
 };
 
-/// Every test begins with a machine of its own and ends with nothing of it alive.
+/// Every test starts with a new machine and ends with no object of it alive.
 class Duplication : public ::testing::Test {
   protected:
     static void SetUpWith(const std::string& scenario) {

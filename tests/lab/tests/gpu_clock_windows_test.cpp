@@ -95,7 +95,7 @@ TEST_F(GpuClock, HasNoStampBeforeTheQueryEnds) {
     EXPECT_EQ(context_->GetData(query.Get(), &stamp, 4, 0), E_INVALIDARG);
 }
 
-/// One adapter of a machine whose clock is scripted, with more that the scenario says of it.
+/// One adapter of a machine with a scripted clock, with further lines of the scenario.
 void SetUpOneGpu(const std::string& more) {
     SetUpMachine("clock scripted\nadapter Scripted\n draws 500 megapixels per second\n" + more);
 }

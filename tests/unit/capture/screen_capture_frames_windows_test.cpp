@@ -214,7 +214,8 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(FormatCase{DXGI_FORMAT_B8G8R8A8_UNORM, DXGI_FORMAT_B8G8R8A8_UNORM, true},
                     FormatCase{DXGI_FORMAT_B8G8R8A8_TYPELESS, DXGI_FORMAT_B8G8R8A8_UNORM, true},
                     FormatCase{DXGI_FORMAT_R8G8B8A8_TYPELESS, DXGI_FORMAT_R8G8B8A8_UNORM, false},
-                    // Direct3D makes no texture of these that GDI could draw on, so there is no picture.
+                    // Direct3D creates no texture in these formats that GDI could draw on, so there is no
+                    // picture.
                     FormatCase{DXGI_FORMAT_R8G8B8A8_UNORM, DXGI_FORMAT_UNKNOWN, false},
                     FormatCase{DXGI_FORMAT_R16G16B16A16_FLOAT, DXGI_FORMAT_UNKNOWN, false}));
 

@@ -1,4 +1,4 @@
-// Starting the screen capture: which monitor, on which device, and what is said when it cannot be.
+// Starting the screen capture: which monitor, on which device, and the errors reported.
 #include "tests/unit/capture/screen_capture_test_base.h"
 
 using testing::ElementsAre;

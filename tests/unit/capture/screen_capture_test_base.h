@@ -24,7 +24,7 @@ class ScreenCaptureTestBase : public testing::Test {
 
     void TearDown() override {
         capture_.reset();
-        lab::StartClock(false);  // The test framework takes the time as well.
+        lab::StartClock(false);  // The test framework uses the clock as well.
         EXPECT_EQ(Desktop().frames_acquired, Desktop().frames_released);
         EXPECT_THAT(Desktop().misuses, testing::IsEmpty());
         EXPECT_EQ(lab::Counts().Violations(), 0) << lab::StatisticsText();
@@ -41,7 +41,8 @@ adapter Fast GPU
     size 64x48
 )";
 
-    /// A laptop: the panel hangs on the first adapter, Vistrel renders on the second, which has no display.
+    /// A laptop: the panel is connected to the first adapter, Vistrel renders on the second, which has no
+    /// display.
     void UseHybridLaptop() {
         UseMachine(R"(
 adapter Panel GPU
@@ -75,7 +76,7 @@ adapter Fast GPU
         return testing::internal::GetCapturedStderr();
     }
 
-    /// Why Initialize fails; also checks that the error stream says the same.
+    /// The error of Initialize; also checks that the error stream has the same text.
     std::string FailureOf(const char* source_name = "") {
         bool started = true;
         const std::string errors = ErrorsOf([&] { started = Start(source_name); });

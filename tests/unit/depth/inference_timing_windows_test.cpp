@@ -46,7 +46,7 @@ class TimeDepthModelTest : public ::testing::Test {
         return TimeDepthModel(Folder(), model_path, "A model", 256, 128, 2, gpu_index);
     }
 
-    /// "fp16" stands in the folder's name too, where it means nothing.
+    /// "fp16" is in the folder's name too, where it has no meaning.
     const std::filesystem::path folder_ = std::filesystem::temp_directory_path() /
                                           (L"fp16 \x00DCn\x00EF " + std::to_wstring(GetCurrentProcessId()));
 };

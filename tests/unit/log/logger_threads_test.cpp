@@ -66,7 +66,7 @@ TEST(LoggerThreads, TheRingsCountIsPublishedAfterTheData) {
     std::string torn;
     std::thread reader([&] {
         while (!finished) {
-            // Everything fits into the ring once, so what lies below the count is never written again.
+            // Everything fits into the ring, so data before the count is never overwritten.
             const std::uint64_t written = count.load();
             if (written > 0 && data[written - 1] != '\n') {
                 torn.assign(data, written);

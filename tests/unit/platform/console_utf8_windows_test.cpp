@@ -95,7 +95,7 @@ TEST_F(ConsoleUtf8, RestoresTheCodePageOnceForAProgramThatCrashes) {
     const ConsoleUtf8Output utf8;
     PutConsoleCodePageBack();
     EXPECT_EQ(Console().code_page, 437U);
-    Console().code_page = 850;  // What somebody else makes of it from then on stays.
+    Console().code_page = 850;  // A later change by other code is kept.
     PutConsoleCodePageBack();
     EXPECT_EQ(Console().code_page, 850U);
 }

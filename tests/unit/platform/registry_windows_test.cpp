@@ -30,7 +30,7 @@ namespace {
 
 using Bytes = std::vector<std::uint8_t>;
 
-/// While it lives, nobody may do more with a key than read it.
+/// Makes a key read-only for its lifetime.
 class ReadOnlyKey {
   public:
     ReadOnlyKey(HKEY root, const wchar_t* path) {

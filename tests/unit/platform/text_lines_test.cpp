@@ -115,7 +115,7 @@ TEST(TextLines, LinesOfAnyLengthAreReadWhole) {
     }
 }
 
-/// What getline makes of the same text once CR LF is LF.
+/// The result of getline for the same text, with CR LF replaced by LF.
 std::vector<std::string> PlainLinesOf(std::string text) {
     text = text.substr(0, text.find('\x1A'));
     for (std::size_t i = text.find("\r\n"); i != std::string::npos; i = text.find("\r\n", i)) {

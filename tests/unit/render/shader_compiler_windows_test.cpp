@@ -8,7 +8,7 @@
 
 namespace {
 
-// What stands in for the compiler's file, for the genuine one always lies in the system's folder.
+// A replacement for the compiler's file, because the genuine one is always in the system's folder.
 constexpr const wchar_t* kStandIn = L"vistrel_test_compiler.dll";
 
 template <typename Function>
@@ -16,7 +16,7 @@ Function Genuine(const char* name) {
     return reinterpret_cast<Function>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), name));
 }
 
-/// In the environment of a process in which there is no stand-in.
+/// Set in the environment of a process without a replacement.
 constexpr const wchar_t* kGenuineIsMeant = L"VISTREL_TEST_GENUINE_COMPILER";
 
 /// The same path or bare name, of the stand-in instead of the compiler.

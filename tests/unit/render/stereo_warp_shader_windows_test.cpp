@@ -44,7 +44,7 @@ class LogCapture {
     std::size_t before_;
 };
 
-/// A build tree whose executable lies three folders deep, and another folder as the current one.
+/// A build tree with the executable three folders deep, and a different current folder.
 class StereoWarpShaderTest : public testing::Test {
   protected:
     StereoWarpShaderTest() : previous_(std::filesystem::current_path()) {
@@ -70,7 +70,7 @@ class StereoWarpShaderTest : public testing::Test {
     std::filesystem::path Above() const { return root_ / "tree"; }
     std::filesystem::path Current() const { return current_; }
 
-    /// Loads anew and returns what was logged.
+    /// Loads the shader again and returns what was logged.
     std::vector<std::string> LogOfLoad(bool expected) {
         const LogCapture log;
         StereoWarpShader shader;

@@ -15,7 +15,7 @@ namespace {
 
 using testing::ElementsAre;
 
-/// A folder of its own for each test, and the process-wide settings as they were behind it.
+/// Gives each test its own folder, and restores the process-wide settings afterwards.
 class SettingsFile : public testing::Test {
   protected:
     SettingsFile() {

@@ -331,7 +331,7 @@ TEST(SettingsOverlay, AStreamThatCannotBeReadFails) {
     EXPECT_THROW(OverlaySettings(file, settings), std::runtime_error);
 }
 
-/// Far more levels than any stack would bear.
+/// Far more levels than any stack could hold.
 constexpr std::size_t kDeep = 100'000;
 
 std::string Nested(const std::string& open, const std::string& close) {

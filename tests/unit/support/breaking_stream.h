@@ -10,6 +10,6 @@ class BreakingStream : private std::streambuf, public std::istream {
     BreakingStream() : std::istream(this) {}
 
   private:
-    /// As a file's buffer tells that the system refused to read.
+    /// Fails as a file's buffer does when the system refuses to read.
     std::streambuf::int_type underflow() override { throw std::ios_base::failure("error reading the file"); }
 };

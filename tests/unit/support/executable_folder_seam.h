@@ -1,4 +1,4 @@
-// The folder that the program takes for its own. For the one source file of a test program.
+// Sets the folder that the program uses as its own. Include it in only one source file of a test program.
 #pragma once
 
 #include <filesystem>
@@ -8,7 +8,7 @@
 
 inline std::filesystem::path executable_folder;
 
-// In place of platform/module_folder.cpp's.
+// Replaces the function in platform/module_folder.cpp.
 std::string ExecutableFolder() {
     const std::u8string folder = executable_folder.u8string();
     return {folder.begin(), folder.end()};

@@ -1,4 +1,4 @@
-// What a context was asked to do while it went on doing it.
+// Records the calls of a context that still executes them.
 #pragma once
 
 #include <d3d11.h>
@@ -9,7 +9,7 @@
 #include "render/stereo_warp_constants.h"
 #include "tests/unit/support/scripted_com.h"
 
-/// A context that writes down what it is asked to do, and goes on to do it. One at a time.
+/// A context that records its calls and executes them. One at a time.
 class RecordedContext {
   public:
     explicit RecordedContext(ID3D11DeviceContext* context) : methods_(context) {

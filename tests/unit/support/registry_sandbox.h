@@ -1,4 +1,4 @@
-// A registry key of the test's own that stands in for one of the predefined keys.
+// A test's own registry key that replaces one of the predefined keys.
 #pragma once
 
 #include <windows.h>

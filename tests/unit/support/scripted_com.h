@@ -1,5 +1,5 @@
-// Real COM objects with some of their methods replaced: the rest of a device stays genuine while a test makes
-// one call fail, and every object that the device makes is counted until it is gone.
+// Real COM objects with some of their methods replaced: the rest of a device is genuine while a test makes
+// one call fail. Every object that the device creates is counted until it is destroyed.
 #pragma once
 
 #include <d3d11.h>
@@ -17,7 +17,7 @@
 
 #include "tests/lab/machine/simulated_object.h"
 
-/// Gives one object a table of methods of its own, of `Slots` methods, until this goes away.
+/// Gives one object its own vtable of `Slots` methods for the lifetime of this one.
 template <std::size_t Slots>
 class MethodTable {
   public:
@@ -90,7 +90,7 @@ class ScriptedDevice {
     /// Objects that the device has made and that still live.
     long LivingObjects() const { return ObjectCounter::Living(); }
 
-    /// What becomes of the creating call with this number, counted from 1.
+    /// The result of the creating call with this number, counted from 1.
     std::function<HRESULT(int)> result_of_call = [](int) { return S_OK; };
 
   private:
@@ -125,7 +125,7 @@ class ScriptedDevice {
     int calls_ = 0;
 };
 
-/// A context whose GetData answers `result` the first `failures` times that it is asked. One at a time.
+/// A context whose GetData returns `result` for the first `failures` calls. One at a time.
 class ScriptedQueryData {
   public:
     ScriptedQueryData(ID3D11DeviceContext* context, int failures, HRESULT result)
@@ -156,7 +156,7 @@ class ScriptedQueryData {
     HRESULT result_;
 };
 
-/// An adapter whose memory use is what a list says, one entry a query. One at a time.
+/// An adapter that reports memory use from a list, one entry per query. One at a time.
 class ScriptedVideoMemory {
   public:
     ScriptedVideoMemory(IDXGIAdapter1* adapter, std::vector<UINT64> usage)

@@ -27,7 +27,7 @@ inline HRESULT WINAPI CompileAsScripted(LPCVOID source, SIZE_T size, LPCSTR name
                       messages);
 }
 
-/// How ntdll.dll takes a name; kernel32's function of the same purpose is the one replaced here.
+/// The name in the form for ntdll.dll; kernel32's function for the same purpose is the one replaced here.
 struct NtName {
     USHORT length;
     USHORT size;
@@ -36,7 +36,7 @@ struct NtName {
 extern "C" LONG NTAPI LdrGetProcedureAddress(HMODULE module, const NtName* name, ULONG ordinal,
                                              void** address);
 
-/// GetProcAddress, but for the compiler.
+/// GetProcAddress, except for the compiler.
 inline FARPROC WINAPI FindWithScriptedCompiler(HMODULE module, LPCSTR name) {
     void* address = nullptr;
     if (IS_INTRESOURCE(name)) {

@@ -23,7 +23,7 @@ struct ScriptedFrame {
     UINT width = 64;
     UINT height = 48;
     DXGI_FORMAT format = DXGI_FORMAT_B8G8R8A8_UNORM;
-    std::uint32_t seed = 1;  ///< tells pictures apart
+    std::uint32_t seed = 1;  ///< distinguishes pictures
     std::int64_t present_ticks = 0;
     bool has_texture = true;  ///< false: a resource that is none
 };
@@ -33,10 +33,10 @@ struct ScriptedFrame {
 struct ScriptedDesktop {
     // The script.
     std::deque<ScriptedFrame> frames;
-    std::function<ScriptedFrame()> next_frame;  ///< asked when `frames` is empty; none: time-outs
+    std::function<ScriptedFrame()> next_frame;  ///< called when `frames` is empty; without it: timeouts
     HRESULT get_adapter_result = S_OK;          ///< of IDXGIDevice::GetAdapter
     HRESULT map_result = S_OK;                  ///< of ID3D11DeviceContext::Map
-    UINT extra_row_pitch = 0;                   ///< added to what Map tells, by way of a copy
+    UINT extra_row_pitch = 0;                   ///< added to the pitch that Map returns, by means of a copy
     bool staging_textures_fail = false;         ///< ID3D11Device::CreateTexture2D
     bool gdi_flag_ignored = false;              ///< textures with it can be made in any format
     bool shader_views_fail = false;             ///< ID3D11Device::CreateShaderResourceView
@@ -60,16 +60,16 @@ struct ScriptedDesktop {
 /// The desktop of the running test.
 ScriptedDesktop& Desktop();
 
-/// A new, empty desktop on a machine as this scenario says.
+/// A new, empty desktop on a machine from this scenario.
 void SetUpDesktop(const std::string& scenario);
 
-/// Puts the desktop on another machine. The clock is scripted, and reading it takes no time.
+/// Moves the desktop to another machine. The clock is scripted, and reading it takes no time.
 void UseMachine(const std::string& scenario);
 
-/// The output at this position of the scenario refuses to be duplicated; with S_OK it does no longer.
+/// Makes duplicating the output at this position of the scenario fail; with S_OK it succeeds again.
 void RefuseDuplication(std::size_t output, HRESULT result);
 
-/// The names of the outputs that duplication was asked of, in order, refused or not.
+/// The names of the outputs for which duplication was requested, in order, including failures.
 std::vector<std::string> DuplicatedOutputs();
 
 /// Simulated factories, adapters, outputs and duplications that are still referenced.

@@ -19,7 +19,7 @@ inline UINT BytesPerTexel(DXGI_FORMAT format) {
 HRESULT MakeScriptedImages(std::size_t output, ID3D11Device* device,
                            std::unique_ptr<lab::ImageSource>& source);
 
-/// A device as it is kept for all tests: making one takes half a second.
+/// A device that is kept for all tests: creating one takes half a second.
 struct KeptDevice {
     std::string key;
     Microsoft::WRL::ComPtr<ID3D11Device> device;

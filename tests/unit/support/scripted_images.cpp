@@ -26,7 +26,7 @@ ComPtr<ID3D11Texture2D> MakeTexture(ID3D11Device* device, const ScriptedFrame& f
     return texture;
 }
 
-/// A resource that is no texture.
+/// A resource that is not a texture.
 ComPtr<IDXGIResource> MakeBuffer(ID3D11Device* device) {
     D3D11_BUFFER_DESC description = {};
     description.ByteWidth = 16;
@@ -84,7 +84,7 @@ class ScriptedImages final : public lab::ImageSource {
         return desktop.next_frame ? desktop.next_frame() : ScriptedFrame{.result = DXGI_ERROR_WAIT_TIMEOUT};
     }
 
-    /// What was given back is overwritten at once, and nobody may refer to it any more.
+    /// A released image is overwritten at once, and nothing may refer to it any more.
     void Spoil() {
         D3D11_TEXTURE2D_DESC description = {};
         texture_->GetDesc(&description);

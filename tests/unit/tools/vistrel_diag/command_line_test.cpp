@@ -109,7 +109,7 @@ struct SecondsCase {
     double seconds;
 };
 
-/// A number of so many digits that no double holds it.
+/// A number with too many digits for a double.
 TEST(CommandLine, SecondsBeyondADoubleAreInvalid) {
     EXPECT_EQ(OptionsFrom({"--capture-seconds", std::string(400, '9')}).capture_seconds, 0.0);
     EXPECT_EQ(OptionsFrom({"--capture-seconds", std::string(300, '9')}).capture_seconds, 3600.0);

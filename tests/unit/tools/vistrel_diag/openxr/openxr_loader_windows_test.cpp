@@ -68,7 +68,7 @@ TEST(OpenXrLoader, CanBeLoadedAgainAfterUnloading) {
     }
 }
 
-/// What reaches the console while a query finds no runtime, which the loader has much to say about.
+/// The console output of a query that finds no runtime, about which the loader prints a lot.
 std::string Printed(const wchar_t* loader_debug) {
     const OpenXrLab lab(LabLoader::Genuine, false);
     testing::internal::CaptureStdout();

@@ -10,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-/// Standard input reads exactly `typed`, and then its end. The file it comes from goes with the object.
+/// Standard input contains exactly `typed`, and then its end. The underlying file is removed with the object.
 class ConsoleInput {
   public:
     explicit ConsoleInput(std::string_view typed)

@@ -179,7 +179,7 @@ TEST_F(ConsoleStateTest, IsRestoredOnceOnACrashAndShowsNothingMore) {
     EXPECT_EQ(Console().title, L"found");
     EXPECT_EQ(Console().written, L"\x1B]9;4;0;0\x1B\\");
 
-    Console().input_mode = 0x7;  // What somebody else makes of it from then on stays.
+    Console().input_mode = 0x7;  // A later change by other code is kept.
     Console().title = L"another";
     Console().written.clear();
     PutConsoleBack();

@@ -73,7 +73,7 @@ TEST(Console, AZeroOrAControlCharacterIsAnAnswerLikeAnyOther) {
 
 TEST(Console, ALongAnswerCannotAnswerTheNextPrompt) {
     for (const std::size_t length : {62U, 63U, 64U, 127U, 100000U}) {
-        // Beyond the 63rd character everything says "skip".
+        // After the 63rd character there is only "skip".
         const std::string answer = std::string(62, 'y') + std::string(length - 62, 's');
         const ConsoleInput input(answer + "\nyes\ns\n");
         testing::internal::CaptureStdout();

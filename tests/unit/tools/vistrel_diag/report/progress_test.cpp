@@ -43,7 +43,7 @@ constexpr Progress::Display kDisplay = {
     [](Progress::Taskbar state, int percent) { Seen().taskbar.push_back(TaskbarText(state, percent)); },
 };
 
-/// What a terminal shows of the text: its lines, each as it stands at the end.
+/// The text as a terminal shows it: the final state of each line.
 std::vector<std::string> ScreenOf(const std::string& text) {
     std::vector<std::string> lines(1);
     std::size_t column = 0;

@@ -176,7 +176,7 @@ TEST_F(ReportFile, IsReportedOnTheConsoleWhenItCannotBeOpened) {
     EXPECT_EQ(written.path, "vistrel_diag_report.txt");
 }
 
-/// As a handler of Ctrl-C reads it, on a thread of its own.
+/// Reads it on another thread, like a handler of Ctrl-C.
 TEST(Report, CanBeReadByAnotherThreadWhileItGrows) {
     constexpr int kSections = 500;
     constexpr int kReadings = 100;

@@ -39,7 +39,7 @@ HANDLE StartThread(Action action) {
 std::atomic<bool> writes_are_slow = false;
 std::atomic<int> slow_writes = 0;
 
-/// Looked up before anything dies: that takes locks.
+/// Looked up before the crash, because that takes locks.
 const auto real_write_file =
     reinterpret_cast<decltype(&WriteFile)>(GetProcAddress(GetModuleHandleW(L"kernel32.dll"), "WriteFile"));
 
@@ -72,7 +72,7 @@ LONG WINAPI FilterOfALibrary(EXCEPTION_POINTERS* /*exception*/) {
     return EXCEPTION_EXECUTE_HANDLER;
 }
 
-/// As a runtime with a crash reporter of its own does it in one section, and a driver crashes in the next.
+/// Like a runtime that installs its own crash reporter in one section, before a driver crashes in the next.
 void CrashAfterALibraryTookTheFilter() {
     SetUnhandledExceptionFilter(FilterOfALibrary);
     Report::EnterSection("HEADSET / OPENXR");
@@ -90,7 +90,7 @@ void CrashAmidLines() {
     }
 }
 
-/// A hang: what would end the process comes from the test.
+/// A hang: the test sends the event that ends the process.
 void Hang() {
     CreateFileW(L"hanging", GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
     Sleep(INFINITE);
@@ -152,7 +152,7 @@ void CancelInstaller() {
     }
 }
 
-/// Another program does not let the user log off, and the run goes on.
+/// Another program cancels the log-off, and the run continues.
 void CancelEndOfSession() {
     AskToEndSession(false, ENDSESSION_LOGOFF);
     if (GetFileAttributesW(L"vistrel_diag_report.txt") != INVALID_FILE_ATTRIBUTES) {
@@ -160,9 +160,9 @@ void CancelEndOfSession() {
     }
 }
 
-/// Ends with what the main thread's stack has left for a handler after an overflow, in KB.
+/// Exits with the stack that the main thread has left for a handler after an overflow, in KB.
 void TellStackGuarantee() {
-    ULONG size = 0;  // Asks, and changes nothing.
+    ULONG size = 0;  // Zero queries the size without changing it.
     SetThreadStackGuarantee(&size);
     ExitProcess(size / 1024);
 }

@@ -48,7 +48,7 @@ class RescueTest : public testing::Test {
         startup.dwFlags = STARTF_USESTDHANDLES;
         startup.hStdInput = startup.hStdOutput = startup.hStdError = nowhere;
         PROCESS_INFORMATION process = {};
-        // A console of its own, so that its console events reach no one else; without a window to draw.
+        // Its own console, so that its console events reach no other process; without a window.
         const BOOL started = CreateProcessW(nullptr, command.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW,
                                             nullptr, folder_.c_str(), &startup, &process);
         CloseHandle(nowhere);
@@ -87,7 +87,7 @@ class RescueTest : public testing::Test {
         return report;
     }
 
-    /// What the victim keeps before it dies.
+    /// The lines that the victim keeps before it crashes.
     static std::string KeptLines() {
         std::string text = "\r\n== GPUs " + std::string(58, '=') + "\r\n";
         for (int line = 0; line < 1000; ++line) {

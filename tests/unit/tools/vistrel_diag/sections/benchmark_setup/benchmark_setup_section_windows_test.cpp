@@ -9,7 +9,7 @@
 
 namespace {
 
-/// What D3D11CreateDevice was last asked for, and what it answers.
+/// The last arguments of D3D11CreateDevice, and its result.
 struct DeviceCall {
     HRESULT answer = S_OK;
     int count = 0;

@@ -36,7 +36,7 @@ class CaptureMeasurementTest : public ScreenCaptureTestBase {
         device_->GetImmediateContext(&context_);
     }
 
-    /// Time passes, and nothing comes.
+    /// Lets time pass without an image.
     static ScriptedFrame Nothing() {
         lab::PassTime(kAcquireTime + std::int64_t{Desktop().timeouts.back()} * 1000);
         return {.result = DXGI_ERROR_WAIT_TIMEOUT};

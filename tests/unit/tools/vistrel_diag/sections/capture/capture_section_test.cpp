@@ -107,7 +107,7 @@ TEST(PackRows, OmitsThePadding) {
 }
 
 TEST(PackRows, ReadsNothingAfterTheLastRow) {
-    // The last row has no padding behind it; a sanitizer sees a read past its end.
+    // The last row has no padding after it; a sanitizer detects a read past its end.
     const std::vector<std::uint8_t> rows(16 + 4, 9);
     EXPECT_EQ(PackRows(rows.data(), 16, 4, 2), std::vector<std::uint8_t>(8, 9));
 }

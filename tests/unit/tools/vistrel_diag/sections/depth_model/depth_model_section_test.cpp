@@ -16,7 +16,7 @@ namespace {
 using ::testing::ElementsAre;
 using ::testing::Pair;
 
-/// Timers that answer at once, and remember what they were asked.
+/// Timers that return at once and record their arguments.
 class ScriptedTimers {
   public:
     DepthModelTimers Timers() {

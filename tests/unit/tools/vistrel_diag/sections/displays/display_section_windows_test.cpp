@@ -180,7 +180,7 @@ TEST_F(DisplayProbe, PrintsOnlyTheNoteWithoutDevices) {
 
 TEST_F(DisplayProbe, ReadsANameThatFillsItsField) {
     scripted_devices = {{std::wstring(32, L'N'), kOnDesktop, std::nullopt}};
-    EXPECT_TRUE(ProbeDisplays().empty());  // Its mode cannot be asked for; nothing is read past the field.
+    EXPECT_TRUE(ProbeDisplays().empty());  // Its mode cannot be queried; nothing is read past the field.
 }
 
 TEST_F(DisplayProbe, FindsTheRealPrimaryDisplay) {

@@ -280,7 +280,7 @@ TEST_P(HandTrackingProbeBehind, ASessionThatNeverBeginsTakesAsLongAsTheWatch) {
         const Probed probed = Probe(lab_, script, 0.3);
         EXPECT_GE(probed.seconds, 0.3);
         EXPECT_LT(probed.seconds, 0.32);
-        EXPECT_GE(probed.slept, 290);  // Looking takes hardly any of it.
+        EXPECT_GE(probed.slept, 290);  // Polling takes hardly any of it.
         EXPECT_EQ(probed.waits, 0);
         EXPECT_THAT(probed.report, HasSubstr("the source below should flip.\n\n\nSummary:\n"));
     }

@@ -145,7 +145,7 @@ TEST(HeadsetSection, AfterASkippedAdapterTheNumberIsTheIndexAndTheNameThePositio
 !! Every captured frame therefore crosses between the two through system memory. Vistrel does this and the picture is correct; it costs time that a single-GPU machine does not pay.
 !! Capturing the game's WINDOW instead skips the trip. On a laptop with a MUX switch, forcing the panel onto Second listed does too.
 )");
-    // No entry has that position: nobody's name, and no reading past the list.
+    // No entry has that position: there is no name, and nothing is read past the list.
     EXPECT_EQ(Printed(Requiring({2, 0}), gpus),
               "Required GPU    : LUID 00000000:00000002 -> GPU 2 (NOT FOUND)\n");
 }

@@ -1,4 +1,4 @@
-// What the section says below the files that it found.
+// The section's text after the files that it found.
 #pragma once
 
 inline constexpr const char* kAdvice =

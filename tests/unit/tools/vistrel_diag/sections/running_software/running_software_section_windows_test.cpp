@@ -10,7 +10,7 @@
 #include "tests/unit/support/running_program.h"
 #include "tools/vistrel_diag/sections/running_software/running_software_section.h"
 
-// The foreground window of this program: the real one, but where a test says otherwise.
+// The foreground window that the program sees: the real one, unless a test sets another.
 namespace {
 
 std::optional<HWND> scripted_foreground;

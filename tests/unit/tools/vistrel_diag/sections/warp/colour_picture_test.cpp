@@ -17,7 +17,7 @@ Pixel PixelAt(const ColourPicture& picture, std::int32_t x, std::int32_t y) {
     return pixel;
 }
 
-/// A frame in which every pixel tells where it stands.
+/// A frame in which every pixel encodes its position.
 std::vector<std::uint8_t> NumberedFrame(std::int32_t width, std::int32_t height) {
     std::vector<std::uint8_t> bytes;
     for (std::int32_t y = 0; y < height; ++y) {

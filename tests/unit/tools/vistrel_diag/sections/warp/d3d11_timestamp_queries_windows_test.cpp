@@ -9,7 +9,7 @@
 
 namespace {
 
-/// A context that hands every question for a query's data to `answer`. One at a time.
+/// A context that passes every GetData call to `answer`. One at a time.
 class AnsweredQueries {
   public:
     using GetDataFunction = HRESULT(STDMETHODCALLTYPE*)(ID3D11DeviceContext*, ID3D11Asynchronous*, void*,
@@ -96,8 +96,8 @@ TEST_F(D3D11TimestampQueriesTest, ReturnNothingUntilTheDataIsReady) {
     }
 }
 
-/// A driver keeps commands back until there are enough of them or somebody asks for the work to be handed on.
-/// Asked not to flush, it never comes to the queries, and who waits for them waits for ever.
+/// A driver buffers commands until there are enough of them or a flush is requested. Without a flush it never
+/// reaches the queries, and waiting for them never ends.
 TEST_F(D3D11TimestampQueriesTest, FlushTheWorkWhilePolling) {
     AnsweredQueries answered(
         lab_.context.Get(), [this](auto genuine, auto* query, void* data, UINT size, UINT flags) -> HRESULT {

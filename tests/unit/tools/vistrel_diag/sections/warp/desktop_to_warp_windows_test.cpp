@@ -70,7 +70,7 @@ HRESULT STDMETHODCALLTYPE WatchedCreateTexture(ID3D11Device* device, const D3D11
     return result;
 }
 
-/// `picture` at another size, by nearest neighbour.
+/// `picture` scaled to another size by nearest neighbour.
 Pixels Scaled(const Pixels& picture, lab::Size from, lab::Size to) {
     Pixels scaled;
     scaled.reserve(std::size_t{to.width} * to.height * 4);

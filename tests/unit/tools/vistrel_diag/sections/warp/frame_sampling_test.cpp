@@ -13,7 +13,7 @@ namespace {
 
 using ::testing::ElementsAre;
 
-/// Gives the times of a list in turn and keeps the numbers of frames asked for.
+/// Returns the times of a list in turn and records the requested numbers of frames.
 struct ScriptedTimes {
     std::vector<double> times;
     std::vector<int> frames;

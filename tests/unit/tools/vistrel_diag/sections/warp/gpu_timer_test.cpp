@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Queries that answer from a script and write down what was asked of them.
+/// Queries that return scripted results and record their calls.
 struct ScriptedQueries {
     GpuClock clock = {1'000'000'000, false};
     std::uint64_t start = 5'000;

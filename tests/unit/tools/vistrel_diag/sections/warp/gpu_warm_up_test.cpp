@@ -6,7 +6,7 @@
 
 namespace {
 
-/// A GPU on which a frame takes `frame_ms`, and the wall clock so much more for each batch.
+/// A GPU on which a frame takes `frame_ms`; each batch takes this much more wall-clock time.
 struct Gpu {
     double frame_ms = 1.0;
     double rest_ms = 0.0;

@@ -185,7 +185,7 @@ TEST_F(WarpFrameTest, BindsPictureDepthAndConstants) {
 constexpr std::int32_t kBarWidth = 1000;
 constexpr std::int32_t kBarHeight = 24;
 
-/// A white bar, nearest to the viewer, before a grey that lies in the screen's plane.
+/// A white bar, nearest to the viewer, in front of a grey in the screen's plane.
 std::vector<std::uint8_t> BarFrame() {
     std::vector<std::uint8_t> frame;
     for (std::int32_t i = 0; i < kBarWidth * kBarHeight; ++i) {

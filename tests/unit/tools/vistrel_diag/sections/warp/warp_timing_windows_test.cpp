@@ -112,10 +112,10 @@ TEST_F(WarpTimingTest, DrawsThreeBatchesOfOneSize) {
 
 struct FailingCall {
     int call;
-    const char* line;  // Empty where the timing bears it.
+    const char* line;  // Empty if the timing continues.
 };
 
-/// Those that end the timing, with the line that says so.
+/// The failures that end the timing, with the line printed.
 const std::vector<FailingCall> kFailingCalls = {
     {1, "!! could not create the 160x90 colour texture (out of VRAM?)\n"},
     {2, "!! could not create the 160x90 depth texture\n"},
