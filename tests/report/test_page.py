@@ -124,6 +124,26 @@ def test_fifty_reports_in_full_and_more_as_a_table():
     structure(page)
 
 
+def test_many_reports_as_distributions():
+    one = (RULES / "share-significant.report.txt").read_bytes().decode("utf-8")
+    reports = []
+    for i in range(60):
+        # A machine of its own each, and one graphics card that half of them have.
+        text = re.sub(r"(?m)^(RAM             : )[\d.]+", rf"\g<1>{i + 20}.5", one)
+        reports.append(text.replace("NVIDIA GeForce RTX 3070", HOSTILE) if i % 2 else text)
+    reports.append((RULES / "product-running.report.txt").read_bytes().decode("utf-8"))
+    page = page_of("-", stdin="".join(reports).encode("utf-8"))
+    parsed = structure(page)
+    assert not parsed.elements & {"script", "img"}
+    assert page.count('role="img"') == page.count("<figcaption") == page.count("Figures as a table") >= 3
+    assert "What the warp costs" in page and "What the depth models cost" in page
+    assert "New images of the idle desktop" in page
+    assert "Without 1 reports whose figures cannot be trusted." in page
+    # Least, quarter, median, three quarters and most of thirty machines that are all alike.
+    row = r"<td>NVIDIA GeForce RTX 3070</td>\s*<td>1920x1080</td>\s*<td>30</td>(\s*<td>\d+\.\d\d</td>){5}"
+    assert re.search(row, page)
+
+
 def test_a_folder_gets_an_index_and_a_page_each(tmp_path):
     folder = tmp_path / "pages"
     run("--html", f"{folder}/", *[f"{name}.report.txt" for name in SHOWN])

@@ -11,9 +11,10 @@ constexpr double kWidth = 420.0;
 constexpr double kRowHeight = 41.0;
 constexpr double kBarTop = 20.0;  // Below the row's label.
 constexpr double kBarHeight = 12.0;
-constexpr double kMarkHeight = 15.0;  // Of one line of labels of marks.
-constexpr double kLetterWidth = 6.6;  // Of the marks' labels.
-constexpr double kLabelGap = 6.0;     // Left of a mark's label.
+constexpr double kColumnHeight = 17.0;  // Of the highest column of a row.
+constexpr double kMarkHeight = 15.0;    // Of one line of labels of marks.
+constexpr double kLetterWidth = 6.6;    // Of the marks' labels.
+constexpr double kLabelGap = 6.0;       // Left of a mark's label.
 constexpr double kCutWidth = 7.0;
 
 constexpr double kLongestShare = 200.0;  // Percent; a bar beyond is cut.
@@ -149,6 +150,34 @@ void DrawSpan(Markup& page, const ChartSpan& span, bool marked, const Scale& sca
                           {"r", 5.0}});
 }
 
+void DrawColumns(Markup& page, const ChartColumns& columns, const Scale& scale, double top) {
+    constexpr double kGap = 1.0;
+    constexpr double kLeast = 2.0;  // So that a single machine can be seen.
+    constexpr double kMedianWidth = 2.0;
+    const double bottom = top + kColumnHeight;
+    const std::size_t most = *std::max_element(columns.counts.begin(), columns.counts.end());
+    const double width = kWidth / static_cast<double>(columns.counts.size());
+    page.Shape("rect",
+               {{"class", "bar track"}, {"x", 0.0}, {"y", bottom}, {"width", kWidth}, {"height", 1.0}});
+    for (std::size_t i = 0; i < columns.counts.size(); ++i) {
+        if (columns.counts[i] == 0) {
+            continue;
+        }
+        const double share = static_cast<double>(columns.counts[i]) / static_cast<double>(most);
+        const double height = std::max(share * kColumnHeight, kLeast);
+        page.Shape("rect", {ColourOf(ChartColour::First),
+                            {"x", static_cast<double>(i) * width},
+                            {"y", bottom - height},
+                            {"width", width - kGap},
+                            {"height", height}});
+    }
+    page.Shape("rect", {ColourOf(ChartColour::Model),
+                        {"x", std::min(scale.Place(columns.median), kWidth - kMedianWidth)},
+                        {"y", top},
+                        {"width", kMedianWidth},
+                        {"height", kColumnHeight}});
+}
+
 void DrawBar(Markup& page, const ChartRow& row, const Scale& scale, double top) {
     const double bar = top + kBarTop;
     DrawSegments(page, row, scale, bar);
@@ -158,6 +187,9 @@ void DrawBar(Markup& page, const ChartRow& row, const Scale& scale, double top) 
                             {"y", bar - 0.5},
                             {"width", std::max(scale.Place(*row.limit) - 1.0, 0.0)},
                             {"height", kBarHeight + 1.0}});
+    }
+    if (row.columns && !row.columns->counts.empty()) {
+        DrawColumns(page, *row.columns, scale, bar);
     }
     if (row.span) {
         DrawSpan(page, *row.span, row.marked, scale, bar);

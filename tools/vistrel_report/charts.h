@@ -1,4 +1,4 @@
-// Bar charts in SVG, each with a title and followed by a table of the same figures.
+// Charts in SVG, each with a title and followed by a table of the same figures.
 #pragma once
 
 #include <cstddef>
@@ -24,12 +24,20 @@ struct ChartSpan {
     double most = 0.0;
 };
 
+/// How many machines have a figure in each of the equal parts of the scale; what lies beyond its end is in
+/// the last part.
+struct ChartColumns {
+    std::vector<std::size_t> counts;
+    double median = 0.0;
+};
+
 /// One row: its name, what is drawn, and its figure in words.
 struct ChartRow {
     std::string label;
     std::string figure;
     std::vector<ChartSegment> segments;  ///< drawn one after the other
     std::optional<ChartSpan> span;
+    std::optional<ChartColumns> columns;
     std::optional<double> limit;  ///< drawn as a frame of that length around the bar
     bool marked = false;          ///< such as the user's own model
 };

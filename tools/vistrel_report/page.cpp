@@ -2,19 +2,18 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <limits>
 #include <map>
 
 #include "platform/format.h"
 #include "tools/vistrel_report/charts.h"
+#include "tools/vistrel_report/distributions.h"
 #include "tools/vistrel_report/markup.h"
 #include "tools/vistrel_report/style_sheet.h"
 
 namespace {
 
 constexpr std::array kLevels = {Level::Untrusted, Level::Explains, Level::Contributes, Level::WorthKnowing};
-constexpr std::size_t kMostSpreadRows = 200;
 
 Markup::Attribute ClassOfFinding(Level level) {
     switch (level) {
@@ -321,45 +320,79 @@ void WriteFindingSpread(Markup& page, const std::vector<ReportSummary>& reports)
     WriteTable(page, {"Finding", "Level", "Reports", "Machines", "Rule"}, rows);
 }
 
-double Quantile(const std::vector<double>& sorted, double share) {
-    return sorted[static_cast<std::size_t>(std::lround(share * static_cast<double>(sorted.size() - 1)))];
+/// What is drawn of the reports' figures.
+struct Distributions {
+    Distribution warp;
+    Distribution models;
+    Distribution desktop;
+    Distribution game;
+};
+
+Distributions DistributionsOf(const std::vector<ReportSummary>& reports) {
+    Distributions all;
+    for (const ReportSummary& report : reports) {
+        if (!report.trusted) {
+            continue;
+        }
+        const auto add = [&report](Distribution& distribution, const std::string& of, double value) {
+            distribution.Add(report.gpu, of, report.machine_key, value);
+        };
+        for (const auto& [size, milliseconds] : report.warp_ms) {
+            add(all.warp, size, milliseconds);
+        }
+        for (const auto& [model, milliseconds] : report.model_ms) {
+            add(all.models, model, milliseconds);
+        }
+        if (report.desktop_fps) {
+            add(all.desktop, "", *report.desktop_fps);
+        }
+        if (report.game_fps) {
+            add(all.game, "", *report.game_fps);
+        }
+    }
+    return all;
 }
 
-/// How the warp's cost spreads, for each GPU and size: one value a machine, the median of its reports.
-void WriteWarpSpread(Markup& page, const std::vector<ReportSummary>& reports) {
-    std::map<std::pair<std::string, std::string>, std::map<std::string, std::vector<double>>> costs;
-    for (const ReportSummary& report : reports) {
-        for (const WarpRow& row : report.warp) {
-            const std::string size = FormatText("%lldx%lld", static_cast<long long>(row.width),
-                                                static_cast<long long>(row.height));
-            costs[{report.gpu, size}][report.machine_key].push_back(row.milliseconds);
+/// How costs and rates spread over the machines.
+void WriteDistributions(Markup& page, const std::vector<ReportSummary>& reports) {
+    const Distributions all = DistributionsOf(reports);
+    const std::array charts = {
+        std::pair(&all.warp, DistributionTexts{"What the warp costs",
+                                               "Milliseconds for both eyes of one headset frame, against the "
+                                               "time of one frame.",
+                                               "Size",
+                                               "ms",
+                                               {144.0, 120.0, 90.0, 72.0}}),
+        std::pair(&all.models, DistributionTexts{"What the depth models cost",
+                                                 "Milliseconds of one inference, the median of a report.",
+                                                 "Model",
+                                                 "ms",
+                                                 {}}),
+        std::pair(&all.desktop, DistributionTexts{"New images of the idle desktop",
+                                                  "Images a second that reached the capture in part 1.",
+                                                  "",
+                                                  "fps",
+                                                  {}}),
+        std::pair(&all.game, DistributionTexts{"New images of the game",
+                                               "Images a second that reached the capture in part 2.",
+                                               "",
+                                               "fps",
+                                               {}}),
+    };
+    page.TextElement("h2", "Costs and rates");
+    const auto left_out = std::count_if(reports.begin(), reports.end(),
+                                        [](const ReportSummary& report) { return !report.trusted; });
+    if (left_out > 0) {
+        page.TextElement("p", FormatText("Without %zu reports whose figures cannot be trusted.",
+                                         static_cast<std::size_t>(left_out)));
+    }
+    const Markup::Element grid = page.Open("div", {{"class", "charts"}});
+    std::size_t number = 0;
+    for (const auto& [distribution, texts] : charts) {
+        if (!distribution->IsEmpty()) {
+            WriteChart(page, distribution->ToChart(texts), 0, number++);
         }
     }
-    std::vector<std::vector<std::string>> rows;
-    for (auto& [key, machines] : costs) {
-        std::vector<double> values;
-        for (auto& [machine, times] : machines) {
-            std::sort(times.begin(), times.end());
-            values.push_back(Quantile(times, 0.5));
-        }
-        std::sort(values.begin(), values.end());
-        if (rows.size() < kMostSpreadRows) {
-            rows.push_back({key.first.empty() ? "unknown" : key.first, key.second,
-                            std::to_string(values.size()), FormatText("%.2f", values.front()),
-                            FormatText("%.2f", Quantile(values, 0.25)),
-                            FormatText("%.2f", Quantile(values, 0.5)),
-                            FormatText("%.2f", Quantile(values, 0.75)), FormatText("%.2f", values.back())});
-        }
-    }
-    if (rows.empty()) {
-        return;
-    }
-    page.TextElement("h2", "What the warp costs, in GPU milliseconds");
-    if (costs.size() > rows.size()) {
-        page.TextElement("p", FormatText("The first %zu of %zu rows.", rows.size(), costs.size()));
-    }
-    WriteTable(page, {"GPU", "Size", "Machines", "Least", "Quarter", "Median", "Three quarters", "Most"},
-               rows);
 }
 
 void WriteReportTable(Markup& page, const std::vector<ReportSummary>& reports) {
@@ -400,8 +433,22 @@ ReportSummary SummaryOf(const JudgedReport& report) {
     summary.sentence = report.findings.summary;
     for (const Finding* finding : FoundOnes(report.findings)) {
         summary.found.push_back(finding->rule);
+        summary.trusted = summary.trusted && finding->rule->level != Level::Untrusted;
     }
-    summary.warp = report.facts.warp.rows;
+    for (const WarpRow& row : report.facts.warp.rows) {
+        if (summary.warp_ms.size() < kMostFiguresOfReport) {
+            summary.warp_ms.emplace_back(FormatText("%lldx%lld", static_cast<long long>(row.width),
+                                                    static_cast<long long>(row.height)),
+                                         row.milliseconds);
+        }
+    }
+    for (const ModelRow& row : report.facts.models.rows) {
+        if (row.median_ms && summary.model_ms.size() < kMostFiguresOfReport) {
+            summary.model_ms.emplace_back(row.name, *row.median_ms);
+        }
+    }
+    summary.desktop_fps = report.facts.capture.fps;
+    summary.game_fps = report.facts.game.fps;
     return summary;
 }
 
@@ -430,7 +477,7 @@ std::string OverviewPage(const std::vector<ReportSummary>& reports) {
                             "machines of one make count as one.",
                             machines.size()));
         WriteFindingSpread(page, reports);
-        WriteWarpSpread(page, reports);
+        WriteDistributions(page, reports);
         WriteReportTable(page, reports);
     });
 }

@@ -2,7 +2,9 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tools/vistrel_report/facts.h"
@@ -26,8 +28,15 @@ struct ReportSummary {
     std::string gpu;  ///< the GPU that was measured; empty when unknown
     std::string sentence;
     std::vector<const Rule*> found;
-    std::vector<WarpRow> warp;
+    bool trusted = true;  ///< nothing says that its figures are not to be trusted
+    /// Figures with what they are of: at most kMostFiguresOfReport of each kind.
+    std::vector<std::pair<std::string, double>> warp_ms;   ///< of a size
+    std::vector<std::pair<std::string, double>> model_ms;  ///< medians, of a model
+    std::optional<double> desktop_fps;
+    std::optional<double> game_fps;
 };
+inline constexpr std::size_t kMostFiguresOfReport = 32;
+
 ReportSummary SummaryOf(const JudgedReport& report);
 
 /// The whole document with reports in full: each with its findings, charts and lines; several reports are
