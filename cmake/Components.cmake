@@ -5,9 +5,9 @@ set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${CMAKE_SOURCE_DI
 # vistrel_component(FOLDER): adds every source file below the folder to a library, by the file's name:
 #
 #     NAME_windows.cpp    calls Windows: vistrel_windows
-#     any other .cpp      touches no Windows header: vistrel_portable, also built natively under sanitizers
+#     any other .cpp      includes no Windows header: vistrel_portable, also built natively under sanitizers
 #
-# main_windows.cpp is a program's own and belongs to neither.
+# main_windows.cpp belongs to a program and to neither library.
 function(vistrel_component folder)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/${folder}/*.cpp)
   list(FILTER sources EXCLUDE REGEX "/main(_windows)?\\.cpp$")

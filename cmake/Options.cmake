@@ -4,7 +4,7 @@ option(VISTREL_FUZZ "Build the fuzz targets; needs clang" OFF)
 set(VISTREL_SANITIZE "" CACHE STRING "Sanitizers for the native build, as -fsanitize= takes them")
 set(VISTREL_DEPS ${CMAKE_SOURCE_DIR}/.deps CACHE PATH "Where the set-up keeps what it fetched")
 
-# Debian and MSYS2 keep the headers of utfcpp in a folder of their own, where a cross-compiler does not look.
+# Debian and MSYS2 have the headers of utfcpp in a separate folder, which a cross-compiler does not search.
 find_path(VISTREL_UTF8CPP utf8.h PATHS /usr/include PATH_SUFFIXES utf8cpp NO_CMAKE_FIND_ROOT_PATH REQUIRED)
 
 add_library(vistrel_options INTERFACE)
@@ -14,7 +14,7 @@ target_include_directories(
 target_compile_options(
   vistrel_options INTERFACE -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wno-sign-conversion
                             -Wnon-virtual-dtor -Wold-style-cast -Wformat=2 -Wno-format-zero-length)
-# A path of the build machine must not reach the exe; counts of lines, though, are found by it.
+# The exe must not contain paths of the build machine, except in a coverage build, which needs them.
 if(NOT VISTREL_COVERAGE)
   target_compile_options(vistrel_options INTERFACE -ffile-prefix-map=${VISTREL_DEPS}=.deps
                                                    -ffile-prefix-map=${CMAKE_SOURCE_DIR}=.)
@@ -33,12 +33,12 @@ if(WIN32)
               __USE_MINGW_ANSI_STDIO=1
               # The C interface of ONNX Runtime spells the calling convention with one underscore; clang knows that.
               $<$<CXX_COMPILER_ID:GNU>:_stdcall=__stdcall>)
-  # The headers of Direct3D and DXGI declare functions whose conversion to FARPROC is how Windows does it.
+  # Functions of Windows are converted to and from FARPROC, which GCC warns about.
   target_compile_options(vistrel_options INTERFACE -Wno-cast-function-type)
 endif()
 
 if(VISTREL_SANITIZE AND NOT WIN32)
-  # Whether a test itself does what is undefined is not asked, which saves a third of what compiling it takes.
+  # Tests themselves are not checked for undefined behaviour, which saves a third of their compile time.
   string(REPLACE "," ";" sanitizers ${VISTREL_SANITIZE})
   foreach(sanitizer ${sanitizers})
     if(sanitizer STREQUAL undefined)
@@ -63,9 +63,8 @@ if(VISTREL_FUZZ)
   target_compile_definitions(vistrel_options INTERFACE VISTREL_TEXT_BUFFER_BYTES=256)
 endif()
 
-# instrument(TARGET): code of the tool itself, which counts its lines, traps or guides a fuzzer where the
-# preset says so. Tests and the
-# lab around it are built as ever.
+# instrument(TARGET): instruments the tool's own code for coverage, traps or fuzzing if the preset says so. Tests and the
+# lab are built as usual.
 function(instrument target)
   if(VISTREL_COVERAGE)
     target_compile_options(${target} PRIVATE --coverage -fprofile-abs-path -O0)
@@ -76,7 +75,7 @@ function(instrument target)
     target_compile_options(${target} PRIVATE -fsanitize=fuzzer-no-link)
   endif()
   if(VISTREL_SANITIZE AND WIN32)
-    # mingw has no library of sanitizers: what is undefined ends the program with an illegal instruction.
+    # mingw has no sanitizer library: undefined behaviour ends the program with an illegal instruction.
     target_compile_options(${target} PRIVATE -fsanitize=${VISTREL_SANITIZE} -fsanitize-undefined-trap-on-error)
   endif()
 endfunction()

@@ -1,4 +1,4 @@
-# split_debug(TARGET): the symbols go to TARGET.exe.debug beside the exe, which stays small and names that file.
+# split_debug(TARGET): moves the symbols to TARGET.exe.debug beside the exe, which stays small and refers to that file.
 function(split_debug target)
   find_program(VISTREL_OBJCOPY NAMES x86_64-w64-mingw32-objcopy objcopy REQUIRED)
   add_custom_command(

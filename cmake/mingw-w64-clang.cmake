@@ -1,5 +1,5 @@
-# Cross-compiling for 64-bit Windows with clang and the libraries of Debian's mingw-w64. Shows that the code is not bound
-# to one compiler; what is handed out is built with GCC (mingw-w64.cmake).
+# Cross-compiling for 64-bit Windows with clang and the libraries of Debian's mingw-w64. Shows that the code does not depend
+# on one compiler; releases are built with GCC (mingw-w64.cmake).
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 
@@ -16,13 +16,13 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
 set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 
-# Where GCC keeps its C++ library; clang finds only that of the variant without threads by itself.
+# GCC's C++ library; clang alone finds only the variant without threads.
 set(gcc /usr/lib/gcc/x86_64-w64-mingw32/12-posix)
 set(CMAKE_CXX_FLAGS_INIT
     "-isystem ${gcc}/include/c++ -isystem ${gcc}/include/c++/x86_64-w64-mingw32 -isystem ${gcc}/include/c++/backward")
 set(CMAKE_EXE_LINKER_FLAGS_INIT "-static -L${gcc} -Wl,--no-insert-timestamp")
 set(CMAKE_SHARED_LINKER_FLAGS_INIT "-static -L${gcc} -Wl,--no-insert-timestamp")
-# The C++ library before what it needs, which clang would name in the other order.
+# The C++ library before its dependencies; clang would use the opposite order.
 set(CMAKE_CXX_STANDARD_LIBRARIES "-lstdc++ -latomic -lgcc_eh -lpthread -lkernel32 -luser32 -lgdi32 -lshell32 -lole32 -ladvapi32"
     CACHE STRING "")
 

@@ -1,4 +1,4 @@
-# Cross-compiling for 64-bit Windows with Debian's mingw-w64, and running what was built under Wine.
+# Cross-compiling for 64-bit Windows with Debian's mingw-w64, and running the result under Wine.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 
