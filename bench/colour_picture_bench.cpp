@@ -25,7 +25,7 @@ struct Size {
 void CopyPlainly(const std::vector<std::uint32_t>& source) {
     const auto copy = std::make_unique_for_overwrite<std::uint32_t[]>(source.size());
     std::memcpy(copy.get(), source.data(), source.size() * sizeof(std::uint32_t));
-    // Somebody may look at it, or the compiler would leave out a copy that nobody does.
+    // Makes the copy observable; otherwise the compiler would omit it.
     asm volatile("" : : "r"(copy.get()) : "memory");
 }
 

@@ -1,4 +1,4 @@
-"""What bench/table.py measures. A measurement takes the log to write its own words to and yields rows."""
+"""What bench/table.py measures. A measurement writes its output to the given log and yields rows."""
 
 import math
 import os
@@ -19,7 +19,7 @@ import lab  # noqa: E402
 
 BENCH = lab.BUILD / "bench"
 INSTALL = ROOT / "build" / "install"
-# How closely a ratio has to be known, and the least and the most pairs taken for it.
+# The required accuracy of a ratio, and the minimum and maximum of pairs for it.
 START_PAIRS = {"precision": 0.05, "least": 11, "most": 45}
 LOG_PAIRS = {"precision": 0.03, "least": 7, "most": 15}
 RUN_PAIRS = {"precision": 0.03, "least": 9, "most": 31}
@@ -54,7 +54,7 @@ def depth_model(log):
 
 
 def capture_counts(log):
-    """Whole runs on desktops that change at a known rate: what the report counts against what was shown."""
+    """Whole runs on desktops that change at a known rate: the report's counts against the images shown."""
     for rate in (60, 144, 240, 1000):
         with tempfile.TemporaryDirectory(prefix="vistrel-bench-") as folder:
             install = lab.Install(pathlib.Path(folder) / "install")
@@ -77,7 +77,7 @@ def seconds_to_first_line(exe):
     )
     process.stdout.readline()
     seconds = time.perf_counter() - started
-    # The tool waits for a person now; nothing is left for it to do.
+    # The tool is waiting for input now and has no other work.
     os.killpg(process.pid, signal.SIGKILL)
     process.communicate()
     return seconds
@@ -124,7 +124,7 @@ def seconds_of_run(exe, *arguments):
 
 
 def quick_run(log):
-    """The whole run against its unavoidable calls, by the clock on the wall: much of either is waiting."""
+    """The whole run against its unavoidable calls, in wall-clock time: much of either is waiting."""
     with tempfile.TemporaryDirectory(prefix="vistrel-bench-") as folder:
         install = tool_folder(folder)
         bare_exe = install.add_file(BENCH / "bare_run_bench.exe", "bare_run_bench.exe")
@@ -177,7 +177,7 @@ def write_log(path, texts, megabytes):
 
 
 def grep_seconds(words, path):
-    """Processor time. Its output is read, for grep stops at the first match when nobody does."""
+    """Processor time. Its output is read, because grep stops at the first match if it goes to /dev/null."""
     before = resource.getrusage(resource.RUSAGE_CHILDREN)
     subprocess.run(["grep", "-cF", "-f", words, path], env={"LC_ALL": "C"}, stdout=subprocess.PIPE, check=False)
     after = resource.getrusage(resource.RUSAGE_CHILDREN)

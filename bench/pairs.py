@@ -1,4 +1,4 @@
-"""The middle ratio of as many pairs as it takes to know it closely, as bench/ratio.h has it for the bench programs."""
+"""The middle ratio of as many pairs as its accuracy requires, like bench/ratio.h for the bench programs."""
 
 import dataclasses
 import math
@@ -9,7 +9,7 @@ class MiddleRatio:
     ratio: float
     give: float = 0.0  # half of the interval that holds the true middle, at 95 %, as a part of the ratio
     pairs: int = 0
-    steady: bool = True  # known as closely as was asked for
+    steady: bool = True  # as accurate as requested
 
 
 def middle_of(ratios, precision):

@@ -45,7 +45,7 @@ class Row:
 
     @property
     def verdict(self):
-        """"-" for what is told for information alone."""
+        """"-" for rows that are only informative."""
         if self.at_least is None and self.at_most is None:
             return "-"
         if not self.steady:

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Checks what a packed vistrel_diag.exe promises: imports, hardening, manifest and version resource.
+"""Checks the properties of a packed vistrel_diag.exe: imports, hardening, manifest and version resource.
 
     packaging/check_exe.py EXE
 
@@ -9,9 +9,9 @@ import re
 import subprocess
 import sys
 
-# The known DLLs of every Windows 10: it takes them, and what they import, from its system folder alone. Any other DLL of
-# an import table is looked for in the program's folder first, and the wrong file there keeps the program from starting.
-# ntdll is in every process before any other.
+# The known DLLs of every Windows 10: it loads them and their imports only from its system folder. It searches the
+# program's folder first for any other imported DLL, and a wrong file there would keep the program from starting. ntdll
+# is in every process from the start.
 KNOWN_DLLS = {"advapi32.dll", "gdi32.dll", "kernel32.dll", "msvcrt.dll", "ntdll.dll", "shell32.dll", "user32.dll"}
 DLL_CHARACTERISTICS = {"high-entropy VA": 0x0020, "ASLR (dynamic base)": 0x0040, "NX": 0x0100}
 MANIFEST = {

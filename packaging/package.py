@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Packs the built tool for hand-out.
+"""Packs the built tool for release.
 
     packaging/package.py EXE OUTPUT_FOLDER
 
@@ -42,8 +42,8 @@ def version():
 
 
 def commit_time():
-    """When the packed tree was committed, in UTC: the date that stays the same wherever it is packed. SOURCE_DATE_EPOCH
-    says it for a tree without its history."""
+    """When the packed tree was committed, in UTC: the date is the same wherever it is packed. SOURCE_DATE_EPOCH
+    sets it for a tree without its history."""
     seconds = os.environ.get("SOURCE_DATE_EPOCH") or run("git", "-C", str(ROOT), "log", "-1", "--format=%ct")
     return time.gmtime(int(seconds))
 
@@ -62,12 +62,12 @@ def package_version(name):
 
 
 def purl(package):
-    """The package's URL as purl-spec has it: what is not unreserved in a URL is escaped, but for colons."""
+    """The package's URL as purl-spec has it: everything but unreserved characters and colons is escaped."""
     return f"pkg:deb/debian/{urllib.parse.quote(package, safe=':')}@{urllib.parse.quote(package_version(package), safe=':')}"
 
 
 def refuse_stand_ins():
-    """An exe that was built with another version than pins.txt asks for is not the one that is released."""
+    """An exe built with another version than the one in pins.txt is not released."""
     stand_ins = ROOT / ".deps" / "stand-ins"
     if stand_ins.exists():
         sys.exit(f"package: built with {stand_ins.read_text(encoding='utf-8').strip()}, which scripts/setup took because "
