@@ -1,4 +1,4 @@
-// Finds the module that contains an address, while the process dies.
+// Finds the module that contains an address, while the process crashes.
 #pragma once
 
 #include <windows.h>

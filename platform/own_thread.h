@@ -7,6 +7,6 @@
 /// be created.
 ///
 /// The C runtime's start-up code puts an exception handler around main that handles some hardware exceptions,
-/// such as integer overflow, by repeating the same instruction for ever. A new thread has no such handler:
+/// such as integer overflow, by repeating the same instruction forever. A new thread has no such handler:
 /// there these exceptions reach the unhandled-exception filter like any other.
 void RunOnOwnThread(const std::function<void()>& work);

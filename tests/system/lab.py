@@ -52,8 +52,8 @@ def user_with(local_data):
 
 @contextlib.contextmanager
 def new_user():
-    """Programs that are run while the block lasts are run by a user for whom the product never ran, and whom nobody
-    else sees. Gives the folder where the product would keep its settings and its log; it is not there yet."""
+    """Programs started inside the block belong to a new user for whom the product has never run. Returns the folder
+    where the product would keep its settings and its log; it does not exist yet."""
     users = pathlib.Path(os.environ["WINEPREFIX"]) / "drive_c" / "users"
     home = pathlib.Path(tempfile.mkdtemp(prefix="lab-", dir=users))
     local_data = home / "AppData" / "Local"

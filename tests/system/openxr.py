@@ -27,8 +27,8 @@ class Headset:
 
 
 def connect(install, script, loader="genuine_loader"):
-    """Puts a loader (a folder of the lab's) beside the tool, and a runtime that does what the script says behind it. The
-    registry of every prefix names the variable of the environment that names the runtime (scripts/lab-session)."""
+    """Puts a loader (a folder of the lab's) beside the tool, and connects it to a runtime that follows the script. The
+    registry of every prefix contains the environment variable that names the runtime (scripts/lab-session)."""
     install.add_library("openxr_loader.dll", FOLDER / loader / "openxr_loader.dll")
     script_file = install.folder.parent / "openxr_script.txt"
     script_file.write_text(script, encoding="utf-8")

@@ -132,7 +132,7 @@ def test_driver(machine, function, section, following):
     ],
 )
 def test_every_exception_of_a_driver_ends_in_the_rescue(machine, kind, exception, exit_code):
-    """On the main thread the C runtime's own frame would try the instruction of the last one again for ever."""
+    """On the main thread the C runtime's own frame would retry the instruction of the last one forever."""
     cause = CRASHED.format(MACHINE_MODULE, exception, exit_code)
     check_death(machine.dies(*QUICK, scenario=f"{kind} AcquireNextFrame\n{MACHINE}"), exit_code, CAPTURE, cause)
     machine.check_report("Duplicated      : ", CAPTURE, cause)

@@ -1,5 +1,5 @@
-// Saves the report of a run that dies. Drivers crash and runtimes hang while the tool calls them, and support
-// then needs the lines found so far.
+// Saves the report of a run that crashes. Drivers crash and runtimes hang while the tool calls them, and
+// support then needs the lines found so far.
 #pragma once
 
 #include <cstddef>
@@ -23,13 +23,13 @@ struct CrashSite {
 };
 
 /// Formats the closing line of a report that was cut short: in which section, and by what. `site` is used for
-/// a crash. Allocates nothing, so it can be called while the process dies. Returns the number of bytes
+/// a crash. Allocates nothing, so it can be called during a crash. Returns the number of bytes
 /// written to `buffer`, without the terminating zero.
 std::size_t FormatCutShortLine(char* buffer, std::size_t size, RunEnd end, const CrashSite& site,
                                const char* section);
 
-/// While this object exists, a process that dies of an unhandled exception (including a stack overflow and
-/// abort), Ctrl-C, a closed console or the end of the session first writes the lines so far to the report
+/// While this object exists, a process that ends through an unhandled exception (including a stack overflow
+/// and abort), Ctrl-C, a closed console or the end of the session first writes the lines so far to the report
 /// file and adds that closing line. The report of an ordinary run does not change. If a library replaces the
 /// exception filter or abort handler with its own, the rescue's are installed again when the next section
 /// begins. At most one object at a time; the thread that creates it is the one that calls foreign code.

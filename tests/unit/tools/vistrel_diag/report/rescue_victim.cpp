@@ -1,5 +1,5 @@
-// Keeps a few report lines and then dies, or ends, as its argument says. Its report goes to the folder named
-// by VISTREL_RESCUE_VICTIM_FOLDER, or else to the current directory.
+// Keeps a few report lines and then crashes, or ends, as its argument says. Its report goes to the folder
+// named by VISTREL_RESCUE_VICTIM_FOLDER, or else to the current directory.
 #include <windows.h>
 
 #include <atomic>
