@@ -1,6 +1,6 @@
-// What a quick run without models and without time for the capture cannot do without: the factories of the
-// inventory and of the capture, the device, the shaders and the batches of the warp. bench/run compares the
-// whole run of the tool with it. Run it in the same folder.
+// The calls that a quick run without models and without capture time cannot avoid: the factories of the
+// inventory and of the capture, the device, the shaders and the batches of the warp. bench/run compares them
+// with a whole run of the tool. Run it in the same folder.
 #include <d3d11.h>
 #include <dxgi1_2.h>
 #include <wrl/client.h>

@@ -1,5 +1,5 @@
-// What ScreenCaptureDxgi::GetFrame adds to the calls that it cannot do without, on a simulated machine with
-// two equal monitors: it captures the one, a bare loop the other.
+// The overhead of ScreenCaptureDxgi::GetFrame over the calls that it needs, on a simulated machine with two
+// equal monitors: it captures one, a bare loop the other.
 #include <d3d11.h>
 #include <dxgi1_2.h>
 #include <wrl/client.h>
@@ -27,7 +27,7 @@ void Must(bool held, const char* what) {
     }
 }
 
-/// A monitor's duplication without anything around it.
+/// A monitor's duplication without any wrapper.
 class BareCapture {
   public:
     BareCapture(IDXGIAdapter1* adapter, ID3D11Device* device, ID3D11DeviceContext* context, UINT output)

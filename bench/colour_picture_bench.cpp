@@ -1,4 +1,4 @@
-// How long the picture of the warp measurement takes to build, against a plain copy of as many bytes.
+// The time to build the warp measurement's picture, compared with a plain copy of the same size.
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
@@ -21,7 +21,7 @@ struct Size {
     std::string Text() const { return std::to_string(width) + "x" + std::to_string(height); }
 };
 
-/// A copy into memory that is as new as the picture's.
+/// A copy into newly allocated memory, like the picture's.
 void CopyPlainly(const std::vector<std::uint32_t>& source) {
     const auto copy = std::make_unique_for_overwrite<std::uint32_t[]>(source.size());
     std::memcpy(copy.get(), source.data(), source.size() * sizeof(std::uint32_t));

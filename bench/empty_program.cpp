@@ -1,4 +1,4 @@
-// What the tool's start is compared with: a program that does nothing but say a line.
+// The baseline for the tool's start: a program that only prints a line.
 #include <cstdio>
 
 int wmain(int, wchar_t**) {

@@ -1,10 +1,10 @@
-// Does the timing of a depth model add anything of its own? The same model, in the same process, timed by the
-// tool and by a bare call of the runtime's C interface, turn about: one iteration each, so that both meet the
-// same machine.
+// Does the timing of a depth model add any overhead? The same model, in the same process, timed alternately
+// by the tool and by a bare call of the runtime's C interface: one iteration each, so that both run under the
+// same conditions.
 //
 //     model_timing_bench MODEL WIDTH HEIGHT [RUNS]
 //
-// onnxruntime.dll and DirectML.dll lie beside the program. The model has one float32 input of 1 x 3 x HEIGHT
+// onnxruntime.dll and DirectML.dll are beside the program. The model has one float32 input of 1 x 3 x HEIGHT
 // x WIDTH.
 #include <windows.h>
 
@@ -22,8 +22,8 @@
 
 namespace {
 
-// On a busy machine two sessions of one model may differ for as long as they live: only the middle one of
-// several pairs tells of the timing.
+// On a busy machine two sessions of one model may differ for their whole lifetime: only the middle one of
+// several pairs is meaningful.
 constexpr Closeness kCloseness = {0.005, 9, 45};
 
 struct Model {
@@ -43,8 +43,8 @@ void Must(const OrtApi& api, OrtStatus* status) {
     }
 }
 
-/// A session of the bench's own, set up as the tool's but without any of the tool's code around it. What it
-/// makes lives until the process ends.
+/// The benchmark's own session, set up like the tool's but without any of the tool's code. Its objects exist
+/// until the process ends.
 class BareSession {
   public:
     BareSession(const OnnxRuntime& runtime, const Model& model)
@@ -99,8 +99,7 @@ struct Medians {
     double bare_ms;
 };
 
-/// The tool's timing over a clock that, at the end of each of its iterations, lets the bare session have its
-/// turn.
+/// Runs the tool's timing with a clock that runs the bare session at the end of each iteration.
 Medians TimeTurnAbout(const Model& model, int runs) {
     const OnnxRuntime& runtime = LoadedOnnxRuntime();
     BareSession bare(runtime, model);

@@ -1,5 +1,5 @@
-// Ratios against a baseline that was measured turn about with the subject, in the form that bench/run makes
-// its table of. bench/pairs.py has the same rule for what bench/run times itself.
+// Ratios against a baseline that was measured alternately with the subject, in the form that bench/run prints
+// as a table. bench/pairs.py applies the same rule to the times that bench/run measures.
 #pragma once
 
 #include <algorithm>
@@ -11,13 +11,13 @@
 #include <utility>
 #include <vector>
 
-/// Where a ratio has to lie; an empty bound is none.
+/// The bounds of a ratio; an empty bound does not apply.
 struct Wanted {
     std::optional<double> at_least;
     std::optional<double> at_most;
 };
 
-/// How closely a ratio has to be known, as a part of itself, and how many pairs are taken for it.
+/// The required accuracy of a ratio, relative to itself, and the number of pairs measured for it.
 struct Closeness {
     double precision = 0.02;
     std::size_t least = 9;  ///< at least six: fewer have no interval
@@ -32,8 +32,8 @@ struct MiddleRatio {
     bool steady = false;  ///< as accurate as requested
 };
 
-/// From one pair's ratio each, at least one. The interval is between two of the ratios in their order, so
-/// that nothing is taken for granted of how they scatter.
+/// From the ratios of at least one pair. The interval is between two of the sorted ratios, so no distribution
+/// is assumed.
 inline MiddleRatio MiddleOf(std::vector<double> ratios, double precision) {
     std::sort(ratios.begin(), ratios.end());
     const std::size_t count = ratios.size();
@@ -58,7 +58,7 @@ MiddleRatio TakePairs(const Closeness& wanted, Pair&& pair) {
     return middle;
 }
 
-/// One line of the table. Neither text holds a tab. A figure that is no middle of pairs has none.
+/// One line of the table. Neither text contains a tab. A figure that is not the middle of pairs has none.
 inline void PrintRatio(const std::string& what, const std::string& baseline, const MiddleRatio& middle,
                        const Wanted& wanted) {
     const auto bound = [](const std::optional<double>& value) {
@@ -83,14 +83,15 @@ double SecondsOf(Work&& work) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-/// The middle ratio of subject to baseline, and the best seconds of each for a person.
+/// The middle ratio of subject to baseline, and the best seconds of each for information.
 struct Comparison {
     MiddleRatio middle;
     double subject = 0.0;
     double baseline = 0.0;
 };
 
-/// Does both turn about, so that both of a pair meet the same machine. Who begins changes from pair to pair.
+/// Runs both alternately, so that both of a pair run under the same conditions. The order changes from pair
+/// to pair.
 template <typename Subject, typename Baseline>
 Comparison TurnAbout(const Closeness& wanted, Subject&& subject, Baseline&& baseline) {
     std::vector<double> subjects;

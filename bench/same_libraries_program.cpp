@@ -1,5 +1,5 @@
-// What the tool's start and size are compared with: a program that does nothing but say a line, and yet
-// carries the libraries that the tool cannot do without.
+// The baseline for the tool's start and size: a program that only prints a line, but contains the libraries
+// that the tool needs.
 #include <d3d11.h>
 #include <dxgi.h>
 #include <shlobj.h>
@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Never called; a look at it keeps the linker from leaving the libraries out.
+/// Never called; the reference keeps the linker from omitting the libraries.
 bool UsesEveryLibrary(const wchar_t* path) {
     nlohmann::json keys;
     std::ifstream(reinterpret_cast<const char*>(path)) >> keys;

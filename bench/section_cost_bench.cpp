@@ -1,11 +1,8 @@
-// What a quick run's sections cost beyond the calls of the system that they make: the whole run, watched from
-// another thread, which looks every other millisecond where the run is and how much processor time it has
-// used outside of the system's kernel. What it used in this program's code or in the C runtime is the tool's
-// own. Counts the snapshots of the processes as well.
-//
-// Run it in place of the tool, in a folder without depth models.
+// The cost of a quick run's sections beyond the system calls that they make. Another thread samples the run
+// every other millisecond: its position, and the processor time that it has used outside the kernel. Time in
+// this program's code or in the C runtime is the tool's own. Also counts the process snapshots.
 #include <windows.h>
-// The tool help header needs the types of this one first.
+// tlhelp32.h needs the types of windows.h.
 #include <psapi.h>
 #include <tlhelp32.h>
 
@@ -34,7 +31,7 @@ HANDLE WINAPI CreateToolhelp32Snapshot(DWORD flags, DWORD process) {
     ++snapshots;
     return real(flags, process);
 }
-// A window is in front, as on any person's machine.
+// A window is in the foreground, as on a user's machine.
 extern "C" {
 decltype(&GetForegroundWindow) __imp_GetForegroundWindow = GetDesktopWindow;
 }
@@ -130,15 +127,15 @@ void Reckon(double milliseconds) {
     HANDLE const thread = ThisThread();
     const double end = ProcessorMs(thread) + milliseconds;
     while (ProcessorMs(thread) < end) {
-        // So small that no memory comes from the system, so often that asking for the time counts for
-        // nothing.
+        // So small that no memory comes from the system, and repeated so often that reading the time does not
+        // matter.
         for (int i = 0; i < 1000; ++i) {
             BuildColourPicture({}, 64, 36);
         }
     }
 }
 
-/// Whether a watcher sees at least half of what there is to see.
+/// Whether a watcher detects at least half of the expected time.
 bool WatcherSees() {
     constexpr double kMs = 200.0;
     Watcher watcher(ThisThread());

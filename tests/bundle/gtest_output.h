@@ -1,4 +1,4 @@
-// What a GoogleTest program printed, test by test.
+// The output of a GoogleTest program, test by test.
 #pragma once
 
 #include <string>
@@ -10,9 +10,9 @@ enum class TestOutcome { Passed, Failed, Skipped };
 struct TestResult {
     std::string name;  ///< "Suite.Test"
     TestOutcome outcome = TestOutcome::Passed;
-    std::string message;  ///< what was printed while it ran; of a skipped test the reason alone
+    std::string message;  ///< its output; for a skipped test only the reason
 };
 
 /// The results in the order of the output. A test that began and did not end counts as failed: the program
-/// died in it.
+/// crashed in it.
 std::vector<TestResult> ReadGtestOutput(std::string_view output);

@@ -9,9 +9,9 @@
 
 struct ProgramRun {
     bool started = false;
-    bool timed_out = false;  ///< ended by force, with every program that it had started
+    bool timed_out = false;  ///< killed, with every program that it had started
     DWORD exit_code = 0;
-    std::string output;  ///< bytes of its output and error stream together
+    std::string output;  ///< its output and error stream together, as bytes
 };
 
 /// Runs `program` in `folder` with an empty input. Its output overwrites `output_file`.

@@ -12,7 +12,8 @@ constexpr std::array kOfThisMachine = {
     std::string_view("WHAT VISTREL ITSELF LOGGED LAST RUN"),
 };
 
-// Of a run with --quick, in their order, on any machine; what needs a device stands between the last two.
+// The sections of a run with --quick in order, on any machine; those that need a device are between the last
+// two.
 constexpr std::array kTitles = {
     std::string_view("PART 1 - BASELINE, NOTHING ELSE RUNNING"),
     std::string_view("WHAT ELSE WAS RUNNING DURING THIS TEST"),

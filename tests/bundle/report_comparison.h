@@ -5,8 +5,8 @@
 #include <string_view>
 #include <vector>
 
-/// The sections whose lines tell of the machine that the tests run on and of its user, which a simulated
-/// machine leaves as they are. Only their titles are compared.
+/// The sections that describe the machine on which the tests run and its user, which a simulated machine does
+/// not replace. Only their titles are compared.
 bool IsOfThisMachine(std::string_view title);
 
 /// The lines that differ, "- " before an expected and "+ " before an actual one; empty when the reports say
@@ -15,6 +15,6 @@ bool IsOfThisMachine(std::string_view title);
 std::vector<std::string> ReportDifferences(std::string_view expected, std::string_view actual,
                                            std::string_view install_folder);
 
-/// What keeps a text from being a whole report of an ordinary run: a section that is missing or out of order,
-/// a closing line of a run that was cut short. Empty for a whole one.
+/// The reasons why a text is not the whole report of an ordinary run: a section that is missing or out of
+/// order, a closing line of a run that was cut short. Empty for a whole one.
 std::vector<std::string> WhatIsMissing(std::string_view report);

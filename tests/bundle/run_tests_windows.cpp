@@ -30,7 +30,7 @@ namespace fs = std::filesystem;
 constexpr DWORD kTimeoutMs = 300'000;  // As for the tests under Wine; the slowest takes a tenth of it.
 constexpr const wchar_t* kReportName = L"vistrel_diag_report.txt";
 
-// What a whole ./test runs beside the bundle.
+// Tests of a whole ./test that are not in the bundle.
 const std::vector<std::string> kNotHere = {
     "whole runs driven by Python: terminals, programs beside the tool, broken folders (Linux and Wine)",
     "the native build under sanitizers, clang-format, cppcheck and the lines of the report (Linux)",
@@ -74,7 +74,7 @@ class Bundle {
     fs::path work_;
 };
 
-/// What is wrong with how a program ended; empty for an ordinary end.
+/// The error with which a program ended; empty for a normal end.
 std::string ProblemOf(const ProgramRun& run) {
     std::ostringstream text;
     if (!run.started) {
@@ -107,7 +107,7 @@ bool UnderWine() {
     return GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "wine_get_version") != nullptr;
 }
 
-/// A desktop that shows windows, as a service does not have one.
+/// Whether there is a desktop that shows windows; a service has none.
 bool HasDesktop() {
     HDESK desktop = OpenInputDesktop(0, FALSE, DESKTOP_READOBJECTS);
     if (desktop == nullptr) {
@@ -163,7 +163,7 @@ Step RunTestProgram(const Bundle& bundle, const fs::path& program) {
     if (const std::string reason = WhyNot(name); !reason.empty()) {
         return {name, {{"the program as a whole", TestOutcome::Skipped, reason}}};
     }
-    // The tests of the warp look for the product's shader where the product would be installed.
+    // The tests of the warp search for the product's shader where the product would be installed.
     const bool in_install = name.starts_with("warp_");
     const fs::path folder = bundle.Work() / name;
     fs::create_directories(folder);
@@ -226,7 +226,7 @@ fs::path LayOutInstall(const Bundle& bundle, const std::string& name, bool produ
     return install;
 }
 
-/// What the simulated machine counted that a clean run leaves at zero.
+/// Counts of the simulated machine that are zero after a clean run.
 std::string WhatWasLeft(const fs::path& counts) {
     std::ifstream file(counts);
     std::string problems;
@@ -240,8 +240,8 @@ std::string WhatWasLeft(const fs::path& counts) {
     return read ? problems : "The simulated machine left no counts.\n";
 }
 
-/// Runs the tool on a simulated machine. `problem` takes what is wrong with the run itself; the report file's
-/// bytes are returned.
+/// Runs the tool on a simulated machine and returns the bytes of the report file. `problem` receives the
+/// error of the run itself.
 std::string RunScenario(const Bundle& bundle, const std::string& scenario, const fs::path& install,
                         const std::vector<std::wstring>& options, std::string& problem) {
     const fs::path counts = install.parent_path() / "counts.txt";
@@ -306,7 +306,7 @@ std::vector<std::string> Scenarios(const Bundle& bundle) {
 
 TestResult RunHere(const Bundle& bundle) {
     const fs::path install = LayOutInstall(bundle, "this-machine", true);
-    fs::remove(install / "onnxruntime.dll");  // The stand-in measures nothing.
+    fs::remove(install / "onnxruntime.dll");  // The fake runtime measures nothing.
     const ProgramRun run = bundle.Run(install / "vistrel_diag.exe", {L"--quick"}, install);
     std::string problem = ProblemOf(run);
     const std::string report = FileBytes(install / kReportName);
@@ -391,7 +391,7 @@ int Run(const fs::path& folder) {
     if (!product_folder_was_there) {
         std::error_code not_empty;
         fs::remove(product_folder,
-                   not_empty);  // The tool makes it where it is not; never one with files in it.
+                   not_empty);  // The tool creates it if it does not exist, but never with files in it.
     }
     std::printf("\n%s See %s\n", passed ? "All passed." : "THERE ARE FAILURES.",
                 (folder / "summary.txt").string().c_str());

@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr std::size_t kLongestMessage = 4000;  // Bytes of what one failed test printed.
+constexpr std::size_t kLongestMessage = 4000;  // Bytes of a failed test's output.
 
 std::string Indented(const std::string& message) {
     std::string text = "    ";

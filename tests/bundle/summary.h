@@ -1,4 +1,4 @@
-// What the test bundle tells at its end: what passed, failed and was skipped, and why.
+// The result of the test bundle: what passed, failed and was skipped, and why.
 #pragma once
 
 #include <map>

@@ -1,4 +1,4 @@
-// Any bytes as the arguments, a zero between two: whatever they say, the run stays bounded.
+// Any bytes as the arguments, separated by zeros: the run stays bounded for all values.
 #include <cmath>
 #include <cstddef>
 #include <cstdint>

@@ -1,6 +1,5 @@
-// Text, page, data and masks over reports that were edited at random: lines lost, doubled and moved, numbers
-// and names replaced. Whatever comes out of it, a finding rests on lines that are there, and the page stays a
-// page.
+// Text, page, data and masks for reports that were edited at random: lines removed, repeated and moved,
+// numbers and names replaced. In all cases a finding refers to existing lines, and the page stays valid.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
@@ -103,7 +102,7 @@ void CheckFindings(const Facts& facts, const Findings& findings) {
     }
 }
 
-/// One kind of output, for all of them take ten times as long.
+/// Only one kind of output, because all of them take ten times as long.
 void CheckOutput(Facts facts, const Findings& findings, std::size_t kind) {
     if (kind == 0) {
         Require(JsonLine(facts, findings, true).ends_with("}\n"));

@@ -1,5 +1,5 @@
-// Any bytes as the product's log: the lines selected are those that a plain selection, with everything held
-// in memory, makes.
+// Any bytes as the product's log: the selected lines are those of a simple selection that holds everything in
+// memory.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
-// Any bytes as a settings file: either they are taken, or the failure is of the std::exception family; the
-// fields that no key fills stay as they were, and no field is ever "not a number".
+// Any bytes as a settings file: it is either accepted or throws a std::exception; fields without a key do not
+// change, and no field is ever a NaN.
 #include <cmath>
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
-// Every rule over facts that were edited at random: what a report says is taken away, added, and replaced by
-// any number and any text. An answer must be complete, and rest on lines of the report.
+// Every rule with facts that were edited at random: facts of a report are removed, added, and replaced by any
+// number and any text. A result must be complete, and refer to lines of the report.
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-// Any bytes as the settings file that is quoted: what is printed is what a plain reading of the file gives.
+// Any bytes as the quoted settings file: the output is that of a simple reader.
 #include <algorithm>
 #include <cstdarg>
 #include <cstddef>

@@ -1,5 +1,5 @@
-// Any bytes as the settings, the screen and the eye of the stereo warp: every value of the shader's buffer is
-// one that the shader can read, whatever the numbers were.
+// Any bytes as the settings, the screen and the eye of the stereo warp: the shader can use every value in its
+// buffer, whatever the numbers were.
 #include <array>
 #include <bit>
 #include <cmath>

@@ -20,7 +20,7 @@ Function Accounting(const char* name, Function /*real*/) {
 
 class HandleAccount : public ::testing::Test {
   protected:
-    /// What became open since the test began.
+    /// The number of handles opened since the test began.
     long Opened() const { return OpenHandles() - before_; }
 
     void ExpectOneOpen(HANDLE handle) {

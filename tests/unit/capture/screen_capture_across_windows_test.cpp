@@ -1,4 +1,4 @@
-// Carrying the images of a display on one GPU to a device on another.
+// Copying the images of a display on one GPU to a device on another.
 #include <atomic>
 #include <thread>
 #include <utility>

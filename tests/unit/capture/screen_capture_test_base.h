@@ -1,4 +1,4 @@
-// What the tests of the screen capture share: a scripted desktop, and the proof that nothing of it leaks.
+// Shared by the tests of the screen capture: a scripted desktop, and a check that nothing of it leaks.
 #pragma once
 
 #include <gmock/gmock.h>
@@ -69,7 +69,7 @@ adapter Fast GPU
 
     bool Start(const char* source_name = "") { return capture_->Initialize(device_.Get(), source_name); }
 
-    /// What the error stream gets while `action` runs.
+    /// The error stream's output while `action` runs.
     static std::string ErrorsOf(const std::function<void()>& action) {
         testing::internal::CaptureStderr();
         action();

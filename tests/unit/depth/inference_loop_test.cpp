@@ -12,7 +12,7 @@ namespace {
 using ::testing::DoubleEq;
 using ::testing::ElementsAre;
 
-/// A clock that shows `readings` one after the other, and steps that note what was called when.
+/// A clock that returns `readings` one after the other, and steps that record the order of calls.
 class ScriptedRuns {
   public:
     ScriptedRuns(std::vector<std::int64_t> readings, std::int64_t frequency)

@@ -1,4 +1,4 @@
-// TimeDepthModel from the file on disk to the DLL: the runtime is a stand-in beside this program.
+// TimeDepthModel from the file on disk to the DLL: the runtime is a fake beside this program.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -22,7 +22,7 @@ Function StandInEntry(const char* name) {
     return reinterpret_cast<Function>(GetProcAddress(LoadLibraryW(L"onnxruntime.dll"), name));
 }
 
-/// The account of the stand-in that is in the process, which is not the one linked into this program.
+/// The state of the fake in the loaded DLL, not of the one linked into this program.
 CountingRuntime& Account() {
     return *StandInEntry<CountingRuntime* (*)()>("StandInAccount")();
 }

@@ -11,7 +11,7 @@ namespace {
 /// The thread's error mode while a library is being loaded; empty when none was.
 std::optional<DWORD> mode_while_loading;
 
-/// A loading that fails and does not say why.
+/// A load that fails without setting an error.
 bool fails_in_silence = false;
 
 template <typename Function>
@@ -61,7 +61,7 @@ TEST_F(LoadLibraryQuietlyTest, LoadsALibrary) {
     EXPECT_TRUE(library);
 }
 
-/// A function that calls others of Windows, as one can only in a library that was made ready for it.
+/// A function that calls other Windows functions, which works only if its library has been initialised.
 void ExpectToWork(FARPROC allocate) {
     ASSERT_NE(allocate, nullptr);
     void* memory = nullptr;

@@ -8,8 +8,8 @@
 
 #include <cstring>
 
-// The processes of this program: the functions of Windows are replaced by these, which hand on to the real
-// ones while nothing is scripted.
+// The processes that this program sees: these functions replace those of Windows, and call the real ones
+// while nothing is scripted.
 namespace {
 
 struct ScriptedSnapshots {

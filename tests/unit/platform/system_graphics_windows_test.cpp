@@ -1,4 +1,4 @@
-// A Windows whose dxgi.dll and d3d11.dll lack the functions that everything begins with.
+// A Windows whose dxgi.dll and d3d11.dll lack the required functions.
 #include "platform/system_graphics.h"
 
 #include <d3d11.h>

@@ -17,7 +17,7 @@ using testing::IsEmpty;
 
 constexpr std::size_t kSmallBuffer = 2 * TextLines::kOverlap;
 
-/// The lines of `text`, put together from their pieces, with the promises of each piece checked.
+/// The lines of `text`, assembled from their pieces; checks the guarantees of each piece.
 std::vector<std::string> LinesOf(const std::string& text, std::size_t buffer_bytes = kSmallBuffer) {
     std::istringstream file(text);
     TextLines reader(file, buffer_bytes);

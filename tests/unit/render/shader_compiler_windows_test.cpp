@@ -19,7 +19,7 @@ Function Genuine(const char* name) {
 /// Set in the environment of a process without a replacement.
 constexpr const wchar_t* kGenuineIsMeant = L"VISTREL_TEST_GENUINE_COMPILER";
 
-/// The same path or bare name, of the stand-in instead of the compiler.
+/// The same path or bare name, but of the replacement.
 std::wstring OfStandIn(const wchar_t* name) {
     std::filesystem::path path(name);
     if (GetEnvironmentVariableW(kGenuineIsMeant, nullptr, 0) != 0) {
@@ -39,7 +39,7 @@ HMODULE WINAPI LoadStandIn(const wchar_t* name) {
 
 }  // namespace
 
-// The system looks for the stand-in in the way in which the program has it look for the compiler.
+// The system searches for the replacement in the way in which the program has it search for the compiler.
 extern "C" {
 decltype(&LoadLibraryExW) __imp_LoadLibraryExW = LoadStandInEx;
 decltype(&LoadLibraryW) __imp_LoadLibraryW = LoadStandIn;
@@ -66,8 +66,8 @@ TEST(ShaderCompilerAlone, DISABLED_FindsNone) {
     EXPECT_FALSE(Compiles());
 }
 
-/// The program finds the compiler once, so each case is a process of its own: this program again, with a test
-/// of this name alone.
+/// The program searches for the compiler once, so each case is another process: this program, with only the
+/// test of this name.
 int RunAlone(const std::string& test) {
     const std::string command = "\"\"" + OwnProgram().string() +
                                 "\" --gtest_also_run_disabled_tests --gtest_brief=1 --gtest_filter=*" + test +
@@ -75,7 +75,7 @@ int RunAlone(const std::string& test) {
     return std::system(command.c_str());
 }
 
-/// The genuine compiler under the stand-in's name, in one folder, and another folder as the current one.
+/// The genuine compiler under the replacement's name in one folder, and a different current folder.
 class ShaderCompilerTest : public testing::Test {
   protected:
     void PutStandIn(const std::filesystem::path& folder) {
@@ -103,13 +103,13 @@ TEST_F(ShaderCompilerTest, IsFoundInTheProgramsFolder) {
 }
 
 TEST_F(ShaderCompilerTest, IsFoundInTheSystemsFolder) {
-    // There, where only an administrator may write, the genuine one lies.
+    // Only an administrator can write there, and it contains the genuine one.
     SetEnvironmentVariableW(kGenuineIsMeant, L"1");
     EXPECT_EQ(RunAlone("DISABLED_Compiles"), 0);
     SetEnvironmentVariableW(kGenuineIsMeant, nullptr);
 }
 
-/// Anybody may have put it there, into a folder of downloads for instance.
+/// Any user may have put it there, for example into a folder of downloads.
 TEST_F(ShaderCompilerTest, IsNotTakenFromTheCurrentFolder) {
     PutStandIn(elsewhere_);
     std::filesystem::current_path(elsewhere_);
