@@ -1,6 +1,8 @@
 // The cost of a quick run's sections beyond the system calls that they make. Another thread samples the run
 // every other millisecond: its position, and the processor time that it has used outside the kernel. Time in
 // this program's code or in the C runtime is the tool's own. Also counts the process snapshots.
+//
+// Run it instead of the tool, in a folder without depth models.
 #include <windows.h>
 // tlhelp32.h needs the types of windows.h.
 #include <psapi.h>

@@ -1,4 +1,4 @@
-// What reading a settings file of 50 MB costs, against the JSON library alone.
+// The cost of reading a settings file of 50 MB, compared with the JSON library alone.
 //
 //     settings_bench FILE       FILE is written
 #include <cstdio>

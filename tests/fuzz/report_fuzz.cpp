@@ -75,7 +75,8 @@ constexpr std::array kLines = {
     "  measuring 1920x1080 ...\r                 \r",
 };
 
-/// The input with each byte from 0x80 in place of a line of a report, or of "> " at the very end of those.
+/// The input with each byte from 0x80 replaced by a line of a report, or by "> " for the first byte after the
+/// lines.
 std::string WithReportLines(const std::uint8_t* data, std::size_t size) {
     constexpr std::uint8_t kFirst = 0x80;
     std::string text;
