@@ -13,7 +13,7 @@
 #include "settings/diag_settings.h"
 #include "settings/settings_file.h"
 
-// What Windows answers this program: these take the places of its functions.
+// The results of Windows for this program: these replace its functions.
 namespace {
 
 struct FakeShell {

@@ -142,8 +142,8 @@ TEST(SettingsOverlay, KeysAreMatchedExactly) {
               Describe(DiagSettings()));
 }
 
-/// The failure at each key for values of a wrong kind: keys before it have their new values, keys behind it
-/// and the key itself do not.
+/// The failure at each key for values of a wrong type: keys before it have their new values, the key itself
+/// and those after it do not.
 TEST(SettingsOverlay, AValueOfAWrongTypeKeepsTheKeysBeforeIt) {
     for (std::size_t wrong = 0; wrong < Keys().size(); ++wrong) {
         const bool flag = std::holds_alternative<bool DiagSettings::*>(Keys()[wrong].field);
@@ -199,7 +199,7 @@ struct IntCase {
 constexpr std::int32_t kLargestInt = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t kSmallestInt = std::numeric_limits<std::int32_t>::min();
 
-/// Every int field, for each converts by itself.
+/// Every int field, because each converts separately.
 void ExpectInts(const std::vector<IntCase>& cases) {
     for (const Key& key : Keys()) {
         if (const auto* field = std::get_if<std::int32_t DiagSettings::*>(&key.field)) {

@@ -1,4 +1,4 @@
-// A file that was opened and of which nothing can be read.
+// A file that has been opened but cannot be read.
 #pragma once
 
 #include <ios>

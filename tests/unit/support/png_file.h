@@ -1,4 +1,4 @@
-// Pictures that a test leaves for a person to look at.
+// Pictures that a test writes for a person to look at.
 #pragma once
 
 #include <cstddef>
@@ -7,6 +7,6 @@
 #include <string>
 #include <string_view>
 
-/// A PNG of `width` x `height` pixels given as blue, green, red, alpha bytes, rows packed. Alpha is left out.
-/// Nothing is compressed.
+/// A PNG of `width` x `height` pixels given as blue, green, red, alpha bytes, rows packed. Alpha is omitted,
+/// and nothing is compressed.
 std::string PngOf(std::span<const std::uint8_t> pixels, std::uint32_t width, std::uint32_t height);

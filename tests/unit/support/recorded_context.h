@@ -25,7 +25,7 @@ class RecordedContext {
     RecordedContext(const RecordedContext&) = delete;
     RecordedContext& operator=(const RecordedContext&) = delete;
 
-    /// A word a call.
+    /// One word per call.
     const std::string& Calls() const { return calls_; }
 
     /// The contents of each buffer that was filled.

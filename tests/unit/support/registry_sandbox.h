@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-/// While it lives, this process finds an empty key where `root` was; both it and what was written into it are
-/// gone afterwards.
+/// For its lifetime, this process sees an empty key instead of `root`; the key and everything written to it
+/// are removed afterwards.
 class RegistrySandbox {
   public:
     explicit RegistrySandbox(HKEY root) : root_(root) {

@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-/// The same text again and again.
+/// The same text, repeated.
 class RepeatedText : public std::streambuf {
   public:
     RepeatedText(std::string_view text, std::size_t times) : text_(text), times_(times) {}

@@ -1,4 +1,4 @@
-// What a test sees of the report: the lines kept since the capture began.
+// The report as a test sees it: the lines kept since the capture began.
 #pragma once
 
 #include <cstddef>

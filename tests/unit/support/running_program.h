@@ -10,11 +10,11 @@
 #include "platform/module_folder.h"
 #include "platform/utf8.h"
 
-/// A copy of a test program in a folder of its own, started at once and ended with the object. On Windows the
-/// name of the file is the name of the process.
+/// A copy of a test program in its own folder, started at once and ended with the object. On Windows the name
+/// of the file is the name of the process.
 class RunningProgram {
   public:
-    /// `program` is sleeper or titled_window, `arguments` its command line behind the program's name.
+    /// `program` is sleeper or titled_window, `arguments` its command line after the program's name.
     RunningProgram(const std::wstring& program, const std::wstring& name, const std::wstring& arguments) {
         static int count = 0;
         std::array<wchar_t, MAX_PATH + 1> temporary = {};

@@ -29,7 +29,7 @@ class MethodTable {
     MethodTable(const MethodTable&) = delete;
     MethodTable& operator=(const MethodTable&) = delete;
 
-    /// Returns the method that stood there.
+    /// Returns the method that was there.
     template <typename Method>
     Method Replace(std::size_t slot, Method method) {
         copy_.at(slot) = reinterpret_cast<void*>(method);
@@ -42,13 +42,12 @@ class MethodTable {
     std::array<void*, Slots> copy_ = {};
 };
 
-// As many as the newest version has that may hide behind the interface on the machine of the tests.
+// The number of methods in the newest version of the interface that the test machine may implement.
 using DeviceMethods = MethodTable<54>;
 using ContextMethods = MethodTable<134>;
 using AdapterMethods = MethodTable<18>;
 
-/// Counts the objects that carry it as private data: it is released when the last reference to its object
-/// goes.
+/// Counts the objects that hold it as private data: it is released with the last reference to its object.
 class ObjectCounter final : public lab::SimulatedUnknown<IUnknown> {
   public:
     static std::atomic<long>& Living() {
@@ -84,10 +83,10 @@ class ScriptedDevice {
     ScriptedDevice(const ScriptedDevice&) = delete;
     ScriptedDevice& operator=(const ScriptedDevice&) = delete;
 
-    /// Creating calls so far.
+    /// The number of creating calls so far.
     int Calls() const { return calls_; }
 
-    /// Objects that the device has made and that still live.
+    /// The number of objects of the device that still exist.
     long LivingObjects() const { return ObjectCounter::Living(); }
 
     /// The result of the creating call with this number, counted from 1.

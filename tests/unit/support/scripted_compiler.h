@@ -1,5 +1,5 @@
-// The shader compiler as the program finds it, which a test can make fail. For the one source file of a test
-// program that links the genuine compiler itself.
+// The shader compiler as the program finds it, which a test can make fail. Include it in only one source file
+// of a test program, which must link the genuine compiler.
 #pragma once
 
 #include <d3dcompiler.h>
@@ -9,8 +9,8 @@
 #include <functional>
 #include <string_view>
 
-/// Empty: the genuine compiler. Otherwise gets the target ("ps_5_0") and may answer; E_PENDING leaves it to
-/// the genuine one.
+/// Empty: the genuine compiler. Otherwise called with the target ("ps_5_0"), and its result is returned;
+/// E_PENDING calls the genuine one.
 inline std::function<HRESULT(std::string_view target, ID3DBlob** code, ID3DBlob** messages)> scripted_compile;
 
 inline HRESULT WINAPI CompileAsScripted(LPCVOID source, SIZE_T size, LPCSTR name,

@@ -1,6 +1,5 @@
-// The simulated machine in one test program of the screen capture: the images of its desktop are those that
-// the test says, one by one, single calls of Direct3D can be made to fail, and devices are kept from test to
-// test.
+// The simulated machine in a test program of the screen capture: the test provides the images of its desktop
+// one by one, single calls of Direct3D can be made to fail, and devices are kept from test to test.
 #pragma once
 
 #include <d3d11.h>
@@ -17,7 +16,7 @@
 #include "tests/lab/machine/machine.h"
 #include "tests/lab/machine/statistics.h"
 
-/// One answer of AcquireNextFrame.
+/// One result of AcquireNextFrame.
 struct ScriptedFrame {
     HRESULT result = S_OK;
     UINT width = 64;
@@ -25,11 +24,10 @@ struct ScriptedFrame {
     DXGI_FORMAT format = DXGI_FORMAT_B8G8R8A8_UNORM;
     std::uint32_t seed = 1;  ///< distinguishes pictures
     std::int64_t present_ticks = 0;
-    bool has_texture = true;  ///< false: a resource that is none
+    bool has_texture = true;  ///< false: a resource that is not a texture
 };
 
-/// What the script says and what was done. All of it is read and written by the thread that calls, as the
-/// calls come in.
+/// The script and the record of calls. Only the calling thread accesses it, during its calls.
 struct ScriptedDesktop {
     // The script.
     std::deque<ScriptedFrame> frames;
@@ -42,12 +40,12 @@ struct ScriptedDesktop {
     bool shader_views_fail = false;             ///< ID3D11Device::CreateShaderResourceView
     bool second_devices_lack_context = false;   ///< D3D11CreateDevice
 
-    // What happened.
+    // The record.
     std::vector<UINT> timeouts;             ///< of AcquireNextFrame
     std::vector<std::string> devices_made;  ///< adapters that second devices were made on
     int frames_acquired = 0;
     int frames_released = 0;
-    std::vector<std::string> misuses;  ///< what Windows would have forbidden
+    std::vector<std::string> misuses;  ///< calls that Windows would not allow
     struct DrawnIcon {
         int x, y, width, height;
         HICON icon;

@@ -1,4 +1,4 @@
-// What the parts of the scripted desktop know of each other.
+// Shared by the source files of the scripted desktop.
 #pragma once
 
 #include <string>
@@ -6,7 +6,7 @@
 #include "tests/lab/machine/image_source.h"
 #include "tests/unit/support/scripted_desktop.h"
 
-/// Notes what Windows would have forbidden.
+/// Records a call that Windows would not allow.
 inline void Misuse(const char* text) {
     Desktop().misuses.emplace_back(text);
 }

@@ -1,4 +1,4 @@
-// The scripted desktop's devices: the machine's, in which single calls can be made to fail.
+// The scripted desktop's devices: the machine's devices, with single calls that can be made to fail.
 #include <algorithm>
 #include <atomic>
 #include <cstring>
@@ -61,7 +61,7 @@ HRESULT STDMETHODCALLTYPE ScriptedCreateView(ID3D11Device* device, ID3D11Resourc
     return real_create_view.load()(device, resource, description, view);
 }
 
-/// Copies what is mapped to rows that lie further apart.
+/// Copies the mapped data to rows with a larger pitch.
 void WidenRows(ID3D11Resource* resource, D3D11_MAPPED_SUBRESOURCE* mapped) {
     static std::vector<std::uint8_t> wide;
     ComPtr<ID3D11Texture2D> texture;
@@ -95,7 +95,7 @@ HRESULT STDMETHODCALLTYPE ScriptedMap(ID3D11DeviceContext* context, ID3D11Resour
     return result;
 }
 
-/// Positions in the tables of functions, as the interfaces declare them.
+/// Positions in the vtables, as the interfaces declare them.
 constexpr std::size_t kGetAdapterSlot = 7;
 constexpr std::size_t kCreateTexture2dSlot = 5;
 constexpr std::size_t kCreateShaderResourceViewSlot = 7;

@@ -1,4 +1,4 @@
-// What a test lets the person at the console type.
+// The input that a test types at the console.
 #pragma once
 
 #include <gtest/gtest.h>

@@ -108,7 +108,7 @@ TEST(Console, TextGoesToTheWriterThatWasSet) {
     EXPECT_EQ(Taken(), "1 one\n");
 }
 
-/// A person at a console: what has been done with it, in order.
+/// A person at a console, and a record of the calls, in order.
 std::vector<std::string>& Done() {
     static std::vector<std::string> done;
     return done;

@@ -181,7 +181,7 @@ TEST(Report, CanBeReadByAnotherThreadWhileItGrows) {
     constexpr int kSections = 500;
     constexpr int kReadings = 100;
     const ReportCapture report;
-    // Relaxed, for neither thread may order what the other does to the report.
+    // Relaxed, because it must not order the threads' accesses to the report.
     std::atomic<int> readings = 0;
     std::atomic<bool> done = false;
     std::size_t torn = 0;
@@ -189,7 +189,7 @@ TEST(Report, CanBeReadByAnotherThreadWhileItGrows) {
         while (!done.load(std::memory_order_relaxed)) {
             const std::string text = Report::Text().Copy();
             torn += !text.empty() && !text.ends_with("\r\n");
-            // Here, every title is one letter repeated.
+            // In this test every title is one letter repeated.
             const std::string title = Report::CurrentSection();
             torn += title.starts_with("A") && title.find_first_not_of('A') != std::string::npos;
             torn += title.starts_with("B") && title.find_first_not_of('B') != std::string::npos;

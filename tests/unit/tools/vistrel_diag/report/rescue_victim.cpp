@@ -61,7 +61,7 @@ void OneUponTheOther(Action first, Action second) {
     second();
 }
 
-/// In the middle of an allocation, which the thread then never leaves.
+/// In the middle of an allocation, which the thread never completes.
 void OverflowStackWithHeapLocked() {
     HeapLock(GetProcessHeap());
     OverflowStack();
@@ -105,7 +105,7 @@ void PressControlC() {
     Sleep(INFINITE);
 }
 
-/// This process's own, for there may be another run of the tool beside it. Null while it is not there.
+/// This process's window, because another run of the tool may be active. Null until it exists.
 HWND SessionEndWindow() {
     HWND window = nullptr;
     DWORD process = 0;
@@ -116,8 +116,8 @@ HWND SessionEndWindow() {
     return window;
 }
 
-/// What Windows sends every top-level window when the user logs off: whether it may, and then whether the
-/// session really ends. `reason`: which kind of end.
+/// The messages that Windows sends to every top-level window when the user logs off: whether it may, and then
+/// whether the session really ends. `reason`: the kind of end.
 void AskToEndSession(bool ends, DWORD reason) {
     HWND window = nullptr;
     for (int tries = 0; tries < 500 && window == nullptr; ++tries) {
@@ -137,14 +137,14 @@ void EndSession() {
     ExitProcess(7);
 }
 
-/// What the Restart Manager sends the programs that use a file which an installer replaces. It waits for
-/// their end.
+/// The messages that the Restart Manager sends to programs that use a file that an installer replaces. It
+/// waits for them to end.
 void CloseForInstaller() {
     AskToEndSession(true, ENDSESSION_CLOSEAPP);
     Sleep(INFINITE);
 }
 
-/// The user did not let the installer go on.
+/// The user cancelled the installer.
 void CancelInstaller() {
     AskToEndSession(false, ENDSESSION_CLOSEAPP);
     if (GetFileAttributesW(L"vistrel_diag_report.txt") != INVALID_FILE_ATTRIBUTES) {
@@ -217,7 +217,7 @@ int main(int argument_count, char** arguments) {
     const std::string folder = ReportFolder();
     Rescue rescue(Report::FilePath(folder));
     if (argument_count > 2) {
-        chosen->second();  // Before anything was kept.
+        chosen->second();  // Before any line is kept.
     }
     Report::Section("GPUs");
     for (int line = 0; line < 1000; ++line) {  // More than one block of kept text.

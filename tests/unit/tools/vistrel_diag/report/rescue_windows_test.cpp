@@ -32,11 +32,11 @@ class RescueTest : public testing::Test {
         std::filesystem::create_directories(folder_);
     }
     void TearDown() override {
-        std::error_code still_in_use;  // Wine lets go of a dead process' folder a moment later.
+        std::error_code still_in_use;  // Wine releases the folder of a process some time after its end.
         std::filesystem::remove_all(folder_, still_in_use);
     }
 
-    /// Runs the victim in the test's own folder until it is dead. Returns its exit code.
+    /// Runs the victim in the test's own folder until it ends. Returns its exit code.
     DWORD RunVictim(const std::string& way) {
         std::wstring command =
             L"\"" + VictimProgram().wstring() + L"\" " + std::wstring(way.begin(), way.end());
@@ -78,7 +78,7 @@ class RescueTest : public testing::Test {
             << found.substr(found.size() - std::min<std::size_t>(found.size(), 300));
     }
 
-    /// The report without the place in the module that crashed, which is another one in every build.
+    /// The report without the address in the module that crashed, which is different in every build.
     static std::string WithoutPlace(std::string report) {
         if (const std::size_t at = report.rfind(" at +0x"); at != std::string::npos) {
             EXPECT_NE(report[at + 7], '0');
@@ -252,8 +252,8 @@ TEST_F(RescueTest, ALogOffThatIsCancelledEndsNothing) {
     ExpectReport(KeptLines() + "the last line\r\n");
 }
 
-/// Wine leaves the handler of an overflow its room whatever was asked for; Windows leaves what is guaranteed,
-/// and without that about two pages, on which nothing can be written.
+/// Wine always leaves an overflow's handler enough stack; Windows leaves the guaranteed size, and without a
+/// guarantee about two pages, which are not enough to write a report.
 TEST_F(RescueTest, HasEnoughStackAfterAnOverflow) {
     EXPECT_GE(RunVictim("stack-guarantee"), 16U);
 }

@@ -241,7 +241,7 @@ TEST_F(CaptureMeasurementTest, AFrameThatCannotBeCopiedAcrossIsNotAnImage) {
         if (Desktop().map_result == S_OK) {
             return Nothing();
         }
-        // The one before was not carried. Nothing but the benchmark device maps from now on.
+        // The previous one was not copied across. From now on only the benchmark device maps.
         Desktop().map_result = S_OK;
         return carried;
     };
@@ -283,7 +283,7 @@ TEST_F(CaptureMeasurementTest, ReportsADesktopInAFormatWithoutAPicture) {
 }
 
 TEST_F(CaptureMeasurementTest, APictureWithoutFourByteTexelsIsNotReadBack) {
-    Desktop().gdi_flag_ignored = true;  // A driver that is more obliging than it need be.
+    Desktop().gdi_flag_ignored = true;  // A driver that allows more than it has to.
     UseFrames({{.format = DXGI_FORMAT_R16G16B16A16_FLOAT}});
     const ReportCapture report;
     testing::internal::CaptureStdout();

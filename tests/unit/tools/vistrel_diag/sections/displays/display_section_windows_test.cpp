@@ -9,8 +9,8 @@
 #include "tests/unit/support/report_capture.h"
 #include "tools/vistrel_diag/sections/displays/display_section.h"
 
-// The display devices of this program: the functions of Windows are replaced by these, which hand on to the
-// real ones while no devices are scripted.
+// The display devices that this program sees: these functions replace those of Windows, and call the real
+// ones while no devices are scripted.
 namespace {
 
 struct ScriptedMode {

@@ -1,4 +1,4 @@
-// Real registry values, in a key of the test's own that stands in for the current user's.
+// Real registry values, in a test's own key that replaces the current user's.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -68,7 +68,7 @@ class GpuOverrideProbe : public ::testing::Test {
         return bytes;
     }
 
-    /// The one choice there is.
+    /// The only choice.
     static std::string OnlyChoice() {
         const std::optional<std::vector<GpuPreference>> preferences = ProbeGpuPreferences();
         return preferences && preferences->size() == 1 ? preferences->front().choice : "(not one preference)";
@@ -189,7 +189,7 @@ TEST_F(GpuOverrideProbe, ReadsDataThatFillsTheBufferToTheLastByte) {
     EXPECT_EQ(OnlyChoice(), std::string(512, 'x'));
 }
 
-// Windows lists values in no promised order; Wine sorts them by name, so these tests name them in that order.
+// Windows lists values in no guaranteed order; Wine sorts them by name, so these tests use that order.
 TEST_F(GpuOverrideProbe, EndsTheListAtDataBeyondTheBuffer) {
     MakeKey();
     SetText(L"a", L"1");

@@ -15,9 +15,9 @@
 #include "tests/lab/openxr/openxr_lab.h"
 #include "tests/unit/support/report_capture.h"
 
-// The clock of this program: these take the places of Windows' functions. Time passes by sleeping, which
-// takes none, and a little with every look at the clock, so that whoever waits by looking gets there. How
-// fast the machine is does not matter then. The runtime in its DLL has the real clock.
+// The clock of this program: these replace Windows' functions. Sleeping takes no real time, and every reading
+// of the clock advances it a little, so that polling makes progress. The speed of the machine does not matter
+// then. The runtime in its DLL has the real clock.
 namespace {
 
 constexpr std::int64_t kTicksPerMillisecond = 1'000;
@@ -85,7 +85,7 @@ struct Probed {
     int waits = 0;           ///< for frames
 };
 
-/// Watches for `seconds` in front of `lab`'s runtime.
+/// Watches for `seconds` with `lab`'s runtime.
 Probed Probe(const OpenXrLab& lab, const std::string& script, double seconds = 12.0) {
     lab.SetScript(script);
     const ReportCapture report;
@@ -93,7 +93,7 @@ Probed Probe(const OpenXrLab& lab, const std::string& script, double seconds = 1
     const std::int64_t slept_before = slept_milliseconds;
     ProbeHandTracking(Device(), seconds);
     Probed probed = {report.Text(), lab.Log(), stopwatch.Seconds(), slept_milliseconds - slept_before};
-    // Taken out, because how many frames there were is the machine's affair.
+    // Removed, because the number of frames depends on the machine.
     static const std::regex waits("frames waited for: ([0-9]+)\n");
     if (std::smatch match; std::regex_search(probed.log, match, waits)) {
         probed.waits = std::stoi(match[1]);
@@ -139,7 +139,7 @@ TEST(HandTrackingProbe, StopsWithoutARuntime) {
                                          "nothing to probe. (Bare WMR/G2 lands here.)\n");
 }
 
-/// What holds behind the genuine loader, and behind the stand-in that shows the same runtime without it.
+/// Common to the genuine loader and to the replacement that exposes the same runtime without it.
 class HandTrackingProbeBehind : public testing::TestWithParam<LabLoader> {
   protected:
     const OpenXrLab lab_{GetParam()};
@@ -318,7 +318,7 @@ TEST_P(HandTrackingProbeBehind, DestroysASingleTracker) {
                                      "xrDestroySpace\nxrDestroySession\nxrDestroyInstance\nunloaded\n"));
 }
 
-/// A script of tests/lab/openxr/probes with the report that belongs to it.
+/// A script of tests/lab/openxr/probes with its report.
 class HandTrackingGolden : public testing::TestWithParam<std::tuple<LabLoader, std::string>> {};
 
 TEST_P(HandTrackingGolden, Report) {

@@ -53,7 +53,7 @@ TEST(HeadsetQuery, NeedsNoEnumerationOfExtensions) {
     EXPECT_TRUE(QueryOpenXrHeadset().headset_found);
 }
 
-/// What holds behind the genuine loader, and behind the stand-in that shows the same runtime without it.
+/// Common to the genuine loader and to the replacement that exposes the same runtime without it.
 class HeadsetQueryBehind : public testing::TestWithParam<LabLoader> {
   protected:
     HeadsetQuery Query(const std::string& script) const {
