@@ -2,10 +2,11 @@
 
 A few cases of each kind by default. All kinds at all calls, for a night:
 
-    VISTREL_EVERY_DEATH=1 scripts/lab-session /usr/bin/python3 -m pytest tests/system/test_worker.py
+    tests/system/every-death
 """
 
 import os
+import re
 import sys
 
 import pytest
@@ -56,6 +57,11 @@ def cases(calls, every_kind_at):
     return [(kind, every_kind_at) for kind in DEATHS] + [("crash", call) for call in calls if call != every_kind_at]
 
 
+def cases_or_one(calls):
+    """Every kind at every call in a night, else the first kind at the first call."""
+    return cases(calls, calls[0]) if EVERY_DEATH else [("crash", calls[0])]
+
+
 def without_section(report, title):
     """The report's lines without those of one section."""
     text = steady(report).decode().replace("\r\n", "\n")
@@ -68,6 +74,9 @@ RUNTIME = "Runtime         : Scripted Runtime 1.0.0"
 EYES = "Eye resolution  : 2016x2240 per eye (runtime recommendation)"
 GPU = "Required GPU    : LUID 00000000:0000B3C7 -> GPU 0 (NVIDIA GeForce RTX 3070)"
 OPENXR_CALLS = {
+    "xrNegotiateLoaderRuntimeInterface": [],
+    "xrGetInstanceProcAddr": [],
+    "xrEnumerateInstanceExtensionProperties": [],
     "xrCreateInstance": [],
     "xrGetInstanceProperties": [],
     "xrGetSystem": [RUNTIME],
@@ -75,6 +84,7 @@ OPENXR_CALLS = {
     "xrGetD3D11GraphicsRequirementsKHR": [RUNTIME, EYES],
     "xrDestroyInstance": [RUNTIME, EYES, GPU],
 }
+LOADER_CALLS = ("xrCreateInstance", "xrGetInstanceProcAddr")
 HEADSET_SCRIPT = VIEW + "luid 00000000:0000B3C7\n"
 
 
@@ -85,7 +95,9 @@ def headset(tmp_path_factory):
 
     def ordinary(script):
         runtime = openxr.connect(install, script)
-        return lab.run_tool(install, *QUICK, scenario=MACHINE, env=runtime.env).report
+        run = lab.run_tool(install, *QUICK, scenario=MACHINE, env=runtime.env)
+        assert run.has_section("VERDICT")
+        return run.report
 
     return install, ordinary(HEADSET_SCRIPT), ordinary(HEADSET_SCRIPT + "system 0\n")
 
@@ -105,15 +117,34 @@ def test_openxr_runtime(headset, kind, call):
     assert runtime.calls()[-1].split(" ")[0] == call
 
 
+@pytest.mark.parametrize("kind, call", cases_or_one(LOADER_CALLS))
+def test_openxr_loader(headset, kind, call):
+    """The loader is a foreign library too."""
+    install, _, asleep = headset
+    loader = openxr.connect(install, f"{HEADSET_SCRIPT}{kind} {call}\n", "stand_in_loader")
+    run = lab.run_tool(install, *QUICK, scenario=MACHINE, env=loader.env)
+    assert run.exit_code == 0
+    assert run.section(HEADSET) == f"!! The OpenXR query {words(kind, 'openxr_loader.dll', 60)}."
+    assert without_section(run.report, HEADSET) == without_section(asleep, HEADSET)
+
+
 def test_both_queries_of_a_guided_run(headset):
     """Part 2 repeats the query in another process."""
     install, _, _ = headset
-    runtime = openxr.connect(install, f"{HEADSET_SCRIPT}crash xrGetSystem\n")
-    runtime.log.unlink()
-    run = lab.run_tool(install, *QUICK[1:], scenario=MACHINE, env=runtime.env, stdin=b"\n\ns\n")
-    line = "!! The OpenXR query crashed in scripted_runtime.dll (access violation, 0xC0000005).\n"
-    assert run.report_text.count(line) == 2
+
+    def guided(order):
+        runtime = openxr.connect(install, HEADSET_SCRIPT + order)
+        runtime.log.unlink(missing_ok=True)
+        run = lab.run_tool(install, *QUICK[1:], scenario=MACHINE, env=runtime.env, stdin=b"\n\ns\n")
+        return runtime, "\n".join(report_lines(run.report))
+
+    _, asleep = guided("system 0\n")
+    runtime, died = guided("crash xrGetSystem\n")
     assert runtime.calls().count("xrGetSystem") == 2
+    line = "!! The OpenXR query crashed in scripted_runtime.dll (access violation, 0xC0000005)."
+    no_headset = "A runtime is installed but reports no headset right now. Eye resolution and required GPU unavailable."
+    assert died.count(line) == 2
+    assert died.replace(f"{line}\n{RUNTIME}\n", f"{RUNTIME}\n{no_headset}\n") == asleep
 
 
 def test_ctrl_c_ends_both_processes_during_the_query(headset):
@@ -156,18 +187,32 @@ TABLE_CALLS = {
     "SetLanguageProjection": 1,
     "CreateSessionOptions": 1,
     "SetSessionGraphOptimizationLevel": 1,
+    "AddSessionConfigEntry": 1,
     "DisableMemPattern": 1,
     "SetSessionExecutionMode": 1,
     "AppendDirectMl": 1,
     "CreateSession": 1,
+    "GetAllocatorWithDefaultOptions": 1,
     "SessionGetInputName": 1,
     "SessionGetOutputName": 1,
     "SessionGetInputTypeInfo": 1,
+    "CastTypeInfoToTensorInfo": 1,
+    "GetDimensionsCount": 1,
+    "GetDimensions": 1,
+    "ReleaseTypeInfo": 1,
     "CreateCpuMemoryInfo": 1,
     "CreateTensorWithDataAsOrtValue": 18,
     "Run": 18,
+    "ReleaseValue": 36,
+    "ReleaseMemoryInfo": 1,
+    "AllocatorFree": 2,
+    "ReleaseSession": 1,
+    "ReleaseSessionOptions": 1,
+    "ReleaseEnv": 1,
 }
-FEW_TABLE_CALLS = ("CreateEnv", "CreateSession", "Run")
+FEW_TABLE_CALLS = ("CreateEnv", "CreateSession", "Run", "ReleaseSession")
+# Asked once in every process.
+ENTRY_POINTS = ("OrtGetApiBase", "GetApi")
 
 
 @pytest.fixture(scope="module")
@@ -176,7 +221,9 @@ def models(tmp_path_factory):
     install = lab.Install(tmp_path_factory.mktemp("models") / "install")
     make_models.make_install(install.folder / "vistrel" / "virtual_monitor")
     install.add_library("onnxruntime.dll", lab.BUILD / "tests" / "lab" / "onnx" / "whole" / "onnxruntime.dll")
-    return install, run_models(install, "").report
+    run = run_models(install, "")
+    assert run.has_section("VERDICT")
+    return install, run.report
 
 
 def report_lines(report):
@@ -190,6 +237,7 @@ def with_dead_model(ordinary, end):
     return lines
 
 
+REFUSAL = r"\(onnxruntime: OrtGetApiBase of .* answers nothing\)"
 ALL_MODELS = ("--quick", "--capture-seconds", "0.5")
 
 
@@ -208,24 +256,46 @@ def test_model(models, kind, entry):
     assert report_lines(run.report) == with_dead_model(ordinary, end)
 
 
-@pytest.mark.parametrize("kind", ["crash", "hang"])
-def test_configured_model(models, kind):
+@pytest.mark.parametrize("kind, entry", cases_or_one(ENTRY_POINTS))
+def test_entry_point(models, kind, entry):
+    """Every model's process ends; else the report is that of a runtime whose entry point answers nothing."""
     install, _ = models
-    run = run_models(install, f"{kind}=Run call=3", QUICK)
+    refused = report_lines(run_models(install, "no-base").report)
     end = words(kind, "onnxruntime.dll", 120)
-    lines = run.section(MODELS).split("\n")
-    assert lines[2:4] == [f"Model           : {NAMES[1]}", f"Could not time it: {end}"]
-    assert lines[4].startswith("Path tried      : ")
-    assert run.has_section("VERDICT")
+    run = run_models(install, f"{kind}={entry}")
+    assert run.exit_code == 0
+    refusals = [line for line in refused if re.search(REFUSAL, line)]
+    assert len(refusals) == len(NAMES)
+    assert report_lines(run.report) == [re.sub(REFUSAL, f"({end})", line) for line in refused]
+
+
+@pytest.mark.parametrize("kind", DEATHS if EVERY_DEATH else ["crash", "hang"])
+def test_configured_model(models, kind):
+    """Else the report is that of a model which the runtime refuses."""
+    install, _ = models
+    refused = report_lines(run_models(install, "fail=Run call=3 message=refused", QUICK).report)
+    run = run_models(install, f"{kind}=Run call=3", QUICK)
+    assert run.exit_code == 0
+    end = words(kind, "onnxruntime.dll", 120)
+    failure = "Could not time it: "
+    assert f"{failure}onnxruntime: refused" in refused
+    assert f"Model           : {NAMES[1]}" in refused
+    expected = [f"{failure}{end}" if line.startswith(failure) else line for line in refused]
+    assert report_lines(run.report) == expected
 
 
 def test_model_library_that_crashes_while_it_is_loaded(models):
     """Windows turns an exception in DllMain into a failed load, but no other kind of crash."""
     install, _ = models
-    assert run_models(install, "crash=DllMain").section(MODELS) == NO_RUNTIME
-    run = run_models(install, "terminate=DllMain")
-    assert run.section(MODELS) == "!! Loading onnxruntime.dll ended its process (exit code 42)."
-    assert run.has_section("VERDICT")
+    crashed = run_models(install, "crash=DllMain")
+    assert crashed.section(MODELS) == NO_RUNTIME
+    assert crashed.has_section("VERDICT")
+    for kind, end in DEATHS.items():
+        if "crashed in" in end or not (EVERY_DEATH or kind == "terminate"):
+            continue
+        run = run_models(install, f"{kind}=DllMain")
+        assert run.section(MODELS) == f"!! Loading onnxruntime.dll {words(kind, 'onnxruntime.dll', 120)}."
+        assert without_section(run.report, MODELS) == without_section(crashed.report, MODELS)
 
 
 def test_no_child_can_be_started_for_a_later_model(models):

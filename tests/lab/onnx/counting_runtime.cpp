@@ -19,12 +19,23 @@ void Make(const char* kind, Object** where, const std::string& text = {}) {
     ++TheCountingRuntime().alive[kind];
 }
 
+/// Counts the call of a function without a result, which can only end or stop the program.
+void NoteUnanswered(const std::string& entry) {
+    CountingRuntime& runtime = TheCountingRuntime();
+    const int call = ++runtime.unanswered_calls[entry];
+    if (runtime.failing_entry == entry && runtime.failing_call == call &&
+        runtime.instead_of_failing != nullptr) {
+        runtime.instead_of_failing();
+    }
+}
+
 template <typename Object>
 void ORT_API_CALL Release(Object* object) {
     if (object == nullptr) {
         return;
     }
     auto* const handed = reinterpret_cast<Handed*>(object);
+    NoteUnanswered("Release" + handed->kind);
     --TheCountingRuntime().alive[handed->kind];
     delete handed;
 }
@@ -116,6 +127,7 @@ OrtStatus* ORT_API_CALL CreateSession(const OrtEnv*, const ORTCHAR_T* path, cons
 }
 
 void ORT_API_CALL FreeName(OrtAllocator*, void* name) {
+    NoteUnanswered("AllocatorFree");
     --TheCountingRuntime().alive["Name"];
     delete[] static_cast<char*>(name);
 }

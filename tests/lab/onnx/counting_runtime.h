@@ -23,12 +23,13 @@ struct CountingRuntime {
     void (*while_running)() = nullptr;  ///< called by each Run
 
     // Records.
-    std::map<std::string, int> made;     ///< objects by kind, over the whole life
-    std::map<std::string, int> alive;    ///< objects by kind, now
-    std::map<std::string, int> calls;    ///< by entry
-    std::map<std::string, int> failed;   ///< by entry, the number of the call that was made to fail
-    std::vector<std::string> sequence;   ///< entries in the order of their calls, without releases
-    std::vector<std::string> arguments;  ///< arguments of the entries that set something, as text
+    std::map<std::string, int> made;              ///< objects by kind, over the whole life
+    std::map<std::string, int> alive;             ///< objects by kind, now
+    std::map<std::string, int> calls;             ///< by entry
+    std::map<std::string, int> unanswered_calls;  ///< of "ReleaseSession" and the like, and "AllocatorFree"
+    std::map<std::string, int> failed;            ///< by entry, the number of the call that was made to fail
+    std::vector<std::string> sequence;            ///< entries in the order of their calls, without releases
+    std::vector<std::string> arguments;           ///< arguments of the entries that set something, as text
     std::vector<std::int64_t> tensor_shape;
     std::vector<const void*> tensor_data;  ///< the buffer of each wrapped tensor
     std::vector<float> tensor_values;      ///< of the last one

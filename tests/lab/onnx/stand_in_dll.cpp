@@ -6,8 +6,9 @@
 //                        newer one also prints a line to the error stream, as the genuine one does
 //     fail=ENTRY         the table's ENTRY (or AppendDirectMl) returns an error status
 //     throw=ENTRY        it throws a C++ exception instead
-//     crash=ENTRY        it crashes the program; any other kind in tests/lab/fatal_failure.h works too. With
-//                        the ENTRY DllMain this happens while the DLL is loaded
+//     crash=ENTRY        it crashes the program; any other kind in tests/lab/fatal_failure.h works too. ENTRY
+//                        may also be a release (ReleaseSession), AllocatorFree, or, at the first call only,
+//                        OrtGetApiBase, GetApi or DllMain, which runs while the DLL is loaded
 //     call=N             at its Nth call, not the first
 //     message=WORD       with this message
 //     message-bytes=HEX  or with these bytes, which need not be UTF-8
@@ -130,8 +131,16 @@ void WriteCalls() {
     }
 }
 
+/// Ends or stops the program if `entry` is to do so.
+void FailIfOrdered(const char* entry) {
+    if (!failure.empty() && TheCountingRuntime().failing_entry == entry) {
+        lab::FailFatally(failure);
+    }
+}
+
 const OrtApi* ORT_API_CALL GetApi(std::uint32_t version) noexcept {
     ++table_requests;
+    FailIfOrdered("GetApi");
     if (version <= (old_version ? 17U : 24U)) {
         return CountingRuntimeEntries().api;
     }
@@ -148,6 +157,7 @@ constexpr OrtApiBase kBase = {GetApi, GetVersionString};
 }  // namespace
 
 extern "C" const OrtApiBase* StandInGetApiBase() {
+    FailIfOrdered("OrtGetApiBase");
     return no_base ? nullptr : &kBase;
 }
 
@@ -180,9 +190,7 @@ extern "C" void LabProcessEnds() {
 BOOL WINAPI DllMain(HINSTANCE, DWORD reason, void*) {
     if (reason == DLL_PROCESS_ATTACH) {
         ReadOrders();
-        if (TheCountingRuntime().failing_entry == "DllMain") {
-            lab::FailFatally(failure);
-        }
+        FailIfOrdered("DllMain");
     } else if (reason == DLL_PROCESS_DETACH) {
         LabProcessEnds();
     }

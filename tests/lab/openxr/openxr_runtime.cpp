@@ -19,6 +19,13 @@ namespace {
 
 std::vector<std::string> enabled_extensions;
 
+/// Ends or stops the program if the script says so of this function, which is not in the log otherwise.
+void FailIfScripted(const std::string& function) {
+    if (CurrentScript().fatal_failures.count(function) != 0) {
+        LogCall(function);
+    }
+}
+
 std::wstring EnvironmentText(const wchar_t* name) {
     std::wstring text(32768, L'\0');
     text.resize(GetEnvironmentVariableW(name, text.data(), static_cast<DWORD>(text.size())));
@@ -232,6 +239,7 @@ PFN_xrVoidFunction FindInstanceFunction(const std::string& name) {
 extern "C" {
 
 XrResult XRAPI_CALL xrGetInstanceProcAddr(XrInstance, const char* name, PFN_xrVoidFunction* function) {
+    FailIfScripted("xrGetInstanceProcAddr");
     *function = nullptr;
     if (std::strcmp(name, "xrCreateInstance") == 0) {
         *function = reinterpret_cast<PFN_xrVoidFunction>(CreateInstance);
@@ -247,6 +255,8 @@ XrResult XRAPI_CALL xrGetInstanceProcAddr(XrInstance, const char* name, PFN_xrVo
 
 XrResult XRAPI_CALL xrNegotiateLoaderRuntimeInterface(const XrNegotiateLoaderInfo*,
                                                       XrNegotiateRuntimeRequest* request) {
+    LoadScript();
+    FailIfScripted("xrNegotiateLoaderRuntimeInterface");
     request->runtimeInterfaceVersion = XR_CURRENT_LOADER_RUNTIME_VERSION;
     request->runtimeApiVersion = XR_CURRENT_API_VERSION;
     request->getInstanceProcAddr = xrGetInstanceProcAddr;
