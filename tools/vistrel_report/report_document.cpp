@@ -6,6 +6,7 @@
 
 #include "tools/vistrel_diag/sections/running_software/running_software_reading.h"
 #include "tools/vistrel_diag/version.h"
+#include "tools/vistrel_report/decoded_text.h"
 #include "tools/vistrel_report/headings.h"
 #include "tools/vistrel_report/source_text.h"
 

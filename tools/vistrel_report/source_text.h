@@ -10,16 +10,6 @@
 
 #include "tools/vistrel_diag/report/line_reading.h"
 
-/// What was found about a file while its text was decoded.
-struct TextEncoding {
-    bool utf16 = false;
-    bool ill_formed = false;  ///< not all of it is valid UTF-8, or valid UTF-16 for a UTF-16 file
-};
-
-/// The bytes of a file as UTF-8, without a byte order mark. UTF-16 is recognised with and without one; an
-/// unpaired surrogate becomes U+FFFD. Ill-formed UTF-8 is left unchanged.
-std::string DecodedText(std::string bytes, TextEncoding& encoding);
-
 /// The lines of `text`; they refer to its memory. Lines end with a line feed, with any carriage returns
 /// before it; when there is no line feed at all, with a carriage return. The last line may lack its end.
 std::vector<SourceLine> SplitLines(std::string_view text);
