@@ -125,6 +125,82 @@ class HeadingOrder {
     std::array<std::size_t, kPlaces.size()> best_ = {};
 };
 
+bool FollowsBlankLine(const std::vector<SourceLine>& lines, std::size_t i) {
+    return i == 0 || IsBlankLine(lines[i - 1].text);
+}
+
+/// Whether blank lines have come through: most headings of a report's titles follow one, as all do in the
+/// file.
+bool BlankLinesStand(const std::vector<SourceLine>& lines) {
+    std::size_t with = 0;
+    std::size_t without = 0;
+    for (std::size_t i = 0; i < lines.size(); ++i) {
+        if (IsReportTitle(HeadingTitle(lines[i].text))) {
+            ++(FollowsBlankLine(lines, i) ? with : without);
+        }
+    }
+    return with > without;
+}
+
+/// Which quoted texts may go on over several lines, and where they end.
+struct Quote {
+    std::size_t longest;  ///< bytes
+    bool (*begins)(std::string_view line);
+    bool (*ends)(std::string_view line);
+    bool end_is_part;  ///< of the quote; otherwise it is the line before
+};
+
+bool EndsWithBracket(std::string_view line) {
+    return line.find("] ") != std::string_view::npos || line.ends_with(']');
+}
+
+bool EndsWithParenthesis(std::string_view line) {
+    return line.find(")  ") != std::string_view::npos || line.ends_with(')');
+}
+
+constexpr std::array kQuotes = {
+    // A graphics card's name, in front of its vendor.
+    Quote{1024,
+          [](std::string_view line) {
+              constexpr std::string_view kBehindNumber = "           : ";
+              return line.starts_with("GPU ") && line.find(kBehindNumber) != std::string_view::npos &&
+                     !EndsWithBracket(line);
+          },
+          EndsWithBracket, true},
+    // Why a model could not be timed, in the table.
+    Quote{4096,
+          [](std::string_view line) {
+              const std::size_t error = line.find("  -  (");
+              return error != std::string_view::npos && !EndsWithParenthesis(line.substr(error));
+          },
+          EndsWithParenthesis, true},
+    // The same where there is one model.
+    Quote{4096, [](std::string_view line) { return BeginsLine(line, "Could not time it: "); },
+          [](std::string_view line) { return BeginsLine(line, "Path tried      : "); }, false},
+};
+
+/// How many lines the quoted text has that begins with the first of `lines`; 0 when none begins there.
+/// Without its end, which the report may have lost, it is the first line alone.
+std::size_t QuotedLines(SourceLines lines) {
+    if (const std::size_t title = WindowTitleLines(lines)) {
+        return title;
+    }
+    const std::string_view first = lines.front().text;
+    const auto* const quote = std::find_if(
+        kQuotes.begin(), kQuotes.end(), [first](const Quote& candidate) { return candidate.begins(first); });
+    if (quote == kQuotes.end()) {
+        return 0;
+    }
+    std::size_t bytes = first.size();
+    for (std::size_t i = 1; i < lines.size() && bytes <= quote->longest; ++i) {
+        if (quote->ends(lines[i].text)) {
+            return quote->end_is_part ? i + 1 : i;
+        }
+        bytes += lines[i].text.size() + 1;
+    }
+    return 1;
+}
+
 }  // namespace
 
 std::string_view HeadingTitle(std::string_view line) {
@@ -144,15 +220,18 @@ std::string_view HeadingTitle(std::string_view line) {
 }
 
 Headings FindHeadings(const std::vector<SourceLine>& lines) {
+    const bool needs_blank = BlankLinesStand(lines);
     std::vector<std::size_t> all;
     HeadingOrder order;
-    std::size_t title_end = 0;  // Behind a window title of several lines.
+    std::size_t quote_end = 0;  // Behind a text of several lines that the report quotes.
     for (std::size_t i = 0; i < lines.size(); ++i) {
-        title_end = std::max(title_end, i + WindowTitleLines(SourceLines(lines).subspan(i)));
+        if (i >= quote_end) {
+            quote_end = i + QuotedLines(SourceLines(lines).subspan(i));
+        }
         const std::string_view title = HeadingTitle(lines[i].text);
         if (!title.empty()) {
             all.push_back(i);
-            if (i >= title_end) {
+            if (i >= quote_end && (!needs_blank || FollowsBlankLine(lines, i))) {
                 order.Add(i, title);
             }
         }

@@ -188,6 +188,45 @@ TEST(ForgedReports, AHeadingThatIsNotTheReportsOwnIsTold) {
     EXPECT_THAT(Kinds(ReadDespite(forgery)), Contains(DocumentNoteKind::ForeignHeading));
 }
 
+TEST(ForgedReports, InAReportThatIsCutOff) {
+    const std::string verdict = std::string("\n\n") + kVerdictHeading + kForgedGrade;
+    Forgery forgery;
+    forgery.title = "x" + verdict + "y";
+    forgery.gpu_name = "x" + verdict + "y";
+    forgery.model_error = "x" + verdict + "y";
+    forgery.runtime = "x\n" + std::string(kVerdictHeading) + "y";  // Too short for more.
+    const std::string whole = forgery.Text();
+    for (const char* cut : {"== MACHINE", "== PER-APP", "== DEPTH MODEL", "== PART 2"}) {
+        SCOPED_TRACE(cut);
+        const ReportFile file = ReportFile::FromBytes(whole.substr(0, whole.find(cut)));
+        EXPECT_FALSE(ReadReport(file.Reports().at(0)).verdict.has_value());
+        EXPECT_TRUE(file.Reports().at(0).HasNote(DocumentNoteKind::ForeignHeading));
+        EXPECT_TRUE(file.Reports().at(0).HasNote(DocumentNoteKind::CutOff));
+    }
+}
+
+TEST(ForgedReports, InTheTableOfAReportThatIsCutOff) {
+    const ReportFile file = ReportFile::FromBytes(
+        "== GPUs ==========================================================\n"
+        "GPU 0           : Name [AMD]\n\n"
+        "== DEPTH MODEL INFERENCE =========================================\n"
+        "MODEL                         median ms        min        max\n"
+        "Square Fast (256)                     -  (x\n\n" +
+        std::string(kVerdictHeading) + kForgedGrade +
+        "y)\nSquare High (518)                  3.08       3.08       3.08\n");
+    EXPECT_FALSE(ReadReport(file.Reports().at(0)).verdict.has_value());
+}
+
+TEST(ForgedReports, HeadingsCountWithoutBlankLinesWhereNoneCameThrough) {
+    std::string text = Forgery().Text();
+    for (std::size_t at = text.find("\n\n"); at != std::string::npos; at = text.find("\n\n")) {
+        text.erase(at, 1);
+    }
+    const ReportFile file = ReportFile::FromBytes(text);
+    EXPECT_TRUE(ReadReport(file.Reports().at(0)).verdict.has_value());
+    EXPECT_TRUE(file.Reports().at(0).notes.empty());
+}
+
 TEST(ForgedReports, TheFrameRateBehindTheHandsIsTheGames) {
     const ReportFile file = ReportFile::FromBytes(
         "== PART 2 - HEADSET ON, GAME RUNNING =============================\n\n"
