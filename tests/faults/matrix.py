@@ -41,7 +41,10 @@ ENDLESS = {"ID3D11DeviceContext::GetData"}
 
 # What a failed call always causes in the machine: a handle that cannot be closed stays open, a frame that cannot be
 # released is still held at the next acquire, and a frame that cannot begin or end is out of order for the runtime.
+# A window whose thread is never told to quit stays open until the process ends.
 CONSEQUENCES = {
+    "DestroyWindow": "open_handles",
+    "PostThreadMessageW": "open_handles",
     "RegCloseKey": "open_handles",
     "fclose": "open_handles",
     "IDXGIOutputDuplication::ReleaseFrame": "violations",

@@ -120,10 +120,14 @@ BOOL WINAPI SimulatedCreateProcessW(LPCWSTR program, LPWSTR command_line, LPSECU
 }
 
 BOOL WINAPI SimulatedTerminateProcess(HANDLE process, UINT exit_code) {
-    if (exit_code == 0 && GetProcessId(process) == GetCurrentProcessId()) {
-        TellLibraries();
-        TellConsoleOfEnd();
-        WriteAccounts();
+    if (GetProcessId(process) == GetCurrentProcessId()) {
+        if (exit_code == 0) {
+            TellLibraries();
+            TellConsoleOfEnd();
+            WriteAccounts();
+        } else {
+            WriteCalls();  // What is still open in a process that gives up is not counted.
+        }
     }
     return TerminateProcess(process, exit_code);
 }
