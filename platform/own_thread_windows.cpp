@@ -23,6 +23,6 @@ void RunOnOwnThread(const std::function<void()>& work) {
     DWORD exit_code = STILL_ACTIVE;
     while (WaitForSingleObject(thread.get(), INFINITE) != WAIT_OBJECT_0 &&
            GetExitCodeThread(thread.get(), &exit_code) != FALSE && exit_code == STILL_ACTIVE) {
-        Sleep(10);
+        SwitchToThread();  // Windows does not fail this wait on a valid handle, so polling costs nothing.
     }
 }
