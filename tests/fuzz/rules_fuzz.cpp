@@ -184,6 +184,8 @@ void EditHeadset(HeadsetFacts& headset, FuzzInput& input) {
 void EditCapture(CaptureFacts& capture, FuzzInput& input) {
     Replace(capture.failure, input);
     Replace(capture.other_gpu, input);
+    Replace(capture.height, input);
+    ReplaceWithLine(capture.width, capture.size_line, input);
     ReplaceWithLine(capture.fps, capture.fps_line, input);
     ReplaceLine(capture.not_read_back_line, input);
 }
@@ -193,7 +195,7 @@ void EditSoftware(SoftwareFacts& software, FuzzInput& input) {
     ReplaceLine(software.product_running_line, input);
 }
 
-constexpr std::array<Edit, 13> kSetupEdits = {
+constexpr std::array<Edit, 14> kSetupEdits = {
     [](Facts& facts, FuzzInput& input) { EditSoftware(facts.software, input); },
     [](Facts& facts, FuzzInput& input) { EditSoftware(facts.software_in_two, input); },
     [](Facts& facts, FuzzInput& input) { Replace(facts.folder, input); },

@@ -143,6 +143,7 @@ struct CaptureFacts {
     std::optional<TextFact> failure;  ///< the quoted advice
     std::optional<std::int64_t> width;
     std::optional<std::int64_t> height;
+    LineNumber size_line = 0;
     std::optional<TextFact> other_gpu;  ///< the GPU that frames come from, when it is not the benchmark GPU
     std::optional<double> fps;
     LineNumber fps_line = 0;

@@ -425,6 +425,7 @@ void AddCapture(const std::optional<CaptureReading>& reading, CaptureFacts& fact
     if (measurement.width != 0 && measurement.height != 0) {
         facts.width = measurement.width;
         facts.height = measurement.height;
+        facts.size_line = reading->size_line;
     }
     if (reading->other_gpu_line != 0) {
         facts.other_gpu = TextFact{measurement.capture_gpu_name, reading->other_gpu_line};

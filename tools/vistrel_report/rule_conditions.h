@@ -24,10 +24,12 @@ Judgement StereoOff(const Facts& facts);
 Judgement SeparationNearZero(const Facts& facts);
 Judgement DepthStrengthNearZero(const Facts& facts);
 Judgement DefaultsMeasured(const Facts& facts);
+Judgement AiRuntimeMissing(const Facts& facts);
 Judgement CustomModelMissing(const Facts& facts);
 Judgement FileNotReadWhole(const Facts& facts);
 Judgement LogMissing(const Facts& facts);
 Judgement LogWithoutStart(const Facts& facts);
+Judgement LogNamesAdapter(const Facts& facts);
 
 // The machine.
 Judgement GpuListFailed(const Facts& facts);
@@ -60,6 +62,7 @@ Judgement CaptureUnsupported(const Facts& facts);
 Judgement CaptureWithoutFrame(const Facts& facts);
 Judgement CaptureWithoutDisplay(const Facts& facts);
 Judgement CaptureFailedOtherwise(const Facts& facts);
+Judgement CaptureOfOtherDisplay(const Facts& facts);
 Judgement FrameNotReadBack(const Facts& facts);
 Judgement GameSlow(const Facts& facts);
 

@@ -130,6 +130,25 @@ Judgement CaptureFailedOtherwise(const Facts& facts) {
                           [](const std::string& text) { return !IsKnownFailure(text); });
 }
 
+Judgement CaptureOfOtherDisplay(const Facts& facts) {
+    const CaptureFacts& capture = facts.capture;
+    const DisplayFacts* const display = PrimaryDisplay(facts);
+    if (!capture.width || !capture.height || display == nullptr) {
+        return DoesNotApply();
+    }
+    const bool same = *capture.width == display->width && *capture.height == display->height;
+    const bool turned = *capture.width == display->height && *capture.height == display->width;
+    if (same || turned) {
+        return NotFound();  // A portrait display is delivered unrotated.
+    }
+    return Found(
+        FormatText("The display that was captured has %lldx%lld pixels, the primary one %lldx%lld: they "
+                   "are two displays.",
+                   static_cast<long long>(*capture.width), static_cast<long long>(*capture.height),
+                   static_cast<long long>(display->width), static_cast<long long>(display->height)),
+        {capture.size_line, display->line});
+}
+
 Judgement FrameNotReadBack(const Facts& facts) {
     if (facts.capture.failure) {
         return DoesNotApply();

@@ -199,6 +199,27 @@ Judgement GpuChoiceOther(const Facts& facts) {
         lines);
 }
 
+Judgement LogNamesAdapter(const Facts& facts) {
+    if (HardwareGpuCount(facts) < 2) {
+        return DoesNotApply();
+    }
+    const auto line = std::find_if(
+        facts.log_lines.rbegin(), facts.log_lines.rend(),
+        [](const TextFact& candidate) { return candidate.text.find("Match found") != std::string::npos; });
+    if (line == facts.log_lines.rend()) {
+        return NotFound();
+    }
+    const HeadsetFacts* const headset = LastHeadset(facts);
+    if (headset == nullptr || !headset->required_gpu || *headset->required_gpu < 0) {
+        return Found("The log tells which graphics card Vistrel rendered on in its last run.", {line->line});
+    }
+    return Found(
+        FormatText("The log tells which graphics card Vistrel rendered on in its last run. The headset "
+                   "requires GPU %lld (%s).",
+                   static_cast<long long>(*headset->required_gpu), headset->required_gpu_name.c_str()),
+        {line->line, headset->required_gpu_line});
+}
+
 Judgement OpenXrLoaderMissing(const Facts& facts) {
     return HeadsetMessage(facts, "openxr_loader.dll not found",
                           "openxr_loader.dll is not beside the tool, so nothing about the headset is known.");

@@ -94,6 +94,19 @@ Judgement WrongFolder(const Facts& facts) {
         lines);
 }
 
+Judgement AiRuntimeMissing(const Facts& facts) {
+    if (facts.models.runtime_missing_line == 0) {
+        return NotFound();
+    }
+    if (WrongFolder(facts).answer == Answer::Found) {
+        return DoesNotApply();  // That says why.
+    }
+    return Found(
+        "onnxruntime.dll is not beside the tool, or could not be loaded: it needs the Visual C++ runtime "
+        "(2015-2022, x64).",
+        {facts.models.runtime_missing_line});
+}
+
 Judgement InjectedFiles(const Facts& facts) {
     if (facts.proxy_dlls.empty() && facts.reshade_files.empty()) {
         return NotFound();

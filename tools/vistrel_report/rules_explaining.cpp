@@ -197,6 +197,17 @@ std::vector<Rule> CostAndSettingRules() {
          "Please raise the depth strength in Vistrel and look again.",
          "settings",
          Topic::kSettings},
+        {"ai-runtime-missing",
+         Level::Explains,
+         "The AI runtime could not be loaded",
+         {Part::DepthModel},
+         AiRuntimeMissing,
+         "onnxruntime.dll is not beside the tool or cannot be loaded, and the folder is the right one.",
+         "Please install the current Visual C++ runtime of Microsoft (2015-2022, x64) and run vistrel_diag "
+         "again. "
+         "If the report still says the same, reinstall Vistrel.",
+         "depth-model",
+         Topic::kBehaviour},
         {"custom-model-missing",
          Level::Explains,
          "No model is chosen",
