@@ -55,7 +55,9 @@
     "@media(max-width:40rem){.line{flex-wrap:wrap}.line .text{flex-basis:70%}.line .why{width:100%;"         \
     "padding-left:3.9em}.facts{grid-template-columns:1fr}.facts dd{margin-bottom:.3rem}}"                    \
     "@media print{body{background:#fff;font-size:11pt}main{max-width:none;padding:0}"                        \
-    ".finding{break-inside:avoid}.line.found{outline:1px solid #888}a{color:inherit}}"
+    ".finding,tr,.line{break-inside:avoid}h2,h3,h4,summary{break-after:avoid}"                               \
+    ".charts{grid-template-columns:1fr 1fr}.lines{font-size:8.5pt;border:0}"                                 \
+    ".line.found{outline:1px solid #888}a{color:inherit}}"
 
 /// SHA-256 of the above in base64, as used in the page's policy.
-#define VISTREL_REPORT_STYLE_HASH "PqDT8GAv1fnhUn1afnh4mKf2UuClzkvzeJr4KEkqvtM="
+#define VISTREL_REPORT_STYLE_HASH "M+eFWQDVLLzURI0W4rcpumAwy37tT0rAU0+HLCESHs8="
