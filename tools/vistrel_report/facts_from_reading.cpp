@@ -1,29 +1,17 @@
 #include "tools/vistrel_report/facts_from_reading.h"
 
 #include <algorithm>
-#include <cmath>
 #include <iterator>
 #include <string_view>
 #include <utility>
 
 #include "depth/depth_model_presets.h"
 #include "platform/format.h"
+#include "tools/vistrel_report/facts_of_sections.h"
 #include "tools/vistrel_report/reading.h"
 #include "tools/vistrel_report/report_document.h"
 
 namespace {
-
-constexpr double kBytesPerMegabyte = 1048576.0;
-constexpr double kBytesPerGigabyte = kBytesPerMegabyte * 1024.0;
-
-/// Without the digits behind what the report prints.
-double Rounded(double value) {
-    return std::round(value * 100.0) / 100.0;
-}
-
-double Megabytes(std::uint64_t bytes) {
-    return static_cast<double>(bytes) / kBytesPerMegabyte;
-}
 
 std::string_view KindName(DocumentNoteKind kind) {
     switch (kind) {
@@ -98,132 +86,6 @@ Part PartOf(const SectionText& section) {
     return Part::Verdict;
 }
 
-void AddSoftware(const std::optional<RunningSoftwareReading>& reading, SoftwareFacts& facts) {
-    if (!reading) {
-        return;
-    }
-    for (std::size_t i = 0; i < reading->software.notable.size(); ++i) {
-        facts.programs.push_back({reading->software.notable[i], reading->notable_lines.at(i)});
-    }
-    if (const auto& foreground = reading->software.foreground) {
-        facts.foreground_program = TextFact{foreground->executable_name, reading->foreground_line};
-        facts.foreground_title = TextFact{foreground->title, reading->foreground_line};
-    }
-    facts.product_running_line = reading->warning_line;
-}
-
-template <typename Value>
-std::optional<std::int64_t> WholeNumber(const Value& text) {
-    std::int64_t number = 0;
-    std::string digits;
-    if (text && std::all_of(text->begin(), text->end(), [](char c) { return c >= '0' && c <= '9'; }) &&
-        !text->empty() && text->size() < 10) {
-        for (const char digit : *text) {
-            number = number * 10 + (digit - '0');
-        }
-        return number;
-    }
-    return {};
-}
-
-void AddMachine(const std::optional<MachineReading>& reading, MachineFacts& facts) {
-    if (!reading) {
-        return;
-    }
-    const MachineInfo& machine = reading->machine;
-    if (machine.windows_name) {
-        facts.windows = TextFact{*machine.windows_name, reading->windows_line};
-    }
-    facts.build = WholeNumber(machine.build_number);
-    if (machine.processor_name) {
-        facts.processor = TextFact{*machine.processor_name, reading->processor_line};
-    }
-    if (reading->processor_line != 0) {
-        facts.logical_processors = machine.logical_processors;
-    }
-    if (machine.memory) {
-        facts.memory_gb = Rounded(static_cast<double>(machine.memory->total) / kBytesPerGigabyte);
-        facts.free_memory_gb = Rounded(static_cast<double>(machine.memory->available) / kBytesPerGigabyte);
-        facts.memory_line = reading->memory_line;
-    }
-    if (reading->gpu_scheduling_line != 0) {
-        const std::optional<std::uint32_t>& mode = machine.gpu_scheduling_mode;
-        facts.gpu_scheduling = TextFact{!mode        ? "not set"
-                                        : *mode == 1 ? "disabled"
-                                        : *mode == 2 ? "ENABLED"
-                                                     : "unknown value",
-                                        reading->gpu_scheduling_line};
-    }
-}
-
-std::string_view VendorName(std::uint32_t vendor_id) {
-    switch (vendor_id) {
-        case 0x1002:
-            return "AMD";
-        case 0x10DE:
-            return "NVIDIA";
-        case 0x1414:
-            return "Microsoft";
-        case 0x8086:
-            return "Intel";
-        default:
-            return "?";
-    }
-}
-
-MemoryUse MemoryOf(const VideoMemoryUse& memory, LineNumber line, bool out_of_headroom) {
-    return {Megabytes(memory.usage), Megabytes(memory.budget), line, out_of_headroom};
-}
-
-void AddGpus(const std::optional<GpuReading>& reading, Facts& facts) {
-    if (!reading) {
-        return;
-    }
-    facts.gpu_list_failure_line = reading->factory_failed_line;
-    for (std::size_t i = 0; i < reading->inventory.gpus.size(); ++i) {
-        const auto& [info, memory] = reading->inventory.gpus[i];
-        const GpuLines& lines = reading->lines.at(i);
-        GpuFacts gpu;
-        gpu.number = info.index;
-        gpu.name = info.name;
-        gpu.vendor = VendorName(info.vendor_id);
-        gpu.software = info.software;
-        gpu.line = lines.name;
-        if (lines.memory != 0) {
-            gpu.dedicated_mb = Megabytes(info.dedicated_video_memory);
-            gpu.shared_mb = Megabytes(info.shared_system_memory);
-        }
-        gpu.displays = info.displays;
-        if (memory) {
-            gpu.memory = MemoryOf(*memory, lines.memory_in_use, false);
-        }
-        facts.gpus.push_back(gpu);
-    }
-}
-
-void AddGameMemory(const std::optional<GameVideoMemoryReading>& reading, Facts& facts) {
-    for (std::size_t i = 0; reading && i < reading->gpus.size(); ++i) {
-        const auto& [info, memory] = reading->gpus[i];
-        const std::int64_t number = info.index;
-        auto gpu = std::find_if(facts.gpus.begin(), facts.gpus.end(),
-                                [number](const GpuFacts& listed) { return listed.number == number; });
-        if (gpu == facts.gpus.end()) {  // Part 1 is missing.
-            GpuFacts only_here;
-            only_here.number = number;
-            only_here.name = info.name;
-            only_here.line = reading->lines.at(i);
-            gpu = facts.gpus.insert(gpu, only_here);
-        }
-        if (memory) {
-            gpu->memory_in_two = MemoryOf(*memory, reading->lines.at(i), reading->OutOfHeadroom(i));
-        }
-    }
-}
-
-std::optional<TextFact> TextOf(const std::optional<ReadText>& text) {
-    return text ? std::optional(TextFact{text->text, text->line}) : std::nullopt;
-}
-
 void AddOpening(const std::optional<OpeningReading>& reading, Facts& facts) {
     if (!reading) {
         return;
@@ -281,24 +143,6 @@ void AddBrokenSections(const ReportDocument& document, Facts& facts) {
             facts.broken_sections.push_back({std::string(SectionTitle(SectionId::DepthModel)),
                                              "\"" + model.name + "\" " + model.error, model.line});
         }
-    }
-}
-
-void AddDisplays(const std::optional<DisplayReading>& reading, Facts& facts) {
-    if (!reading) {
-        return;
-    }
-    for (const ReadDisplay& read : reading->displays) {
-        const DisplayInfo& display = read.display;
-        facts.displays.push_back({display.name, display.width, display.height, display.refresh_hz,
-                                  display.primary, display.gpu, read.gpu_name, read.line});
-    }
-}
-
-void AddOverrides(const std::optional<GpuOverrideReading>& reading, Facts& facts) {
-    for (std::size_t i = 0; reading && reading->preferences && i < reading->preferences->size(); ++i) {
-        const GpuPreference& preference = (*reading->preferences)[i];
-        facts.overrides.push_back({preference.application, preference.choice, reading->lines.at(i)});
     }
 }
 
@@ -376,137 +220,6 @@ void AddQuotedFiles(const PartOneReading& reading, Facts& facts) {
         facts.log_missing_line = log->no_log_line;
         facts.log_without_start_line = log->nothing_relevant_line;
     }
-}
-
-void AddHeadset(const std::optional<HeadsetReading>& reading, HeadsetFacts& facts) {
-    if (!reading) {
-        return;
-    }
-    facts.runtime = TextOf(reading->runtime);
-    facts.message = TextOf(reading->message);
-    if (reading->eye_width && reading->eye_height) {
-        facts.eye_width = *reading->eye_width;
-        facts.eye_height = *reading->eye_height;
-    }
-    if (reading->required_gpu) {
-        facts.required_gpu = reading->required_gpu->gpu;
-        facts.required_gpu_name = reading->required_gpu->name;
-        facts.required_gpu_line = reading->required_gpu->line;
-    }
-    if (!reading->cross_gpu_lines.empty()) {
-        facts.cross_gpu_line = reading->cross_gpu_lines.front();
-    }
-}
-
-void AddBenchmark(const std::optional<BenchmarkSetupReading>& reading, BenchmarkFacts& facts) {
-    if (!reading) {
-        return;
-    }
-    if (reading->gpu_line != 0) {
-        facts.gpu = reading->gpu;
-        facts.gpu_name = reading->gpu_name;
-        facts.gpu_line = reading->gpu_line;
-    }
-    facts.guessed_line = reading->chosen_by_size_line;
-    if (reading->device_result) {
-        facts.failure = TextFact{FormatText("0x%08X", static_cast<unsigned>(*reading->device_result)),
-                                 reading->device_line};
-    }
-}
-
-void AddCapture(const std::optional<CaptureReading>& reading, CaptureFacts& facts) {
-    if (!reading) {
-        return;
-    }
-    const CaptureMeasurement& measurement = reading->measurement;
-    if (reading->failure_line != 0) {
-        facts.failure = TextFact{measurement.error, reading->failure_line};
-    }
-    if (measurement.width != 0 && measurement.height != 0) {
-        facts.width = measurement.width;
-        facts.height = measurement.height;
-        facts.size_line = reading->size_line;
-    }
-    if (reading->other_gpu_line != 0) {
-        facts.other_gpu = TextFact{measurement.capture_gpu_name, reading->other_gpu_line};
-    }
-    if (reading->frame_rate_line != 0) {
-        facts.fps = reading->frames_per_second;
-        facts.fps_line = reading->frame_rate_line;
-    }
-    facts.not_read_back_line = reading->synthetic_picture_line;
-}
-
-void AddWarp(const std::optional<WarpReading>& reading, WarpFacts& facts) {
-    if (!reading) {
-        return;
-    }
-    for (const WarpRowReading& row : reading->rows) {
-        facts.rows.push_back({row.width, row.height, row.label, row.gpu_ms, row.vram_mb, row.line});
-    }
-    for (const ReadText& problem : reading->problems) {
-        facts.failures.push_back({problem.text, problem.line});
-    }
-    facts.shader_failure_line = reading->shader_error ? reading->shader_error->line : 0;
-}
-
-void AddModels(const std::optional<DepthModelReading>& reading, ModelFacts& facts) {
-    if (!reading) {
-        return;
-    }
-    for (const ModelReading& model : reading->models) {
-        ModelRow row;
-        row.name = model.timing.name;
-        row.error = model.timing.error;
-        row.configured = model.configured;
-        row.line = model.line;
-        if (model.timing.ok) {
-            row.median_ms = model.timing.median_ms;
-            row.min_ms = model.timing.min_ms;
-            row.max_ms = model.timing.max_ms;
-        }
-        facts.rows.push_back(row);
-    }
-    facts.runtime_missing_line = reading->runtime_missing_line;
-    facts.no_custom_model_line = reading->no_custom_path_line;
-}
-
-void AddHands(const std::optional<HandTrackingReading>& reading, HandFacts& facts) {
-    if (!reading) {
-        return;
-    }
-    if (reading->extensions) {
-        facts.hand_tracking = reading->extensions->hand_tracking;
-        facts.data_source = reading->extensions->data_source;
-        facts.data_source_line = reading->extensions_line;
-    }
-    if (reading->stop) {
-        facts.stop = TextFact{"stopped", reading->stop_line};
-    }
-    if (reading->conclusion) {
-        facts.told_apart = *reading->conclusion == HandConclusion::Reported;
-        facts.conclusion = TextFact{"concluded", reading->conclusion_line};
-    }
-}
-
-void AddVerdict(const std::optional<VerdictReading>& reading, VerdictFacts& facts) {
-    if (!reading) {
-        return;
-    }
-    for (const RefreshRowReading& row : reading->rows) {
-        facts.shares.push_back(
-            {row.refresh_hz, row.warp_ms_a_second, row.ai_percent, row.reshade_percent, row.line});
-    }
-    facts.reshade_mode = reading->reshade_mode.value_or(false);
-    if (reading->model) {
-        facts.model_rate = reading->model->rate;
-        facts.model_too_slow_line = reading->model->cannot_keep_up_line;
-    }
-    if (reading->grade) {
-        facts.share = reading->percent;
-        facts.share_line = reading->grade_line;
-    }
-    facts.not_measured_line = reading->no_verdict_line;
 }
 
 /// A section of which nothing was understood is not there.
