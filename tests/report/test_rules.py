@@ -1,5 +1,6 @@
 """Every rule is found in one report, silent in one, and not judged in one; the table and the manual are one."""
 
+import functools
 import json
 import re
 
@@ -12,6 +13,11 @@ LEVELS = ["untrusted", "explains", "contributes", "worth-knowing"]
 
 def listed_rules():
     return [line.split(None, 2) for line in run("--list-rules")[0].splitlines()]
+
+
+@functools.cache
+def explained(rule):
+    return run("--explain", rule)[0]
 
 
 def judged():
@@ -68,7 +74,7 @@ def test_the_manual_names_every_rule_below_the_heading_that_the_rule_names():
                 told[rule] = (anchor, level.strip())
     table = {}
     for level, rule, _ in listed_rules():
-        table[rule] = (re.search(r"reading-a-report\.md#(\S+)", run("--explain", rule)[0])[1], level)
+        table[rule] = (re.search(r"reading-a-report\.md#(\S+)", explained(rule))[1], level)
     assert told == table
 
 
@@ -91,7 +97,7 @@ def test_spoiled_findings_say_why(findings):
 
 
 def test_no_wording_blames_the_user():
-    every = "".join(run("--explain", rule)[0] for _, rule, _ in listed_rules())
+    every = "".join(explained(rule) for _, rule, _ in listed_rules())
     every += "".join(path.read_text(encoding="utf-8") for path in RULES.glob("*.json"))
     for word in ["you should have", "you forgot", "your fault", "wrongly", "mistake", "failed to", "must "]:
         assert word not in every.lower()
