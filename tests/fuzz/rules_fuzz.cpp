@@ -1,6 +1,7 @@
 // Every rule with facts that were edited at random: facts of a report are removed, added, and replaced by any
 // number and any text. A result must be complete, and refer to lines of the report.
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
@@ -150,30 +151,30 @@ void ReplaceWithLine(std::optional<Value>& fact, LineNumber& line, FuzzInput& in
 
 using Edit = void (*)(Facts&, FuzzInput&);
 
-constexpr std::array<Edit, 11> kMachineEdits = {
-    [](Facts& facts, FuzzInput& input) { Replace(facts.machine.windows, input); },
-    [](Facts& facts, FuzzInput& input) { Replace(facts.machine.build, input); },
-    [](Facts& facts, FuzzInput& input) { Replace(facts.machine.memory_gb, input); },
-    [](Facts& facts, FuzzInput& input) {
-        ReplaceWithLine(facts.machine.free_memory_gb, facts.machine.memory_line, input);
-    },
-    [](Facts& facts, FuzzInput& input) { Replace(facts.machine.gpu_scheduling, input); },
-    [](Facts& facts, FuzzInput& input) { Replace(facts.gpus, input); },
-    [](Facts& facts, FuzzInput& input) {
-        if (!facts.gpus.empty()) {
-            GpuFacts& gpu = facts.gpus[input.Number() % facts.gpus.size()];
-            Replace(gpu.dedicated_mb, input);
-            Replace(gpu.memory_in_two, input);
-        }
-    },
-    [](Facts& facts, FuzzInput& input) { ReplaceLine(facts.gpu_list_failure_line, input); },
-    [](Facts& facts, FuzzInput& input) { Replace(facts.displays, input); },
-    [](Facts& facts, FuzzInput& input) { Replace(facts.overrides, input); },
-    [](Facts& facts, FuzzInput& input) {
-        BenchmarkFacts& benchmark = facts.benchmark;
-        Replace(benchmark.failure, input);
-        ReplaceLine(benchmark.guessed_line, input);
-    }};
+constexpr auto kMachineEdits = std::to_array<Edit>(
+    {[](Facts& facts, FuzzInput& input) { Replace(facts.machine.windows, input); },
+     [](Facts& facts, FuzzInput& input) { Replace(facts.machine.build, input); },
+     [](Facts& facts, FuzzInput& input) { Replace(facts.machine.memory_gb, input); },
+     [](Facts& facts, FuzzInput& input) {
+         ReplaceWithLine(facts.machine.free_memory_gb, facts.machine.memory_line, input);
+     },
+     [](Facts& facts, FuzzInput& input) { Replace(facts.machine.gpu_scheduling, input); },
+     [](Facts& facts, FuzzInput& input) { Replace(facts.gpus, input); },
+     [](Facts& facts, FuzzInput& input) {
+         if (!facts.gpus.empty()) {
+             GpuFacts& gpu = facts.gpus[input.Number() % facts.gpus.size()];
+             Replace(gpu.dedicated_mb, input);
+             Replace(gpu.memory_in_two, input);
+         }
+     },
+     [](Facts& facts, FuzzInput& input) { ReplaceLine(facts.gpu_list_failure_line, input); },
+     [](Facts& facts, FuzzInput& input) { Replace(facts.displays, input); },
+     [](Facts& facts, FuzzInput& input) { Replace(facts.overrides, input); },
+     [](Facts& facts, FuzzInput& input) {
+         BenchmarkFacts& benchmark = facts.benchmark;
+         Replace(benchmark.failure, input);
+         ReplaceLine(benchmark.guessed_line, input);
+     }});
 
 void EditHeadset(HeadsetFacts& headset, FuzzInput& input) {
     Replace(headset.message, input);
@@ -195,55 +196,56 @@ void EditSoftware(SoftwareFacts& software, FuzzInput& input) {
     ReplaceLine(software.product_running_line, input);
 }
 
-constexpr std::array<Edit, 14> kSetupEdits = {
-    [](Facts& facts, FuzzInput& input) { EditSoftware(facts.software, input); },
-    [](Facts& facts, FuzzInput& input) { EditSoftware(facts.software_in_two, input); },
-    [](Facts& facts, FuzzInput& input) { Replace(facts.folder, input); },
-    [](Facts& facts, FuzzInput& input) { Replace(facts.proxy_dlls, input); },
-    [](Facts& facts, FuzzInput& input) { Replace(facts.reshade_files, input); },
-    [](Facts& facts, FuzzInput& input) { ReplaceLine(facts.settings.defaults_line, input); },
-    [](Facts& facts, FuzzInput& input) { ReplaceLine(facts.settings.parse_error_line, input); },
-    [](Facts& facts, FuzzInput& input) {
-        ReplaceLine(facts.settings.stereo_off_line, input);
-        ReplaceLine(facts.settings.separation_line, input);
-        ReplaceLine(facts.settings.depth_strength_line, input);
-    },
-    [](Facts& facts, FuzzInput& input) {
-        ReplaceLine(facts.log_missing_line, input);
-        ReplaceLine(facts.log_without_start_line, input);
-    },
-    [](Facts& facts, FuzzInput& input) {
-        facts.unread_file_lines = {AnyLine(input), AnyLine(input)};
-    },
-    [](Facts& facts, FuzzInput& input) { Replace(facts.cut_short, input); },
-    [](Facts& facts, FuzzInput& input) { Replace(facts.broken_sections, input); },
-    [](Facts& facts, FuzzInput& input) { ReplaceLine(facts.part_two_skipped_line, input); }};
+constexpr auto kSetupEdits = std::to_array<Edit>(
+    {[](Facts& facts, FuzzInput& input) { EditSoftware(facts.software, input); },
+     [](Facts& facts, FuzzInput& input) { EditSoftware(facts.software_in_two, input); },
+     [](Facts& facts, FuzzInput& input) { Replace(facts.folder, input); },
+     [](Facts& facts, FuzzInput& input) { Replace(facts.proxy_dlls, input); },
+     [](Facts& facts, FuzzInput& input) { Replace(facts.reshade_files, input); },
+     [](Facts& facts, FuzzInput& input) { ReplaceLine(facts.settings.defaults_line, input); },
+     [](Facts& facts, FuzzInput& input) { ReplaceLine(facts.settings.parse_error_line, input); },
+     [](Facts& facts, FuzzInput& input) {
+         ReplaceLine(facts.settings.stereo_off_line, input);
+         ReplaceLine(facts.settings.separation_line, input);
+         ReplaceLine(facts.settings.depth_strength_line, input);
+     },
+     [](Facts& facts, FuzzInput& input) {
+         ReplaceLine(facts.log_missing_line, input);
+         ReplaceLine(facts.log_without_start_line, input);
+     },
+     [](Facts& facts, FuzzInput& input) { Replace(facts.log_lines, input); },
+     [](Facts& facts, FuzzInput& input) {
+         facts.unread_file_lines = {AnyLine(input), AnyLine(input)};
+     },
+     [](Facts& facts, FuzzInput& input) { Replace(facts.cut_short, input); },
+     [](Facts& facts, FuzzInput& input) { Replace(facts.broken_sections, input); },
+     [](Facts& facts, FuzzInput& input) { ReplaceLine(facts.part_two_skipped_line, input); }});
 
-constexpr std::array<Edit, 11> kFigureEdits = {
-    [](Facts& facts, FuzzInput& input) { EditHeadset(facts.headset, input); },
-    [](Facts& facts, FuzzInput& input) { EditHeadset(facts.headset_in_two, input); },
-    [](Facts& facts, FuzzInput& input) { EditCapture(facts.capture, input); },
-    [](Facts& facts, FuzzInput& input) { EditCapture(facts.game, input); },
-    [](Facts& facts, FuzzInput& input) { Replace(facts.warp.rows, input); },
-    [](Facts& facts, FuzzInput& input) { ReplaceLine(facts.warp.shader_failure_line, input); },
-    [](Facts& facts, FuzzInput& input) { Replace(facts.models.rows, input); },
-    [](Facts& facts, FuzzInput& input) {
-        ReplaceLine(facts.models.runtime_missing_line, input);
-        ReplaceLine(facts.models.no_custom_model_line, input);
-    },
-    [](Facts& facts, FuzzInput& input) {
-        Replace(facts.hands.stop, input);
-        Replace(facts.hands.conclusion, input);
-        ReplaceLine(facts.hands.data_source_line, input);
-        Replace(facts.hands.told_apart, input);
-    },
-    [](Facts& facts, FuzzInput& input) {
-        ReplaceWithLine(facts.verdict.share, facts.verdict.share_line, input);
-    },
-    [](Facts& facts, FuzzInput& input) {
-        ReplaceLine(facts.verdict.model_too_slow_line, input);
-        ReplaceLine(facts.verdict.not_measured_line, input);
-    }};
+constexpr auto kFigureEdits = std::to_array<Edit>(
+    {[](Facts& facts, FuzzInput& input) { EditHeadset(facts.headset, input); },
+     [](Facts& facts, FuzzInput& input) { EditHeadset(facts.headset_in_two, input); },
+     [](Facts& facts, FuzzInput& input) { EditCapture(facts.capture, input); },
+     [](Facts& facts, FuzzInput& input) { EditCapture(facts.game, input); },
+     [](Facts& facts, FuzzInput& input) { Replace(facts.warp.rows, input); },
+     [](Facts& facts, FuzzInput& input) { ReplaceLine(facts.warp.shader_failure_line, input); },
+     [](Facts& facts, FuzzInput& input) { Replace(facts.models.rows, input); },
+     [](Facts& facts, FuzzInput& input) {
+         ReplaceLine(facts.models.runtime_missing_line, input);
+         ReplaceLine(facts.models.no_custom_model_line, input);
+     },
+     [](Facts& facts, FuzzInput& input) {
+         Replace(facts.hands.stop, input);
+         Replace(facts.hands.conclusion, input);
+         ReplaceLine(facts.hands.data_source_line, input);
+         Replace(facts.hands.told_apart, input);
+     },
+     [](Facts& facts, FuzzInput& input) {
+         ReplaceWithLine(facts.verdict.share, facts.verdict.share_line, input);
+     },
+     [](Facts& facts, FuzzInput& input) {
+         ReplaceLine(facts.verdict.model_too_slow_line, input);
+         ReplaceLine(facts.verdict.not_measured_line, input);
+     }});
 
 Facts EditedFacts(FuzzInput input) {
     Facts facts = Template();
