@@ -1,11 +1,11 @@
 // What else was running, the machine, its graphics cards and displays.
 #include <algorithm>
 #include <string>
-#include <string_view>
 
 #include "tools/vistrel_diag/sections/displays/display_reading.h"
 #include "tools/vistrel_diag/sections/gpu_overrides/gpu_override_reading.h"
 #include "tools/vistrel_diag/sections/gpus/gpu_reading.h"
+#include "tools/vistrel_diag/sections/gpus/gpu_section.h"
 #include "tools/vistrel_diag/sections/machine/machine_reading.h"
 #include "tools/vistrel_diag/sections/running_software/running_software_reading.h"
 #include "tools/vistrel_report/facts_of_sections.h"
@@ -19,33 +19,13 @@ double Megabytes(std::uint64_t bytes) {
     return static_cast<double>(bytes) / kBytesPerMegabyte;
 }
 
-template <typename Value>
-std::optional<std::int64_t> WholeNumber(const Value& text) {
-    std::int64_t number = 0;
-    std::string digits;
-    if (text && std::all_of(text->begin(), text->end(), [](char c) { return c >= '0' && c <= '9'; }) &&
-        !text->empty() && text->size() < 10) {
-        for (const char digit : *text) {
-            number = number * 10 + (digit - '0');
-        }
+/// The whole text as a number; none where it is anything else.
+std::optional<std::int64_t> WholeNumber(const std::optional<std::string>& text) {
+    std::uint32_t number = 0;
+    if (text && LineScan(*text).Whole(number).IsWhole()) {
         return number;
     }
-    return {};
-}
-
-std::string_view VendorName(std::uint32_t vendor_id) {
-    switch (vendor_id) {
-        case 0x1002:
-            return "AMD";
-        case 0x10DE:
-            return "NVIDIA";
-        case 0x1414:
-            return "Microsoft";
-        case 0x8086:
-            return "Intel";
-        default:
-            return "?";
-    }
+    return std::nullopt;
 }
 
 MemoryUse MemoryOf(const VideoMemoryUse& memory, LineNumber line, bool out_of_headroom) {

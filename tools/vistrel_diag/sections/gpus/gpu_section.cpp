@@ -26,6 +26,16 @@ double BudgetPercent(const VideoMemoryUse& memory) {
     return static_cast<double>(memory.usage) * 100.0 / static_cast<double>(memory.budget);
 }
 
+std::string Joined(const std::vector<std::string>& names) {
+    std::string text;
+    for (const std::string& name : names) {
+        text += &name == &names.front() ? name : ", " + name;
+    }
+    return text;
+}
+
+}  // namespace
+
 const char* VendorName(std::uint32_t vendor_id) {
     switch (vendor_id) {
         case 0x1002:
@@ -40,16 +50,6 @@ const char* VendorName(std::uint32_t vendor_id) {
             return "?";
     }
 }
-
-std::string Joined(const std::vector<std::string>& names) {
-    std::string text;
-    for (const std::string& name : names) {
-        text += &name == &names.front() ? name : ", " + name;
-    }
-    return text;
-}
-
-}  // namespace
 
 const std::vector<GpuInfo>& GpuList() {
     return MutableGpuList();

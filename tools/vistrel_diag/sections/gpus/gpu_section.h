@@ -51,6 +51,9 @@ struct GpuVisitor {
 
 GpuInventory ProbeGpus(const GpuVisitor& visitor = {});
 
+/// The vendor's name as it is printed, "?" for an unknown PCI vendor id. Static storage.
+const char* VendorName(std::uint32_t vendor_id);
+
 /// Print one adapter, and its memory where Windows reports it.
 void PrintGpu(const GpuInfo& gpu);
 void PrintGpuMemory(const VideoMemoryUse& memory);
