@@ -74,9 +74,54 @@ std::vector<ChartMark> FrameMarks(const std::vector<double>& refresh_rates, doub
     return marks;
 }
 
+bool BeginsCharacter(char byte) {
+    return (static_cast<unsigned char>(byte) & 0xC0U) != 0x80U;
+}
+
+std::size_t CharactersOf(std::string_view text) {
+    return static_cast<std::size_t>(std::count_if(text.begin(), text.end(), BeginsCharacter));
+}
+
+/// `text` cut to so many characters.
+std::string Cut(std::string_view text, std::size_t longest) {
+    if (CharactersOf(text) <= longest) {
+        return std::string(text);
+    }
+    std::size_t characters = 0;
+    std::size_t end = 0;
+    for (; end < text.size() && (characters < longest || !BeginsCharacter(text[end])); ++end) {
+        characters += BeginsCharacter(text[end]) ? 1 : 0;
+    }
+    return std::string(text.substr(0, end)) + "...";
+}
+
+/// A row's name, so short that it does not reach the figure beside it; the table has all of it. What tells
+/// two graphics cards apart is at the end of their names, and what tells two models apart is at the
+/// beginning.
+std::string LabelOf(const Spread& spread) {
+    constexpr std::size_t kLongest = 44;
+    constexpr std::size_t kLongestGpu = 22;
+    constexpr std::size_t kLongestOf = 17;
+    if (CharactersOf(spread.gpu) + CharactersOf(spread.of) + 2 <= kLongest) {
+        return spread.gpu + (spread.of.empty() ? "" : ", " + spread.of);
+    }
+    std::string_view gpu = spread.gpu;
+    for (std::size_t blank = gpu.find(' ');
+         CharactersOf(gpu) > kLongestGpu && blank != std::string_view::npos && blank + 1 < gpu.size();
+         blank = gpu.find(' ')) {
+        gpu.remove_prefix(blank + 1);
+    }
+    std::string_view of = spread.of;
+    for (std::size_t blank = of.rfind(' '); CharactersOf(of) > kLongestOf && blank != std::string_view::npos;
+         blank = of.rfind(' ')) {
+        of = of.substr(0, blank);
+    }
+    return Cut(gpu, kLongestGpu) + (of.empty() ? "" : ", " + Cut(of, kLongestOf));
+}
+
 ChartRow RowOf(const Spread& spread, const DistributionTexts& texts, double longest) {
     ChartRow row;
-    row.label = spread.gpu + (spread.of.empty() ? "" : ", " + spread.of);
+    row.label = LabelOf(spread);
     const double median = Quantile(spread.values, 0.5);
     row.figure = Number(median) + " " + std::string(texts.unit) + FormatText(" (%zu)", spread.values.size());
     row.columns = ChartColumns{ColumnsOf(spread.values, longest), median};

@@ -92,3 +92,23 @@ TEST(Distributions, MarksAreFrameTimesOrRoundFigures) {
     ASSERT_THAT(chart.marks, SizeIs(4));
     EXPECT_EQ(chart.marks[0].label, "5 ms");
 }
+
+TEST(Distributions, ALongNameIsShortInTheDrawingAndWholeInTheTable) {
+    const auto label_of = [](const std::string& gpu, const std::string& of) {
+        Distribution distribution;
+        distribution.Add(gpu, of, "first", 1.0);
+        const Chart chart = distribution.ToChart(Texts());
+        EXPECT_THAT(chart.table_rows, ElementsAre(testing::Contains(gpu)));
+        EXPECT_THAT(chart.table_rows, ElementsAre(testing::Contains(of)));
+        return chart.rows.at(0).label;
+    };
+    EXPECT_EQ(label_of("NVIDIA GeForce RTX 3070", "1920x1080"), "NVIDIA GeForce RTX 3070, 1920x1080");
+    EXPECT_EQ(label_of("NVIDIA GeForce RTX 4060 Laptop GPU", "Distill Balanced (322x322)"),
+              "RTX 4060 Laptop GPU, Distill Balanced");
+    std::string umlauts;
+    for (int i = 0; i < 50; ++i) {
+        umlauts += "\xC3\xA4";
+    }
+    EXPECT_EQ(label_of(umlauts, "x"), umlauts.substr(0, 44) + "..., x");
+    EXPECT_EQ(label_of(umlauts + " ", " "), umlauts.substr(0, 44) + "...,  ");
+}
