@@ -32,7 +32,7 @@ def all_reports(*options):
     return [json.loads(line) for line in run("--json", *options, *ALL)[0].splitlines()]
 
 
-def test_every_field_of_the_json_is_documented_and_the_other_way_round():
+def test_json_fields_and_documentation_match():
     seen = set()
     for report in all_reports("--with-personal-data"):
         seen |= fields(report)
@@ -74,7 +74,7 @@ def edited(name, pattern, replacement):
 
 
 @pytest.mark.parametrize("begin", ["=", "+", "-", "@"])
-def test_cells_are_no_formulas(begin):
+def test_cells_are_never_formulas(begin):
     report = edited("memory-low.report.txt", rb"NVIDIA GeForce RTX 3070(?= \[)", begin.encode() + b'cmd|"/c calc",1')
     report = report.replace(b"GPU 0 (NVIDIA GeForce RTX 3070)", b"GPU 0 (" + begin.encode() + b'cmd|"/c calc",1)')
     row = next(csv.DictReader(io.StringIO(run("--csv", "-", stdin=report)[0], newline="")))
@@ -88,7 +88,7 @@ def test_invalid_utf8_is_replaced():
     assert "\ufffd" in run("--csv", "-", stdin=report)[0]
 
 
-def test_nothing_personal_without_being_asked_for():
+def test_personal_data_only_on_request():
     rows = list(csv.reader(io.StringIO(run("--csv", *ALL)[0])))[1:]
     lines = run("--json", *ALL)[0].splitlines()
     for name, line, row, report in zip(ALL, lines, rows, all_reports("--with-personal-data"), strict=True):
@@ -101,7 +101,7 @@ def test_nothing_personal_without_being_asked_for():
         assert json.loads(line)["personal"] is None
 
 
-def test_machine_key_tells_machines_apart_and_one_machine_together():
+def test_machine_key_identifies_a_machine():
     def key(text):
         return json.loads(run("--json", "-", stdin=text)[0])["machine_key"]
 

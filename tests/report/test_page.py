@@ -66,7 +66,7 @@ def test_structure(name):
     assert page.count('role="img"') == page.count("<figcaption") == page.count("Figures as a table")
 
 
-def test_the_policy_allows_the_style_alone():
+def test_the_policy_allows_only_the_style():
     page = page_of("share-fatal.report.txt")
     style = re.search(r"<style>(.*?)</style>", page, re.DOTALL)[1]
     hashed = base64.b64encode(hashlib.sha256(style.encode("utf-8")).digest()).decode()
@@ -75,7 +75,7 @@ def test_the_policy_allows_the_style_alone():
     assert "url(" not in style and "@import" not in style and "http" not in style
 
 
-def test_tidy_has_nothing_to_say(tmp_path):
+def test_tidy_reports_nothing(tmp_path):
     tidy = shutil.which("tidy")
     if tidy is None:
         pytest.skip("Debian's tidy is not installed")
@@ -90,7 +90,7 @@ def test_tidy_has_nothing_to_say(tmp_path):
 HOSTILE = "</span></main><script>alert(1)</script><img src=x onerror=alert(1)>&lt;\"' \u202egnp.exe\u202c\u0007\u0085"
 
 
-def test_text_from_outside_stays_text():
+def test_external_text_is_escaped():
     report = (RULES / "memory-low.report.txt").read_text(encoding="utf-8")
     report = report.replace("NVIDIA GeForce RTX 3070", HOSTILE).replace("Intel(R) Xeon(R) Processor", HOSTILE)
     page = page_of("-", stdin=report.encode("utf-8"))

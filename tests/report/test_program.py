@@ -25,7 +25,7 @@ def test_exit_statuses(tmp_path):
     assert "--explain" in run("--help")[0]
 
 
-def test_standard_input_and_files_are_one():
+def test_standard_input_is_read_like_a_file():
     from_file = json.loads(run("--json", GUIDED)[0])
     from_input = json.loads(run("--json", "-", stdin=(RULES / GUIDED).read_bytes())[0])
     assert from_input.pop("report") == "standard input"
@@ -76,7 +76,7 @@ def test_comparison(tmp_path):
     assert "B3C7" not in text and "21.4" not in text and "3.1 GB" not in text
 
 
-def test_what_cannot_be_compared_says_why(tmp_path):
+def test_rows_that_cannot_be_compared_give_a_reason(tmp_path):
     new = tmp_path / "new.txt"
     new.write_text(changed(GUIDED, ("GeForce RTX 3070", "GeForce RTX 4090")))
     text, _ = run("--compare", GUIDED, new)
@@ -88,7 +88,7 @@ def test_what_cannot_be_compared_says_why(tmp_path):
     assert "Only in the new report:\n  Warp at 3840x2160" in text
 
 
-def test_masks_hide_what_may_name_a_person(tmp_path):
+def test_masks_hide_personal_data(tmp_path):
     secret = tmp_path / "r.txt"
     secret.write_text(changed(GUIDED, ("Running from: C:\\Program Files\\Vistrel", "Running from: C:\\Users\\Erika Muster\\Tools"),
                               ("C:\\Users\\Sam\\", "C:\\Users\\Erika Muster\\"),

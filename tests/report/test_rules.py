@@ -32,7 +32,7 @@ def findings_fixture():
     return judged()
 
 
-def test_every_rule_has_its_pair_and_no_pair_is_left_over():
+def test_every_rule_has_exactly_one_pair():
     pairs = {path.stem for path in RULES.glob("*.json")}
     assert pairs == {rule for _, rule, _ in listed_rules()}
 
@@ -48,7 +48,7 @@ def test_found_as_the_pair_says(findings):
         assert missing["missing"], "it says which section is missing"
 
 
-def test_every_line_that_a_finding_rests_on_is_a_line_with_text(findings):
+def test_findings_refer_to_lines_with_text(findings):
     for name, rules in findings.items():
         lines = (RULES / name).read_text(encoding="utf-8").split("\n")
         for finding in rules.values():
@@ -62,7 +62,7 @@ def test_levels_and_order():
     assert set(levels) == set(LEVELS)
 
 
-def test_the_manual_names_every_rule_below_the_heading_that_the_rule_names():
+def test_manual_and_rules_match():
     sections = re.split(r'^<a id="([a-z0-9-]+)"></a>$', MANUAL, flags=re.MULTILINE)
     told = {}
     for anchor, text in zip(sections[1::2], sections[2::2]):
@@ -87,7 +87,7 @@ def test_explain_says_what_the_rule_is():
     assert "no-such-rule" in complaint
 
 
-def test_spoiled_findings_say_why(findings):
+def test_doubtful_findings_give_a_reason(findings):
     finding = findings["product-running.report.txt"]["capture-taken"]
     assert finding["answer"] == "found"
     assert finding["doubtful_because"] == ["product-running"]
@@ -110,7 +110,7 @@ def test_only_one_level():
     run("--only", "everything", "share-fatal.report.txt", status=2)
 
 
-def test_reply_asks_at_most_three_things_and_the_spoiling_one_first():
+def test_reply_asks_at_most_three_things():
     for path in sorted(RULES.glob("*.report.txt")):
         text, _ = run("--reply", path.name)
         assert text.startswith("Hello,\n")

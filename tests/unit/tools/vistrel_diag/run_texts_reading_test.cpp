@@ -16,7 +16,7 @@ std::optional<CutShortReading> ReadBack(RunEnd end, const CrashSite& site, const
     return ReadCutShortLine({std::string_view(buffer.data(), length), 7});
 }
 
-TEST(CutShortLineReading, GivesBackEveryEnd) {
+TEST(CutShortLineReading, ReadsEveryKindOfEnd) {
     for (const RunEnd end : {RunEnd::Crash, RunEnd::Abort, RunEnd::ControlC, RunEnd::ConsoleClosed,
                              RunEnd::SessionEnded, RunEnd::ClosedByInstaller}) {
         const std::optional<CutShortReading> reading = ReadBack(end, {0xC0000005, "name.dll"}, "GPUs");
@@ -27,7 +27,7 @@ TEST(CutShortLineReading, GivesBackEveryEnd) {
     }
 }
 
-TEST(CutShortLineReading, GivesBackTheExceptionAndNoSection) {
+TEST(CutShortLineReading, ReadsTheExceptionWithoutASection) {
     const std::optional<CutShortReading> reading = ReadBack(RunEnd::Crash, {0xC00000FD, ""}, "");
     ASSERT_TRUE(reading);
     EXPECT_EQ(reading->exception_code, 0xC00000FDU);
@@ -35,14 +35,14 @@ TEST(CutShortLineReading, GivesBackTheExceptionAndNoSection) {
     EXPECT_EQ(reading->section, "");
 }
 
-TEST(CutShortLineReading, GivesBackTheModule) {
+TEST(CutShortLineReading, ReadsTheModule) {
     const std::optional<CutShortReading> reading = ReadBack(RunEnd::Crash, {0xC0001234, "name.dll"}, "GPUs");
     ASSERT_TRUE(reading);
     EXPECT_EQ(reading->exception_code, 0xC0001234U);
     EXPECT_EQ(reading->module, "name.dll");
 }
 
-TEST(CutShortLineReading, GivesBackThePlaceInTheModule) {
+TEST(CutShortLineReading, ReadsTheOffsetInTheModule) {
     const std::optional<CutShortReading> reading =
         ReadBack(RunEnd::Crash, {0xC0000005, "name.dll", 0x1A2B}, "GPUs");
     ASSERT_TRUE(reading);
@@ -51,7 +51,7 @@ TEST(CutShortLineReading, GivesBackThePlaceInTheModule) {
     EXPECT_EQ(reading->offset, 0x1A2BU);
 }
 
-TEST(CutShortLineReading, TakesNoOtherLine) {
+TEST(CutShortLineReading, RejectsOtherLines) {
     EXPECT_FALSE(ReadBack(static_cast<RunEnd>(99), {}, "GPUs")) << "an end that nobody knows";
     EXPECT_FALSE(ReadCutShortLine({"!! THIS RUN WAS CUT SHORT", 1}));
     EXPECT_FALSE(ReadCutShortLine({"Nothing notable", 1}));

@@ -16,7 +16,7 @@ Comparison Of(const Facts& before, const Facts& now) {
     return Compare(before, JudgeReport(before), now, JudgeReport(now));
 }
 
-TEST(Compare, AReportIsLikeItselfEvenWithARowTwice) {
+TEST(Compare, AReportEqualsItselfEvenWithARepeatedRow) {
     Facts facts;
     facts.warp.rows = {Row(1.0), Row(5.0)};
     const Comparison comparison = Of(facts, facts);
@@ -25,7 +25,7 @@ TEST(Compare, AReportIsLikeItselfEvenWithARowTwice) {
     EXPECT_EQ(comparison.rows[1].state, RowState::Same);
 }
 
-TEST(Compare, RunsDifferByATenth) {
+TEST(Compare, IgnoresDifferencesOfTenPercent) {
     Facts before;
     Facts now;
     before.warp.rows = {Row(1.00)};

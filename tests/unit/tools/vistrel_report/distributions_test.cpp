@@ -40,7 +40,7 @@ TEST(Distributions, TheRowWithTheMostMachinesIsFirst) {
     EXPECT_THAT(distribution.ToChart(Texts()).rows[0].label, "B, 1x1");
 }
 
-TEST(Distributions, OneOutlierDoesNotPressTheOthersTogether) {
+TEST(Distributions, OneOutlierDoesNotCompressTheScale) {
     Distribution distribution;
     for (int i = 0; i < 20; ++i) {
         distribution.Add("A", "", std::to_string(i), 10.0 + i);
@@ -52,7 +52,7 @@ TEST(Distributions, OneOutlierDoesNotPressTheOthersTogether) {
     EXPECT_EQ(chart.rows[0].columns->counts.back(), 1U);
 }
 
-TEST(Distributions, WhatIsNoFigureIsLeftOut) {
+TEST(Distributions, LeavesOutValuesThatAreNotNumbers) {
     Distribution distribution;
     distribution.Add("A", "", "first", std::numeric_limits<double>::quiet_NaN());
     distribution.Add("A", "", "first", std::numeric_limits<double>::infinity());
@@ -61,7 +61,7 @@ TEST(Distributions, WhatIsNoFigureIsLeftOut) {
     EXPECT_THAT(distribution.ToChart(Texts()).rows, SizeIs(0));
 }
 
-TEST(Distributions, FiguresAtTheEdgesOfANumberAreDrawn) {
+TEST(Distributions, DrawsTheLargestAndSmallestNumbers) {
     for (const double value : {0.0, 1e-300, 1e300, std::numeric_limits<double>::max()}) {
         Distribution distribution;
         distribution.Add("A", "", "first", value);
@@ -82,7 +82,7 @@ TEST(Distributions, RowsAreLimited) {
     EXPECT_THAT(chart.says, testing::HasSubstr("12 of 1000"));
 }
 
-TEST(Distributions, MarksAreFrameTimesOrRoundFigures) {
+TEST(Distributions, MarksAreFrameTimesOrRoundNumbers) {
     Distribution distribution;
     distribution.Add("A", "", "first", 20.0);
     EXPECT_THAT(distribution.ToChart(Texts()).marks, SizeIs(2));
@@ -93,7 +93,7 @@ TEST(Distributions, MarksAreFrameTimesOrRoundFigures) {
     EXPECT_EQ(chart.marks[0].label, "5 ms");
 }
 
-TEST(Distributions, ALongNameIsShortInTheDrawingAndWholeInTheTable) {
+TEST(Distributions, ALongNameIsShortenedInTheChartOnly) {
     const auto label_of = [](const std::string& gpu, const std::string& of) {
         Distribution distribution;
         distribution.Add(gpu, of, "first", 1.0);

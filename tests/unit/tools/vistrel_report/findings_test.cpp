@@ -52,7 +52,7 @@ TEST(Findings, NotJudgedNamesWhatIsMissing) {
     EXPECT_EQ(judgement.missing, std::vector<Part>{Part::Warp});
 }
 
-TEST(Findings, WhatSpoilsMakesOthersDoubtful) {
+TEST(Findings, ASpoilingFindingMakesOthersDoubtful) {
     Facts facts = QuietReport();
     facts.verdict.share = 51.0;
     Findings findings = JudgeReport(facts);
@@ -67,7 +67,7 @@ TEST(Findings, WhatSpoilsMakesOthersDoubtful) {
     EXPECT_EQ(DoubtText(Of(findings, "share-fatal")), "doubtful because of product-running");
 }
 
-TEST(Findings, EdgesOfTheShares) {
+TEST(Findings, SharesAtTheirLimits) {
     Facts facts = QuietReport();
     const auto answers = [&facts](double share) {
         facts.verdict.share = share;
@@ -81,7 +81,7 @@ TEST(Findings, EdgesOfTheShares) {
     EXPECT_EQ(answers(51.0), std::pair(Answer::Found, Answer::NotFound));
 }
 
-TEST(Findings, TheSizeThatWouldFitIsTheLargest) {
+TEST(Findings, NamesTheLargestSizeThatFits) {
     Facts facts = QuietReport();
     facts.warp.rows = {
         {3840, 2160, "", 9.0, 0.0, 20}, {2560, 1440, "", 4.0, 0.0, 21}, {1920, 1080, "", 2.0, 0.0, 22}};
@@ -93,7 +93,7 @@ TEST(Findings, TheSizeThatWouldFitIsTheLargest) {
     EXPECT_EQ(judgement.lines, (std::vector<LineNumber>{20, 21}));
 }
 
-TEST(Findings, ASmallerSizeMayBeATenthDearer) {
+TEST(Findings, ASmallerSizeMayCostTenPercentMore) {
     Facts facts = QuietReport();
     facts.warp.rows = {{1920, 1080, "", 1.10, 0.0, 20}, {2560, 1440, "", 1.0, 0.0, 21}};
     EXPECT_EQ(Of(JudgeReport(facts), "warp-sizes-inverted").judgement.answer, Answer::NotFound);
@@ -101,7 +101,7 @@ TEST(Findings, ASmallerSizeMayBeATenthDearer) {
     EXPECT_EQ(Of(JudgeReport(facts), "warp-sizes-inverted").judgement.answer, Answer::Found);
 }
 
-TEST(Findings, AChoiceOfTheHeadsetsOwnGpuIsNone) {
+TEST(Findings, ChoosingTheHeadsetsOwnGpuIsNoFinding) {
     Facts facts = QuietReport();
     GpuFacts integrated;
     integrated.number = 1;
@@ -116,7 +116,7 @@ TEST(Findings, AChoiceOfTheHeadsetsOwnGpuIsNone) {
     EXPECT_EQ(Of(JudgeReport(facts), "gpu-choice-integrated").judgement.answer, Answer::Found);
 }
 
-TEST(Findings, GameRateAgainstTheDisplay) {
+TEST(Findings, ComparesTheGameRateWithTheDisplay) {
     Facts facts = QuietReport();
     facts.displays = {{"D", 1920, 1080, 60, true, 0, "Card", 15}};
     facts.game.fps = 30.0;
@@ -151,7 +151,7 @@ TEST(MachineKey, IsTheSameForTheSameMachine) {
     EXPECT_EQ(MachineKey(Facts()), "");
 }
 
-TEST(Charts, OnlyThoseWithFigures) {
+TEST(Charts, DrawsOnlyChartsWithData) {
     Facts facts = QuietReport();
     ASSERT_EQ(ChartsOf(facts).size(), 1U);
     EXPECT_EQ(ChartsOf(facts).front().title, "What the warp costs, against the time of one frame");

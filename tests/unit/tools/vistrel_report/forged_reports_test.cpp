@@ -128,7 +128,7 @@ const std::vector<std::string>& Forgeries() {
 
 }  // namespace
 
-TEST(ForgedReports, TheTextsAreReadAsWhatTheyAre) {
+TEST(ForgedReports, QuotedTextsAreReadAsQuotedTexts) {
     const Reading reading = ReadDespite(Forgery());
     EXPECT_THAT(Kinds(reading), IsEmpty());
     EXPECT_EQ(reading.part_one.running_software->software.foreground->title, "A game");
@@ -180,7 +180,7 @@ TEST(ForgedReports, InOtherPlacesThatMayHoldLineBreaks) {
     }
 }
 
-TEST(ForgedReports, AHeadingThatIsNotTheReportsOwnIsTold) {
+TEST(ForgedReports, ReportsAHeadingThatIsNotItsOwn) {
     Forgery forgery;
     forgery.runtime = "x\n" + std::string(kVerdictHeading) + "y";
     EXPECT_THAT(Kinds(ReadDespite(forgery)), Contains(DocumentNoteKind::ForeignHeading));
@@ -217,7 +217,7 @@ TEST(ForgedReports, InTheTableOfAReportThatIsCutOff) {
     EXPECT_FALSE(ReadReport(file.Reports().at(0)).verdict.has_value());
 }
 
-TEST(ForgedReports, HeadingsCountWithoutBlankLinesWhereNoneCameThrough) {
+TEST(ForgedReports, HeadingsCountWithoutBlankLinesWhereAllAreMissing) {
     std::string text = Forgery().Text();
     for (std::size_t at = text.find("\n\n"); at != std::string::npos; at = text.find("\n\n")) {
         text.erase(at, 1);
@@ -227,7 +227,7 @@ TEST(ForgedReports, HeadingsCountWithoutBlankLinesWhereNoneCameThrough) {
     EXPECT_TRUE(file.Reports().at(0).notes.empty());
 }
 
-TEST(ForgedReports, TheFrameRateBehindTheHandsIsTheGames) {
+TEST(ForgedReports, AFrameRateAfterTheHandsIsTheGames) {
     const ReportFile file = ReportFile::FromBytes(
         "== PART 2 - HEADSET ON, GAME RUNNING =============================\n\n"
         "== HEADSET / OPENXR ==============================================\n"
@@ -242,7 +242,7 @@ TEST(ForgedReports, TheFrameRateBehindTheHandsIsTheGames) {
     EXPECT_EQ(reading.part_two.game_frame_rate->frame_rate_line, 9U);
 }
 
-TEST(ForgedReports, AWholeReportInATitleIsNoReport) {
+TEST(ForgedReports, AWholeReportInATitleIsNotAReport) {
     Forgery forgery;
     forgery.title = "x\n" + Forgery().Text();
     EXPECT_THAT(ReportFile::FromBytes(forgery.Text()).Reports(), SizeIs(1));

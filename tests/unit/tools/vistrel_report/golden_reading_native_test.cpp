@@ -239,13 +239,13 @@ TEST(GoldenReading, UnderstandsEveryLine) {
     }
 }
 
-TEST(GoldenReading, AWholeReportNeedsNoNote) {
+TEST(GoldenReading, ACompleteReportHasNoNote) {
     for (const GoldenReport& report : WholeReports()) {
         EXPECT_THAT(Kinds(ReadOnly(report.text)), IsEmpty()) << report.name;
     }
 }
 
-TEST(GoldenReading, ACopyOfTheConsoleSaysTheSame) {
+TEST(GoldenReading, ACopyOfTheConsoleHasTheSameFindings) {
     const std::vector<GoldenReport> reports = GoldenReports();
     for (const GoldenReport& copy : reports) {
         const std::size_t end = copy.name.find(".console.txt");
@@ -309,7 +309,7 @@ TEST(GoldenReading, LineEndsOfEveryKind) {
     }
 }
 
-TEST(GoldenReading, WithoutLineEndsIsReadAsFarAsItCanBe) {
+TEST(GoldenReading, WithoutLineEndsReadsWhatItCan) {
     for (const GoldenReport& report : WholeReports()) {
         SCOPED_TRACE(report.name);
         const Facts whole = FactsOf(ReadOnly(report.text));

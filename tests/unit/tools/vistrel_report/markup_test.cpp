@@ -4,7 +4,7 @@
 
 namespace {
 
-TEST(Markup, ElementsCloseInTheOrderInWhichTheyMust) {
+TEST(Markup, ElementsCloseInReverseOrder) {
     Markup page;
     {
         const Markup::Element outer = page.Open("div", {{"class", "lines"}});
@@ -15,7 +15,7 @@ TEST(Markup, ElementsCloseInTheOrderInWhichTheyMust) {
     EXPECT_EQ(page.Text(), "<div class=\"lines\"><span>text</span><br>\n<rect x=\"1.5\" y=\"2\"/>\n</div>\n");
 }
 
-TEST(Markup, TextFromOutsideIsEscapedWhereverItGoes) {
+TEST(Markup, ExternalTextIsEscapedEverywhere) {
     constexpr const char* kHostile = "</b>\"'&<script>\xE2\x80\xAE\n";
     constexpr const char* kEscaped = "&lt;/b&gt;&quot;&#39;&amp;&lt;script&gt;[U+202E][U+000A]";
     Markup page;
@@ -24,14 +24,14 @@ TEST(Markup, TextFromOutsideIsEscapedWhereverItGoes) {
     EXPECT_EQ(page.Text(), std::string("<b title=\"") + kEscaped + "\">" + kEscaped + "</b>" + kEscaped);
 }
 
-TEST(Markup, NamesWithinThePage) {
+TEST(Markup, AnchorsWithinThePage) {
     Markup page;
     page.Void("a", {Markup::Attribute::Numbered("id", "r", 3),
                     Markup::Attribute::Numbered("href", "#r", 3, "-l", 12)});
     EXPECT_EQ(page.Text(), "<a id=\"r3\" href=\"#r3-l12\">\n");
 }
 
-TEST(ShortNumber, HasNoMoreDigitsThanItNeeds) {
+TEST(ShortNumber, HasNoUnnecessaryDigits) {
     EXPECT_EQ(ShortNumber(0.0), "0");
     EXPECT_EQ(ShortNumber(-0.001), "0");
     EXPECT_EQ(ShortNumber(100.0), "100");

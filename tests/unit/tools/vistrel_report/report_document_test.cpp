@@ -52,7 +52,7 @@ TEST(ReportDocument, FindsTheSectionsWithTheirLineNumbers) {
     EXPECT_THAT(reading.not_understood, IsEmpty());
 }
 
-TEST(ReportDocument, WhatIsNoReportGivesNone) {
+TEST(ReportDocument, OtherTextIsNotAReport) {
     EXPECT_THAT(ReportFile::FromBytes("").Reports(), IsEmpty());
     const ReportFile file = ReportFile::FromBytes("Dear support,\n\nit does not work.\n");
     EXPECT_THAT(file.Reports(), IsEmpty());

@@ -30,7 +30,7 @@ void PrintGpus(const GpuInventory& inventory) {
     PrintGpuSectionEnd(inventory);
 }
 
-RC_GTEST_PROP(RoundTrip, TheLineOfARunCutShort, ()) {
+RC_GTEST_PROP(RoundTrip, ARunThatIsCutShort, ()) {
     const std::string section = *rc::gen::oneOf(rc::gen::just(std::string()), Word());
     const auto end = *rc::gen::element(RunEnd::Crash, RunEnd::Abort, RunEnd::ControlC, RunEnd::ConsoleClosed,
                                        RunEnd::SessionEnded, RunEnd::ClosedByInstaller);

@@ -4,13 +4,13 @@
 
 namespace {
 
-TEST(VisibleText, PlainAndForeignTextStaysAsItIs) {
+TEST(VisibleText, PlainAndForeignTextIsUnchanged) {
     EXPECT_EQ(VisibleText(""), "");
     EXPECT_EQ(VisibleText("Window - 100%"), "Window - 100%");
     EXPECT_EQ(VisibleText("ゲームの時間 é 😀"), "ゲームの時間 é 😀");
 }
 
-TEST(VisibleText, WhatCannotBeSeenIsSpelled) {
+TEST(VisibleText, InvisibleCharactersAreSpelledOut) {
     EXPECT_EQ(VisibleText("a\tb"), "a b");
     EXPECT_EQ(VisibleText("\x1B[2Jx"), "[U+001B][2Jx");
     EXPECT_EQ(VisibleText("\xE2\x80\xAEgpj.exe\xE2\x80\xAC"), "[U+202E]gpj.exe[U+202C]");
@@ -19,7 +19,7 @@ TEST(VisibleText, WhatCannotBeSeenIsSpelled) {
     EXPECT_EQ(VisibleText(std::string_view("\0", 1)), "[U+0000]");
 }
 
-TEST(VisibleText, WhatIsNoUtf8IsReplaced) {
+TEST(VisibleText, InvalidUtf8IsReplaced) {
     EXPECT_EQ(VisibleText("\xFF!"), "\xEF\xBF\xBD!");
     EXPECT_EQ(VisibleText("\xC0\x80"), "\xEF\xBF\xBD\xEF\xBF\xBD");  // Longer than need be.
     EXPECT_EQ(VisibleText("\xE0\x80\xAF"), "\xEF\xBF\xBD");          // Likewise.

@@ -19,7 +19,7 @@ TEST(LineScan, ReadsNumbersAsTheyArePrinted) {
     EXPECT_EQ(whole, 7);
 }
 
-TEST(LineScan, TakesInfinitiesOnlyWhereTheyCanBePrinted) {
+TEST(LineScan, AcceptsInfinitiesOnlyWhereTheyCanBePrinted) {
     double number = 0.0;
     EXPECT_TRUE(LineScan("-inf mm").AnyNumber(number).Text(" mm").IsWhole());
     EXPECT_TRUE(std::isinf(number) && number < 0.0);
@@ -28,7 +28,7 @@ TEST(LineScan, TakesInfinitiesOnlyWhereTheyCanBePrinted) {
     EXPECT_FALSE(LineScan("infinity").AnyNumber(number).IsWhole());
 }
 
-TEST(LineScan, BearsRunsOfBlanksThatWereShortened) {
+TEST(LineScan, AcceptsShortenedRunsOfBlanks) {
     std::string value;
     EXPECT_TRUE(LineScan("OS : Windows").Text("OS              : ").Rest(value).IsWhole());
     EXPECT_EQ(value, "Windows");
@@ -36,7 +36,7 @@ TEST(LineScan, BearsRunsOfBlanksThatWereShortened) {
     EXPECT_FALSE(LineScan("OS: Windows").Text("OS              : ").Matches());
 }
 
-TEST(LineScan, LeavesTheBlanksOfAValue) {
+TEST(LineScan, KeepsTheBlanksOfAValue) {
     std::string value;
     EXPECT_TRUE(LineScan("A :   two  ").Text("A : ").Rest(value).IsWhole());
     EXPECT_EQ(value, "  two  ");
