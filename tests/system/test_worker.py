@@ -211,6 +211,8 @@ TABLE_CALLS = {
     "ReleaseEnv": 1,
 }
 FEW_TABLE_CALLS = ("CreateEnv", "CreateSession", "Run", "ReleaseSession")
+# Called with the status of a call that failed.
+ERROR_CALLS = ("GetErrorMessage", "ReleaseStatus")
 # Asked once in every process.
 ENTRY_POINTS = ("OrtGetApiBase", "GetApi")
 
@@ -251,6 +253,16 @@ def test_model(models, kind, entry):
     """The model's row reports it, and the next one is timed in a new process."""
     install, ordinary = models
     run = run_models(install, f"{kind}={entry} call={MODEL * TABLE_CALLS[entry] + 1}")
+    assert run.exit_code == 0
+    end = words(kind, "onnxruntime.dll", 120)
+    assert report_lines(run.report) == with_dead_model(ordinary, end)
+
+
+@pytest.mark.parametrize("kind, entry", cases_or_one(ERROR_CALLS))
+def test_model_that_fails(models, kind, entry):
+    """The same while the reason of a failed inference is read or freed."""
+    install, ordinary = models
+    run = run_models(install, f"{kind}=Run call={MODEL * TABLE_CALLS['Run'] + 1} in-error={entry}")
     assert run.exit_code == 0
     end = words(kind, "onnxruntime.dll", 120)
     assert report_lines(run.report) == with_dead_model(ordinary, end)

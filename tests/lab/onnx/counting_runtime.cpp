@@ -49,7 +49,7 @@ bool IsToFail(const char* entry) {
     if (fails) {
         runtime.failed[entry] = call;
     }
-    if (fails && runtime.instead_of_failing != nullptr) {
+    if (fails && runtime.instead_of_failing != nullptr && runtime.error_entry.empty()) {
         runtime.instead_of_failing();
     }
     if (fails && runtime.throws) {
@@ -77,7 +77,21 @@ OrtStatus* AnswerMade(const char* entry, const char* kind, Object** where) {
     return fails ? Status() : nullptr;
 }
 
+/// An entry that is given an error status.
+void NoteErrorEntry(const char* entry) {
+    CountingRuntime& runtime = TheCountingRuntime();
+    if (runtime.instead_of_failing != nullptr && runtime.error_entry == entry) {
+        runtime.instead_of_failing();
+    }
+}
+
+void ORT_API_CALL ReleaseStatus(OrtStatus* status) {
+    NoteErrorEntry("ReleaseStatus");
+    Release(status);
+}
+
 const char* ORT_API_CALL GetErrorMessage(const OrtStatus* status) {
+    NoteErrorEntry("GetErrorMessage");
     return reinterpret_cast<const Handed*>(status)->text.c_str();
 }
 
@@ -223,7 +237,6 @@ OrtStatus* ORT_API_CALL Run(OrtSession*, const OrtRunOptions* run_options, const
 
 OrtApi MakeTable() {
     OrtApi table = {};
-    table.ReleaseStatus = Release<OrtStatus>;
     table.ReleaseEnv = Release<OrtEnv>;
     table.ReleaseSessionOptions = Release<OrtSessionOptions>;
     table.ReleaseSession = Release<OrtSession>;
@@ -232,6 +245,7 @@ OrtApi MakeTable() {
     table.ReleaseValue = Release<OrtValue>;
     // The table declares its entries `noexcept`. These may still throw, as another runtime could.
     const auto put = [](auto& slot, auto* entry) { std::memcpy(&slot, &entry, sizeof slot); };
+    put(table.ReleaseStatus, ReleaseStatus);
     put(table.GetErrorMessage, GetErrorMessage);
     put(table.CreateEnv, CreateEnv);
     put(table.SetLanguageProjection, SetLanguageProjection);

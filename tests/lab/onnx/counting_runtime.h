@@ -19,6 +19,7 @@ struct CountingRuntime {
     bool fails_late = false;                 ///< ...but still creates its object
     bool throws = false;                     ///< ...or rather, throws a std::runtime_error
     void (*instead_of_failing)() = nullptr;  ///< ...or calls this
+    std::string error_entry;  ///< ...or fails, and this entry, given its error status, calls that instead
     std::string message = "the runtime's own words";
     void (*while_running)() = nullptr;  ///< called by each Run
 

@@ -10,6 +10,9 @@
 //                        may also be a release (ReleaseSession), AllocatorFree, or, at the first call only,
 //                        OrtGetApiBase, GetApi or DllMain, which runs while the DLL is loaded
 //     call=N             at its Nth call, not the first
+//     in-error=ENTRY     the entry of crash=ENTRY only fails; this one (GetErrorMessage or ReleaseStatus)
+//     crashes
+//                        when it is given the error status
 //     message=WORD       with this message
 //     message-bytes=HEX  or with these bytes, which need not be UTF-8
 //     pixel-takes=NS     a Run takes this many nanoseconds of the machine's clock per input pixel
@@ -85,6 +88,8 @@ void Obey(const std::string& word) {
         runtime.instead_of_failing = [] { lab::FailFatally(failure); };
     } else if (name == "call") {
         runtime.failing_call = std::atoi(value.c_str());
+    } else if (name == "in-error") {
+        runtime.error_entry = value;
     } else if (name == "message") {
         runtime.message = value;
     } else if (name == "message-bytes") {
