@@ -12,8 +12,9 @@
 #include "tools/vistrel_report/findings.h"
 #include "tools/vistrel_report/json_output.h"
 #include "tools/vistrel_report/masks.h"
-#include "tools/vistrel_report/page.h"
+#include "tools/vistrel_report/overview_page.h"
 #include "tools/vistrel_report/report_inputs.h"
+#include "tools/vistrel_report/report_page.h"
 #include "tools/vistrel_report/text_output.h"
 #include "tools/vistrel_report/visible_text.h"
 

@@ -1,4 +1,5 @@
-// Reports as one self-contained HTML page: no scripts, nothing loaded, drawings in SVG.
+// Many reports as one self-contained HTML page: how findings, costs and rates spread, and a table of the
+// reports.
 #pragma once
 
 #include <cstddef>
@@ -7,17 +8,7 @@
 #include <utility>
 #include <vector>
 
-#include "tools/vistrel_report/facts.h"
-#include "tools/vistrel_report/findings.h"
-
-/// A report with its findings.
-struct JudgedReport {
-    Facts facts;
-    Findings findings;
-};
-
-/// How many reports at most are shown in full on one page.
-inline constexpr std::size_t kMostDetailedReports = 50;
+#include "tools/vistrel_report/report_page.h"
 
 /// What is kept of a report when there are too many to show in full: enough for a table and for
 /// distributions.
@@ -38,10 +29,6 @@ struct ReportSummary {
 inline constexpr std::size_t kMostFiguresOfReport = 32;
 
 ReportSummary SummaryOf(const JudgedReport& report);
-
-/// The whole document with reports in full: each with its findings, charts and lines; several reports are
-/// preceded by a list of them.
-std::string DetailedPage(const std::vector<JudgedReport>& reports);
 
 /// The whole document with a table of the reports and the distributions of findings and costs.
 std::string OverviewPage(const std::vector<ReportSummary>& reports);
