@@ -2,6 +2,7 @@
 
     tests/mutate/run                            every source of the product: a night and more
     tests/mutate/run settings platform/utf8.cpp    these folders and files
+    tests/mutate/run --sample 3                 at most so many changes of each source, of different kinds
     tests/mutate/run --minutes 240              stops after this time; the next run continues from there
     tests/mutate/run --system golden gpus       also tries the survivors on these tests of whole runs
     tests/mutate/run --list settings            only names the changes
@@ -25,9 +26,9 @@ import time
 
 import trial
 from changes import changes_of
-from trial import KILLED, NOT_BUILT, ROOT, SURVIVED, UNSEEN, WORK
+from trial import KILLED, NOT_BUILT, ROOT, SURVIVED, UNSEEN, WORK, within
 
-STAGES = ("native", "sanitized", "windows")
+STAGES = ("native", "report", "sanitized", "windows")
 EQUIVALENT = pathlib.Path(__file__).resolve().parent / "equivalent.txt"
 RESULTS = WORK / "results.jsonl"
 SURVIVORS = WORK / "survivors.txt"
@@ -59,13 +60,28 @@ def chosen_sources(names):
     """All sources of the product that are, or lie in, what is named."""
     sources = trial.product_sources()
     names = [name.removeprefix("./").rstrip("/") for name in names]
-    if unknown := [name for name in names if not any(within(path, name) for path in sources)]:
+    if unknown := [name for name in names if not any(within(name, path) for path in sources)]:
         raise SystemExit(f"mutate: no source of the product: {', '.join(unknown)}")
-    return [path for path in sources if not names or any(within(path, name) for name in names)]
+    return [path for path in sources if not names or any(within(name, path) for name in names)]
 
 
-def within(path, name):
-    return path == name or path.startswith(name + "/")
+def sampled(mutants, count):
+    """At most `count` changes of each source, as many kinds as possible; the same ones until their lines change."""
+    by_source = collections.defaultdict(list)
+    seen = collections.Counter()
+    kinds = collections.Counter()
+    for mutant in mutants:
+        text = f"{mutant.path}\n{mutant.before}\n{mutant.after}"
+        seen[text] += 1
+        by_source[mutant.path].append((hashlib.sha256(f"{text}\n{seen[text]}".encode()).digest(), mutant))
+    chosen = set()
+    for path, candidates in by_source.items():
+        ranked = []
+        for digest, mutant in sorted(candidates, key=lambda candidate: candidate[0]):
+            kinds[path, mutant.change.kind] += 1
+            ranked.append((kinds[path, mutant.change.kind], digest, mutant.key))
+        chosen.update(key for _, _, key in sorted(ranked)[:count])
+    return [mutant for mutant in mutants if mutant.key in chosen]
 
 
 class Equivalents:
@@ -136,7 +152,7 @@ class Results:
 
 
 def judged_equivalent(mutants, equivalents):
-    """Those in the list, by their key; the same change of a source counts from 1."""
+    """Those in the list, by their key; the same change of a source counts from 1, among all of them."""
     counts = collections.Counter()
     judged = set()
     for mutant in mutants:
@@ -208,7 +224,7 @@ def report(mutants, results, judged, out=sys.stdout):
     """Prints the counts, writes the survivors, and returns those not judged yet."""
     left = [mutant for mutant in mutants if is_left(results.verdict(mutant)) and mutant.key not in judged]
     counts = collections.Counter(results.verdict(mutant) or "not tried" for mutant in mutants if mutant.key not in judged)
-    counts["judged equivalent"] = len(judged)
+    counts["judged equivalent"] = sum(mutant.key in judged for mutant in mutants)
     kinds = (KILLED, SURVIVED, UNSEEN, NOT_BUILT, "judged equivalent", "not tried")
     figures = "".join(f"{'changes, ' + kind:<34} {counts[kind]}\n" for kind in kinds)
     print(figures, end="", file=out)
@@ -228,6 +244,7 @@ def parse_options(arguments=None):
     parser.add_argument("--kind", help="only changes of this kind")
     parser.add_argument("--list", action="store_true", help="only name the changes")
     parser.add_argument("--minutes", type=float, help="stop after so long")
+    parser.add_argument("--sample", type=int, metavar="COUNT", help="at most so many changes of each source")
     parser.add_argument("--stages", nargs="+", choices=STAGES, default=list(STAGES))
     parser.add_argument("--system", nargs="+", default=[], metavar="NAME", help="tests/system/test_NAME.py")
     return parser.parse_args(arguments)
@@ -237,12 +254,15 @@ def main():
     options = parse_options()
     sources = chosen_sources(options.names)
     mutants = [mutant for path in sources for mutant in mutants_of(path) if options.kind in (None, mutant.change.kind)]
+    every = mutants
+    if options.sample is not None:
+        mutants = sampled(mutants, options.sample)
     if options.list:
         print("\n".join(map(str, mutants)))
         return 0
     results = Results(RESULTS)
     equivalents = Equivalents(EQUIVALENT.read_text(encoding="utf-8"))
-    judged = judged_equivalent(mutants, equivalents)
+    judged = judged_equivalent(every, equivalents)
     by_source = {}
     for mutant in mutants:
         verdict = results.verdict(mutant)

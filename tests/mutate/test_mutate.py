@@ -199,6 +199,34 @@ def test_survivors_are_listed(scripted):
     assert mutate.report(mutants, results, {left.key}, io.StringIO()) == []
 
 
+def test_a_sample_holds_every_kind_before_a_second_of_one(project):
+    (project / "lib/sum.cpp").write_text(SOURCE.replace("return 7", "return 1 + 2 + 3"), encoding="utf-8")
+    mutants = mutate.mutants_of("lib/sum.cpp")
+    kinds = {each.change.kind for each in mutants}
+    sample = mutate.sampled(mutants, len(kinds))
+    assert {each.change.kind for each in sample} == kinds and len(sample) == len(kinds) < len(mutants)
+    assert mutate.sampled(mutants, len(mutants)) == mutants
+
+
+def test_a_sample_stays_when_other_lines_change(project):
+    before = mutate.sampled(mutate.mutants_of("lib/sum.cpp"), 2)
+    (project / "lib/sum.cpp").write_text("\n\n" + SOURCE, encoding="utf-8")
+    after = mutate.sampled(mutate.mutants_of("lib/sum.cpp"), 2)
+    assert [(each.before, each.after) for each in before] == [(each.before, each.after) for each in after]
+    assert [each.line + 2 for each in before] == [each.line for each in after]
+
+
+def test_the_unchanged_program_is_tested_once(project):
+    tree = trial.Tree(1)
+    tree.copy_sources()
+    tree.check_unchanged("lib/sum.cpp", ["native"])
+    (tree.source / OTHER_NAME).write_text("int main() { return 1; }\n", encoding="utf-8")
+    tree.check_unchanged("lib/sum.cpp", ["native"])
+    tree.limits.clear()
+    with pytest.raises(trial.TheTestsFail):
+        tree.check_unchanged("lib/sum.cpp", ["native"])
+
+
 ENTRY = "lib/sum.cpp\n- if (a < b) {\n+ if (a <= b) {\nequal numbers never come\n"
 
 

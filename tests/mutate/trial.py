@@ -54,6 +54,10 @@ def calls_windows(path, seen=frozenset()):
     return any(calls_windows(name, seen | {path}) for name in own)
 
 
+def within(folder, path):
+    return path == folder or path.startswith(folder + "/")
+
+
 def stem_of(path):
     return re.sub(r"(_windows)?\.(cpp|h)$", "", path)
 
@@ -132,7 +136,7 @@ class Tree:
             place.write_text(original, encoding="utf-8")
 
     def check_unchanged(self, path, stages):
-        """Everything passes without a change; also takes the times from which the limits are made."""
+        """Everything passes without a change, seen once per tree; also takes the times from which the limits are made."""
         for stage in stages:
             for run in getattr(self, stage)(path, measure=True):
                 verdict, by = run()
@@ -160,6 +164,18 @@ class Tree:
             command = ["/usr/bin/python3", reference, tests / "verdict_driver"]
             yield lambda: self._build_and_run(build, ["verdict_driver"], command, None, measure)
 
+    def report(self, path, measure=False):
+        """The finished report reader, for its own sources and for the readings of the sections."""
+        if calls_windows(path) or not (within("tools/vistrel_report", path) or "_reading." in path):
+            return
+        program = self.folder / "native" / "vistrel_report"
+        for name in ("rules", "data", "program", "page"):
+            test = self.source / "tests" / "report" / f"test_{name}.py"
+            environment = {"VISTREL_REPORT": str(program)}
+            yield lambda test=test: self._build_and_run(
+                "native", ["vistrel_report"], pytest_command(test), None, measure, environment=environment
+            )
+
     def windows(self, path, measure=False):
         """The Windows test programs that see the source."""
         for test in tests_of(path, windows=True):
@@ -169,11 +185,10 @@ class Tree:
     def system(self, path, measure=False):
         """Whole runs of the finished exe, those that the caller named."""
         for test in self.system_tests:
-            command = ["/usr/bin/python3", "-B", "-m", "pytest", "-q", "-x", "-p", "no:cacheprovider"]
-            command += [self.source / "tests" / "system" / f"test_{test}.py"]
+            command = pytest_command(self.source / "tests" / "system" / f"test_{test}.py")
             yield lambda command=command: self._build_and_run("windows", ["all"], command, None, measure)
 
-    def _build_and_run(self, build, targets, command, tests, measure, program=None):
+    def _build_and_run(self, build, targets, command, tests, measure, program=None, environment=None):
         if not self._build(build, targets):
             return NOT_BUILT, ", ".join(targets)
         folder = self.folder / build
@@ -183,9 +198,13 @@ class Tree:
         if tests is not None:
             command = [*command, "--gtest_brief=1", "--gtest_fail_fast", f"--gtest_filter={tests}"]
         key = tuple(map(str, command))
+        if measure and key in self.limits:
+            return SURVIVED, ""
         limits = (LONGEST_BUILD_SECONDS, LONGEST_BUILD_SECONDS) if measure else self.limits[key]
         before = Times()
-        code, output = run_limited(command, self._working_folder(program), limits, self._environment(folder))
+        code, output = run_limited(
+            command, self._working_folder(program), limits, {**self._environment(folder), **(environment or {})}
+        )
         if measure:
             took = Times()
             processor = max(LEAST_PROCESSOR_SECONDS, LONGEST_TIMES * (took.processor - before.processor))
@@ -221,6 +240,10 @@ class Tree:
         code, output = run_limited(command, self.folder, (LONGEST_BUILD_SECONDS, LONGEST_BUILD_SECONDS))
         self.build_output = output
         return code == 0
+
+
+def pytest_command(test):
+    return ["/usr/bin/python3", "-B", "-m", "pytest", "-q", "-x", "-p", "no:cacheprovider", test]
 
 
 class Times:

@@ -56,7 +56,7 @@ def displays(run_tool, scenario):
                 "  \\\\.\\DISPLAY2   : 1920x1080 @ 60 Hz  -> driven by GPU 0 (NVIDIA GeForce RTX 3070)",
             ],
         ),
-        ("displays-of-nobody", ["* \\\\.\\DISPLAY257 : 1600x900 @ 32 Hz  -> driven by GPU -1 (UNKNOWN)"]),
+        ("displays-without-adapter", ["* \\\\.\\DISPLAY257 : 1600x900 @ 32 Hz  -> driven by GPU -1 (UNKNOWN)"]),
         ("no-monitor", []),
         ("no-adapter", []),
     ],

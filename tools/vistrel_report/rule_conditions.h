@@ -39,7 +39,7 @@ Judgement LowMemory(const Facts& facts);
 Judgement OldWindows(const Facts& facts);
 Judgement GpuSchedulingOn(const Facts& facts);
 Judgement GpuNotDescribed(const Facts& facts);
-Judgement DisplayOfNobody(const Facts& facts);
+Judgement DisplayWithoutGpu(const Facts& facts);
 Judgement GpuChoiceIntegrated(const Facts& facts);
 Judgement GpuChoiceOther(const Facts& facts);
 Judgement VrSoftwareRunning(const Facts& facts);

@@ -130,7 +130,7 @@ Judgement GpuNotDescribed(const Facts& facts) {
     return NotFound();
 }
 
-Judgement DisplayOfNobody(const Facts& facts) {
+Judgement DisplayWithoutGpu(const Facts& facts) {
     if (facts.displays.empty()) {
         return DoesNotApply();
     }

@@ -58,9 +58,9 @@ std::vector<Rule> WorthKnowingRules() {
          "screen-capture"},
         {"display-of-nobody",
          Level::WorthKnowing,
-         "A display that no GPU claims",
+         "A display that no GPU drives",
          {Part::Displays},
-         DisplayOfNobody,
+         DisplayWithoutGpu,
          "A display is driven by GPU -1: a USB or virtual display, or one of an adapter that "
          "failed.",
          "Please tell us which monitor the game runs on and how it is connected.",

@@ -151,7 +151,7 @@ void EndLeftAlone() {
 
 std::string ReadText(std::size_t size) {
     const ConsoleRead read = TheHost()->Read(size);
-    if (read.end == ConsoleRead::End::kNobody) {
+    if (read.end == ConsoleRead::End::kScriptEnded) {
         EndLeftAlone();
     }
     if (read.end == ConsoleRead::End::kInterrupted) {
@@ -236,7 +236,7 @@ BOOL WINAPI ConsoleReadInput(HANDLE handle, PINPUT_RECORD records, DWORD size, L
     }
     *count = CopyEvents(records, size);
     if (*count == 0) {  // It waits for a key.
-        Record("read by nobody");
+        Record("read after the script");
         EndLeftAlone();
     }
     TheHost()->TakeKeys(*count);

@@ -141,8 +141,8 @@ ConsoleRead ConsoleHost::Read(std::size_t size) {
         return {ConsoleRead::End::kInterrupted, {}};
     }
     if (!has_line) {
-        Record("read by nobody");
-        return {ConsoleRead::End::kNobody, {}};
+        Record("read after the script");
+        return {ConsoleRead::End::kScriptEnded, {}};
     }
     ConsoleRead read;
     read.text = line_.substr(0, size);

@@ -29,7 +29,7 @@ struct ConsoleRead {
     enum class End {
         kText,
         kInterrupted,  ///< by Ctrl-C: on Windows a success that reads nothing
-        kNobody,       ///< the script has ended, so no more keys will come
+        kScriptEnded,  ///< the script has ended, so no more keys will come
     };
     End end = End::kText;
     std::string text;
@@ -41,7 +41,7 @@ struct ConsoleRead {
 ///     input mode 0x1B7 | output mode 0x7 | code page 65001
 ///     flush 3                                        this many keys were discarded
 ///     frozen                                         a click stopped the output
-///     read "TEXT" | read interrupted | read by nobody
+///     read "TEXT" | read interrupted | read after the script
 ///     Ctrl-C | close
 ///
 /// With times, "at 1.234567 s" begins each line.

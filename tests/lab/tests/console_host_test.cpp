@@ -36,7 +36,7 @@ TEST_F(ConsoleHostTest, ThePersonAnswersThePrompts) {
     EXPECT_EQ(read.text, "yes\r\n");
     EXPECT_EQ(record_, (std::vector<std::string>{"write \"Ready\"", "write \"?\"", "echo \"yes\\r\\n\"",
                                                  "read \"yes\\r\\n\""}));
-    EXPECT_EQ(console.Read(100).end, End::kNobody);
+    EXPECT_EQ(console.Read(100).end, End::kScriptEnded);
 }
 
 TEST_F(ConsoleHostTest, ALineIsReadInPieces) {

@@ -228,7 +228,7 @@ std::optional<WorkerMessage> Worker::Next() {
             over_ = true;
             break;
         }
-        const std::optional<WorkerMessage> message = WorkerMessage::FromLine(*line);
+        std::optional<WorkerMessage> message = WorkerMessage::FromLine(*line);
         if (!message || message->Truth("sign")) {
             continue;
         }

@@ -87,7 +87,7 @@ class ModelTimer {
         if (!worker_) {
             StartWorker();
         }
-        const ModelTiming timing = worker_ ? FromWorker() : InThisProcess();
+        ModelTiming timing = worker_ ? FromWorker() : InThisProcess();
         ++request_.first_preset;
         --request_.preset_count;
         return timing;

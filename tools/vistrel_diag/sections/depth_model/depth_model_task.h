@@ -35,4 +35,4 @@ inline constexpr std::string_view kRuntimeLoaded = "loaded";
 
 /// The worker's task of that name: loads the runtime, then times the models in order and sends each timing as
 /// soon as it is known. Gives a sign of life with each inference.
-void CarryOutDepthModelTask(const WorkerMessage& request, WorkerChannel& channel);
+void CarryOutDepthModelTask(const WorkerMessage& message, WorkerChannel& channel);

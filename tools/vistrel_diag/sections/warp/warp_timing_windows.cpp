@@ -132,7 +132,7 @@ void WarmUpWarp(ID3D11Device* device, ID3D11DeviceContext* context, const Stereo
 WarpTiming TimeStereoWarp(ID3D11Device* device, ID3D11DeviceContext* context, IDXGIAdapter1* adapter,
                           const StereoWarpShader& shader, std::int32_t width, std::int32_t height,
                           const FrameView& frame, LongWait* long_wait) {
-    const WarpTiming timing =
+    WarpTiming timing =
         TimeInOwnResources(*device, *context, adapter, shader, width, height, frame, long_wait);
     LetGo(*context);
     return timing;
