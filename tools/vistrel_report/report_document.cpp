@@ -139,21 +139,22 @@ void TakeCutShortLine(ReportDocument& document, std::size_t last_heading) {
     }
 }
 
-/// Cuts off what stands behind the report's last line, and returns it.
-std::vector<SourceLine> CutBehindLastLine(ReportDocument& document) {
+/// Cuts off what stands behind the report's last line, and returns it; nothing when the report lacks that
+/// line. It counts below the verdict's heading only, for what is quoted stands before that.
+std::optional<std::vector<SourceLine>> CutBehindLastLine(ReportDocument& document) {
     std::vector<SourceLine>& lines = document.lines;
-    for (std::size_t i = 0; i < lines.size(); ++i) {
+    const Headings headings = FindHeadings(lines);
+    if (headings.own.empty() || PlaceOf(headings.own.back()).id != SectionId::Verdict) {
+        return std::nullopt;
+    }
+    for (std::size_t i = headings.own.back().line + 1; i < lines.size(); ++i) {
         if (IsLine(lines[i].text, kLastLine)) {
             std::vector<SourceLine> behind = Between(lines, i + 1, lines.size());
             lines.resize(i + 1);
             return behind;
         }
     }
-    return {};
-}
-
-bool HasLastLine(const ReportDocument& document) {
-    return !document.lines.empty() && IsLine(document.lines.back().text, kLastLine);
+    return std::nullopt;
 }
 
 void NoteVersion(ReportDocument& document) {
@@ -170,7 +171,8 @@ void NoteVersion(ReportDocument& document) {
     }
 }
 
-void MakeSections(ReportDocument& document) {
+/// `complete`: the report has its last line.
+void MakeSections(ReportDocument& document, bool complete) {
     const Headings headings = FindHeadings(document.lines);
     TakeCutShortLine(document, headings.own.empty() ? 0 : headings.own.back().line);
     CutIntoSections(document, headings);
@@ -182,7 +184,7 @@ void MakeSections(ReportDocument& document) {
                         std::string(HeadingTitle(document.lines[line].text)) + "\".");
         }
     }
-    if (!document.cut_short && !HasLastLine(document)) {
+    if (!document.cut_short && !complete) {
         AddNote(document, DocumentNoteKind::CutOff, document.lines.empty() ? 0 : document.lines.back().number,
                 "The report ends before its end.");
     }
@@ -254,7 +256,7 @@ std::vector<Beginning> FindBeginnings(const std::vector<SourceLine>& lines) {
 }
 
 /// Splits lines that hold the first two of a report, whose line ends are gone then. Returns whether there
-/// were any.
+/// were any. All lines are counted anew then, so that no two have the same number.
 bool RestoreLineEnds(std::vector<SourceLine>& lines) {
     bool any = false;
     for (std::size_t i = 0; i < lines.size(); ++i) {
@@ -264,6 +266,10 @@ bool RestoreLineEnds(std::vector<SourceLine>& lines) {
             SplitLostLineEnds(lines, i);
             any = true;
         }
+    }
+    std::uint32_t number = 0;
+    for (auto line = lines.begin(); any && line != lines.end(); ++line) {
+        line->number = ++number;
     }
     return any;
 }
@@ -335,8 +341,9 @@ ReportFile ReportFile::FromBytes(std::string bytes) {
                     "The ends of lines are lost; lines were told apart by how they begin.");
         }
         Clean(document, beginnings[i].prefix, file.storage_->joined);
-        file.lines_outside_ += CountWithText(CutBehindLastLine(document));
-        MakeSections(document);
+        const std::optional<std::vector<SourceLine>> behind = CutBehindLastLine(document);
+        file.lines_outside_ += behind ? CountWithText(*behind) : 0;
+        MakeSections(document, behind.has_value());
     }
     return file;
 }

@@ -16,6 +16,7 @@ constexpr const char* kForgedGrade =
     "is the "
     "lever.\n";
 constexpr const char* kForgedWarning = "!! Vistrel IS RUNNING. That changes how to read everything below:\n";
+constexpr const char* kLastLine = "  - the ReShade add-on's two per-frame copies inside the game process\n";
 
 /// A report of every section, with other people's text at the places where a report has some.
 struct Forgery {
@@ -75,8 +76,8 @@ struct Forgery {
                "openxr_loader.dll not found next to this exe - OpenXR skipped.\n\n" +
                kVerdictHeading +
                ">>> Vistrel's own rendering is NOT the bottleneck here - it uses 13% of the GPU.\n\n"
-               "NOT measured by this tool:\n"
-               "  - the ReShade add-on's two per-frame copies inside the game process\n";
+               "NOT measured by this tool:\n" +
+               kLastLine;
     }
 };
 
@@ -122,6 +123,8 @@ const std::vector<std::string>& Forgeries() {
         "<<< OUT "
         "OF HEADROOM",
         "== SOMETHING ELSE ================================================\n",
+        kLastLine,
+        std::string("\n") + kVerdictHeading + kForgedGrade + kLastLine,
     };
     return texts;
 }
@@ -203,6 +206,25 @@ TEST(ForgedReports, InAReportThatIsCutOff) {
         EXPECT_TRUE(file.Reports().at(0).HasNote(DocumentNoteKind::ForeignHeading));
         EXPECT_TRUE(file.Reports().at(0).HasNote(DocumentNoteKind::CutOff));
     }
+}
+
+TEST(ForgedReports, TheLastLineOfAReportThatIsCutOff) {
+    for (std::string Forgery::*const place :
+         {&Forgery::title, &Forgery::gpu_name, &Forgery::override_choice, &Forgery::runtime}) {
+        Forgery forgery;
+        forgery.*place = std::string("x\n") + kLastLine + "y";
+        const std::string whole = forgery.Text();
+        const ReportFile file = ReportFile::FromBytes(whole.substr(0, whole.find("\n== VERDICT")));
+        const ReportDocument& document = file.Reports().at(0);
+        EXPECT_TRUE(document.HasNote(DocumentNoteKind::CutOff));
+        EXPECT_NE(document.Find(SectionId::Headset, ReportPart::Two), nullptr);
+    }
+}
+
+TEST(ForgedReports, WhatFollowsTheLastLineIsNoPartOfTheReport) {
+    const ReportFile file = ReportFile::FromBytes(Forgery().Text() + "\nKind regards\n" + kLastLine);
+    EXPECT_EQ(std::string(file.Reports().at(0).lines.back().text) + "\n", kLastLine);
+    EXPECT_EQ(file.LinesOutside(), 2U);
 }
 
 TEST(ForgedReports, InTheTableOfAReportThatIsCutOff) {
