@@ -1,6 +1,7 @@
 """Inputs, exit statuses, comparison, masks."""
 
 import json
+import re
 
 from conftest import RULES, run
 
@@ -112,3 +113,54 @@ def test_masked_quotations():
     assert "settings line 1" in page and "log line 1" in page
     assert "vistrel_ai_fps_limit" not in page
     assert "DirectML provider attached" not in page
+
+
+def masked(tmp_path, text):
+    """What the text output and the page show of a report under --mask."""
+    report = tmp_path / "r.txt"
+    report.write_text(text, encoding="utf-8")
+    return run("--mask", report)[0] + run("--mask", "--html", "-", report)[0]
+
+
+def with_title(title):
+    nothing = "Nothing notable - no Vistrel, no SteamVR, no capture software."
+    return changed(GUIDED, (nothing, f'{nothing}\nForeground app  : firefox.exe  "{title}"'))
+
+
+def test_masks_hide_a_title_of_several_lines(tmp_path):
+    shown = masked(tmp_path, with_title("Inbox\nErika Muster\n  obs64.exe\n\nDiary - Firefox"))
+    for hidden in ["Inbox", "Erika", "obs64", "Diary", "firefox"]:
+        assert hidden not in shown
+    assert "&lt;title 1&gt;" in shown and "&lt;program 1&gt;" in shown
+
+
+def test_masks_hide_a_heading_in_a_title(tmp_path):
+    rule = "=" * 20
+    shown = masked(tmp_path, with_title(f"x\n\n== Erika Muster {rule}\n\n== MACHINE {rule}\ny"))
+    assert "Erika" not in shown
+    assert "This heading is not the report's own: \"<heading>\"." in shown
+    assert "This heading is not the report's own: \"MACHINE\"." in shown
+
+
+def test_masks_where_line_ends_are_lost(tmp_path):
+    text = changed("part-two-missing.report.txt", ("None set.", "C:\\Tools\\Erika\\Vistrel.exe = GpuPreference=2;\n"
+                                                    "C:\\Tools\\Muster\\vrserver.exe = GpuPreference=2;"))
+    shown = masked(tmp_path, text.replace("\n", " "))
+    assert "The ends of lines are lost" in shown
+    for hidden in ["Erika", "Muster", "vistrel_ai_fps_limit", "DirectML provider attached", "AppData"]:
+        assert hidden not in shown
+    ids = re.findall(r' id="([^"]*)"', shown)
+    assert len(ids) == len(set(ids)) > 20
+    lines = re.findall(r"^ +(\d+)  <line \d+>$", shown, re.MULTILINE)
+    assert len(lines) == len(set(lines)) > 1
+
+
+def test_masks_where_the_settings_were_not_understood(tmp_path):
+    error = "parse error at line 3, column 5: syntax error while parsing value - invalid literal; last read: "
+    text = changed("settings-unreadable.report.txt",
+                   ("found at C:\\Program Files\\Vistrel", "found at C:\\Users\\Erika\\AppData\\Local\\Vistrel"),
+                   ("parse error at line 3, column 5: syntax error", error + "'\"Muster\": x'\nInbox"))
+    shown = masked(tmp_path, text[:text.index("== VISTREL SETTINGS, VERB")])
+    assert error + "&lt;file text 1&gt;" in shown
+    for hidden in ["Erika", "AppData", "Muster", "Inbox"]:
+        assert hidden not in shown

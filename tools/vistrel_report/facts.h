@@ -106,9 +106,10 @@ struct OverrideFacts {
 
 struct SettingsFacts {
     std::optional<TextFact> product_version;
-    std::optional<TextFact> file;     ///< as printed; may be "(not found)"
-    LineNumber defaults_line = 0;     ///< of the warning that the defaults are measured
-    LineNumber parse_error_line = 0;  ///< the file could not be parsed
+    std::optional<TextFact> file;             ///< as printed; may be "(not found)"
+    LineNumber defaults_line = 0;             ///< of the warning that the defaults are measured
+    LineNumber parse_error_line = 0;          ///< the file could not be parsed
+    std::optional<TextFact> unreadable_file;  ///< its path then, on the same line
     std::optional<TextFact> depth_source;
     std::optional<TextFact> depth_model;
     std::optional<double> ai_rate_limit;

@@ -162,6 +162,7 @@ void AddSettings(const PartOneReading& reading, Facts& facts) {
     SettingsFacts& settings = facts.settings;
     if (reading.settings_file) {
         settings.parse_error_line = reading.settings_file->line;
+        settings.unreadable_file = TextFact{reading.settings_file->path, reading.settings_file->line};
     }
     if (!reading.settings) {
         return;

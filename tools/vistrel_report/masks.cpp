@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstddef>
+
+#include "tools/vistrel_report/headings.h"
 
 namespace {
 
@@ -39,6 +42,22 @@ std::string FolderOf(const std::string& path) {
     return end == std::string::npos ? std::string() : path.substr(0, end);
 }
 
+bool HasNote(const Facts& facts, std::string_view kind) {
+    return std::any_of(facts.notes.begin(), facts.notes.end(),
+                       [kind](const NoteFact& note) { return note.kind == kind; });
+}
+
+/// The line of the first heading below `line`, or the number behind the last line.
+LineNumber NextHeading(const Facts& facts, LineNumber line) {
+    LineNumber next = facts.lines.empty() ? 0 : facts.lines.back().line + 1;
+    for (const HeadingFact& heading : facts.headings) {
+        if (heading.line > line) {
+            next = std::min(next, heading.line);
+        }
+    }
+    return next;
+}
+
 }  // namespace
 
 const std::string& Masks::WordFor(std::string_view kind, const std::string& thing) {
@@ -67,7 +86,8 @@ void Masks::Collect(const Facts& facts) {
         replacements_.emplace_back(facts.folder->text, WordFor("folder", facts.folder->text));
         CollectPath(facts.folder->text + "\\");
     }
-    for (const std::optional<TextFact>& path : {facts.settings.file, facts.log_path}) {
+    for (const std::optional<TextFact>& path :
+         {facts.settings.file, facts.settings.unreadable_file, facts.log_path}) {
         if (path) {
             CollectPath(path->text);
         }
@@ -116,12 +136,87 @@ void Masks::MaskQuotedLines(Facts& facts) {
     };
     mask(facts.quoted_settings, "settings line");
     mask(facts.log_lines, "log line");
+    MaskTitleLines(facts, facts.software.foreground_title);
+    MaskTitleLines(facts, facts.software_in_two.foreground_title);
+    MaskParserMessage(facts);
+    if (HasNote(facts, "line_ends_lost")) {
+        MaskQuotingSections(facts);
+    }
     // A window title can hold line breaks; whatever no reading claims may be its rest.
     for (const LineNumber line : facts.not_understood) {
         if (TextFact* const unread = FindLine(facts, line)) {
             unread->text = WordFor("line", unread->text);
         }
     }
+}
+
+/// A title of several lines: no single line holds all of it.
+void Masks::MaskTitleLines(Facts& facts, const std::optional<TextFact>& title) {
+    if (!title || title->text.find('\n') == std::string::npos) {
+        return;
+    }
+    TextFact* const first = FindLine(facts, title->line);
+    if (first == nullptr) {
+        return;
+    }
+    const std::string& word = WordFor("title", title->text);
+    first->text.resize(std::min(first->text.find('"'), first->text.size()));
+    first->text += "\"" + word;
+    const auto more = std::count(title->text.begin(), title->text.end(), '\n');
+    const TextFact* const end = facts.lines.data() + facts.lines.size();
+    TextFact* line = first + 1;
+    for (std::ptrdiff_t i = 0; i < more && line != end; ++i, ++line) {
+        line->text = word;
+    }
+}
+
+/// Why the settings file could not be parsed. The parser quotes what it read last, which can be of the
+/// program that shares the file, and goes on below where that has line breaks.
+void Masks::MaskParserMessage(Facts& facts) {
+    TextFact* const told = FindLine(facts, facts.settings.parse_error_line);
+    if (told == nullptr) {
+        return;
+    }
+    const std::size_t quote = told->text.find('\'', told->text.find(" but could not be parsed: "));
+    if (quote != std::string::npos) {
+        const std::string& word = WordFor("file text", told->text.substr(quote));
+        told->text.replace(quote, std::string::npos, word);
+    }
+    const LineNumber end = NextHeading(facts, told->line);
+    for (TextFact& line : facts.lines) {
+        if (line.line > facts.settings.parse_error_line && line.line < end && !line.text.empty()) {
+            line.text = WordFor("file text", line.text);
+        }
+    }
+}
+
+/// Where line ends are lost, a line of these sections can hold any part of what they quote.
+void Masks::MaskQuotingSections(Facts& facts) {
+    for (const HeadingFact& heading : facts.headings) {
+        if (heading.title != PartName(Part::GpuOverrides) &&
+            heading.title != PartName(Part::SettingsVerbatim) &&
+            heading.title != PartName(Part::ProductLog)) {
+            continue;
+        }
+        const LineNumber end = NextHeading(facts, heading.line);
+        for (TextFact& line : facts.lines) {
+            if (line.line > heading.line && line.line < end && !line.text.empty()) {
+                line.text = WordFor("line", line.text);
+            }
+        }
+    }
+}
+
+/// A heading that is not the report's own is anybody's text, unless it is the same as one of them.
+void Masks::MaskNote(NoteFact& note) const {
+    constexpr std::string_view kQuote = "\"";
+    const std::size_t begin = note.text.find(kQuote) + 1;
+    const std::size_t end = note.text.rfind(kQuote);
+    if (note.kind == "foreign_heading" && begin <= end && end != std::string::npos &&
+        !IsReportTitle(std::string_view(note.text).substr(begin, end - begin))) {
+        note.text.replace(begin, end - begin, "<heading>");
+    }
+    Replace(note.text);
 }
 
 void Masks::Mask(Facts& facts) {
@@ -131,15 +226,15 @@ void Masks::Mask(Facts& facts) {
         Replace(line.text);
     }
     for (NoteFact& note : facts.notes) {
-        Replace(note.text);
+        MaskNote(note);
     }
     for (HeadingFact& heading : facts.headings) {
         Replace(heading.title);
     }
     for (std::optional<TextFact>* fact :
-         {&facts.folder, &facts.settings.file, &facts.log_path, &facts.software.foreground_title,
-          &facts.software.foreground_program, &facts.software_in_two.foreground_title,
-          &facts.software_in_two.foreground_program}) {
+         {&facts.folder, &facts.settings.file, &facts.settings.unreadable_file, &facts.log_path,
+          &facts.software.foreground_title, &facts.software.foreground_program,
+          &facts.software_in_two.foreground_title, &facts.software_in_two.foreground_program}) {
         if (*fact) {
             Replace((*fact)->text);
         }

@@ -1,9 +1,10 @@
-// Replaces what may identify a person: folders, the user's name, window titles, and the lines that a report
-// quotes from files. docs/reading-a-report.md lists all of it.
+// Replaces what may identify a person: folders, the user's name, window titles, and what a report quotes from
+// files. docs/reading-a-report.md lists all of it.
 #pragma once
 
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -24,6 +25,10 @@ class Masks {
     void CollectPath(const std::string& path);
     void Replace(std::string& text) const;
     void MaskQuotedLines(Facts& facts);
+    void MaskTitleLines(Facts& facts, const std::optional<TextFact>& title);
+    void MaskParserMessage(Facts& facts);
+    void MaskQuotingSections(Facts& facts);
+    void MaskNote(NoteFact& note) const;
 
     std::map<std::pair<std::string, std::string>, std::string> words_;
     std::map<std::string, std::size_t> counts_;
