@@ -309,8 +309,12 @@ void SplitLostLineEnds(std::vector<SourceLine>& lines, std::size_t position) {
     const SourceLine whole = lines[position];
     std::vector<SourceLine> parts;
     std::size_t begin = 0;
+    std::size_t text_end = 0;  // Behind the last character before i that is no blank.
     for (std::size_t i = 1; i < whole.text.size(); ++i) {
-        const std::string_view before = WithoutEndBlanks(whole.text.substr(begin, i - begin));
+        if (whole.text[i - 1] != ' ' && whole.text[i - 1] != '\t') {
+            text_end = i;
+        }
+        const std::string_view before = whole.text.substr(begin, std::max(text_end, begin) - begin);
         // A heading's rule goes on to its end, and what follows a label belongs to it.
         const bool heading_ends = before.starts_with("== ") && before.ends_with('=') && whole.text[i] != '=';
         if (heading_ends ||
