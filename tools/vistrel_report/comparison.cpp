@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
+#include <string_view>
 
 #include "platform/format.h"
 #include "tools/vistrel_report/visible_text.h"
@@ -43,9 +45,9 @@ void AddMachine(std::vector<Value>& values, const Facts& facts) {
     for (const DisplayFacts& display : facts.displays) {
         values.push_back(
             {"Display " + display.name,
-             FormatText("%lldx%lld @ %lld Hz, GPU %lld", static_cast<long long>(display.width),
+             FormatText("%lldx%lld @ %lld Hz, GPU %lld%s", static_cast<long long>(display.width),
                         static_cast<long long>(display.height), static_cast<long long>(display.refresh_hz),
-                        static_cast<long long>(display.gpu)),
+                        static_cast<long long>(display.gpu), display.primary ? ", primary" : ""),
              {},
              {}});
     }
@@ -67,6 +69,31 @@ void AddSettings(std::vector<Value>& values, const SettingsFacts& settings) {
     if (settings.stereo_enabled) {
         values.push_back({"3D", *settings.stereo_enabled ? "on" : "off", {}, {}});
     }
+}
+
+/// As the last part that told them.
+void AddHeadset(std::vector<Value>& values, const Facts& facts) {
+    const HeadsetFacts& one = facts.headset;
+    const HeadsetFacts& two = facts.headset_in_two;
+    AddText(values, "OpenXR runtime", two.runtime ? two.runtime : one.runtime);
+    const HeadsetFacts& told = two.required_gpu ? two : one;
+    if (told.required_gpu) {
+        values.push_back({"GPU of the headset",
+                          *told.required_gpu < 0
+                              ? std::string("not among those listed")
+                              : FormatText("GPU %lld: ", static_cast<long long>(*told.required_gpu)) +
+                                    told.required_gpu_name,
+                          {},
+                          {}});
+    }
+}
+
+/// "capture of 1920x1080": a larger image can arrive less often on the same machine.
+std::string CaptureBasis(const CaptureFacts& capture) {
+    return capture.width && capture.height
+               ? FormatText("capture of %lldx%lld", static_cast<long long>(*capture.width),
+                            static_cast<long long>(*capture.height))
+               : "capture of an unknown size";
 }
 
 void AddCosts(std::vector<Value>& values, const Facts& facts) {
@@ -95,10 +122,10 @@ void AddCosts(std::vector<Value>& values, const Facts& facts) {
         AddMeasurement(values, "Share of the GPU at 90 Hz", *facts.verdict.share, "%", basis);
     }
     if (facts.capture.fps) {
-        AddMeasurement(values, "Desktop's rate", *facts.capture.fps, "fps", {});
+        AddMeasurement(values, "Desktop's rate", *facts.capture.fps, "fps", CaptureBasis(facts.capture));
     }
     if (facts.game.fps) {
-        AddMeasurement(values, "Game's rate", *facts.game.fps, "fps", {});
+        AddMeasurement(values, "Game's rate", *facts.game.fps, "fps", CaptureBasis(facts.game));
     }
 }
 
@@ -106,8 +133,7 @@ std::vector<Value> ValuesOf(const Facts& facts) {
     std::vector<Value> values;
     AddMachine(values, facts);
     AddSettings(values, facts.settings);
-    AddText(values, "OpenXR runtime",
-            facts.headset_in_two.runtime ? facts.headset_in_two.runtime : facts.headset.runtime);
+    AddHeadset(values, facts);
     AddCosts(values, facts);
     return values;
 }
@@ -137,18 +163,33 @@ ComparedRow CompareValues(const Value& before, const Value& now) {
     return row;
 }
 
-/// The value in `others` that is to `value` of `values` what it is to itself: of the same name, and as many
-/// of that name before it, for a damaged report can hold a row twice. Null when there is none.
-const Value* Counterpart(const std::vector<Value>& values, const Value& value,
-                         const std::vector<Value>& others) {
-    const auto same_name = [&value](const Value& other) { return other.what == value.what; };
-    auto before = std::count_if(values.data(), &value, same_name);
-    auto found = std::find_if(others.begin(), others.end(), same_name);
-    for (; before > 0 && found != others.end(); --before) {
-        found = std::find_if(found + 1, others.end(), same_name);
+/// Finds for each value of one report the one to compare it with in the other: of the same name, and with as
+/// many of that name before it, for a damaged report can hold a row twice.
+class Counterparts {
+  public:
+    /// `others` must outlive this.
+    explicit Counterparts(const std::vector<Value>& others) {
+        for (const Value& other : others) {
+            by_name_[other.what].values.push_back(&other);
+        }
     }
-    return found == others.end() ? nullptr : &*found;
-}
+
+    /// To be called once for each value, in order. Null when there is none.
+    const Value* Of(const Value& value) {
+        const auto found = by_name_.find(value.what);
+        if (found == by_name_.end() || found->second.taken == found->second.values.size()) {
+            return nullptr;
+        }
+        return found->second.values[found->second.taken++];
+    }
+
+  private:
+    struct SameName {
+        std::vector<const Value*> values;
+        std::size_t taken = 0;
+    };
+    std::map<std::string_view, SameName> by_name_;
+};
 
 bool WasFound(const Findings& findings, const Rule* rule) {
     return std::any_of(findings.all.begin(), findings.all.end(), [rule](const Finding& finding) {
@@ -204,14 +245,16 @@ Comparison Compare(const Facts& old_facts, const Findings& old_findings, const F
     Comparison comparison;
     const std::vector<Value> before = ValuesOf(old_facts);
     const std::vector<Value> now = ValuesOf(new_facts);
+    Counterparts of_now(now);
     for (const Value& value : before) {
-        const Value* const other = Counterpart(before, value, now);
+        const Value* const other = of_now.Of(value);
         comparison.rows.push_back(other != nullptr
                                       ? CompareValues(value, *other)
                                       : ComparedRow{value.what, value.text, {}, RowState::OnlyInOld, {}});
     }
+    Counterparts of_before(before);
     for (const Value& value : now) {
-        if (Counterpart(now, value, before) == nullptr) {
+        if (of_before.Of(value) == nullptr) {
             comparison.rows.push_back({value.what, {}, value.text, RowState::OnlyInNew, {}});
         }
     }
