@@ -157,6 +157,33 @@ def test_a_page_that_cannot_be_written(tmp_path):
     run("--html", tmp_path / "no" / "such" / "page.html", "share-fatal.report.txt", status=2)
 
 
+def test_only_a_page_is_overwritten(tmp_path):
+    report = (RULES / "share-fatal.report.txt").read_bytes()
+    first, second, page = tmp_path / "a.txt", tmp_path / "b.txt", tmp_path / "p.html"
+    first.write_bytes(report)
+    second.write_bytes(report)
+    _, complaint = run("--html", first, second, status=2)
+    assert f"{first} is not overwritten" in complaint
+    assert first.read_bytes() == report
+    for content in [b"", b"<!DOCTYPE html>\nolder", None]:
+        if content is not None:
+            page.write_bytes(content)
+        run("--html", page, second)
+        structure(page.read_text(encoding="utf-8"))
+    for content in [b"<!DOCTYPE htm", b"x", b"<html>"]:
+        page.write_bytes(content)
+        run("--html", page, second, status=2)
+        assert page.read_bytes() == content
+    for name in ["index.html", "report-2.html"]:
+        folder = tmp_path / f"with-{name}"
+        folder.mkdir()
+        (folder / name).write_text("mine")
+        run("--html", folder, first, second, status=2)
+        assert (folder / name).read_text() == "mine"
+    text, complaint = run("--html", "", second, status=2)
+    assert text == "" and complaint.startswith("Which page?")
+
+
 def picture(page, tmp_path, scheme, width, height):
     """As the browser draws it. Nothing may reach its console: what the policy refuses would."""
     target = tmp_path / f"{scheme}-{width}.png"

@@ -42,9 +42,55 @@ def test_a_folder_means_all_reports_in_it(tmp_path):
     text, complaint = run("--json", tmp_path)
     names = [json.loads(line)["report"] for line in text.splitlines()]
     assert names == [str(tmp_path / name) for name in ["a.txt", "b.txt", "below/c.txt"]]
-    assert complaint == "vistrel_report: 1 files of the folders are no reports.\n"
+    assert complaint == "vistrel_report: 1 file of the folders is no report.\n"
+    (tmp_path / "second.png").write_bytes(b"\x89PNG\r\n\x1a\n")
+    _, complaint = run("--json", tmp_path)
+    assert complaint == "vistrel_report: 2 files of the folders are no reports.\n"
     (tmp_path / "empty").mkdir()
     run(tmp_path / "empty", status=1)
+
+
+def test_a_folder_without_reports_is_an_input_without_one(tmp_path):
+    (tmp_path / "letters").mkdir()
+    (tmp_path / "letters" / "letter.txt").write_text("Dear support,\n")
+    for inputs in [[tmp_path / "letters"], [tmp_path / "letters", GUIDED], [GUIDED, tmp_path / "letters"]]:
+        text, complaint = run("--json", *inputs, status=1)
+        assert len(text.splitlines()) == len(inputs) - 1, "the rest is read all the same"
+        assert complaint == ("vistrel_report: 1 file of the folders is no report.\n"
+                             f"vistrel_report: The folder {tmp_path}/letters holds no report of vistrel_diag.\n")
+
+
+def test_an_input_without_a_report_is_named():
+    _, complaint = run("-", stdin=b"Dear support,\n", status=1)
+    assert complaint == "vistrel_report: standard input is no report of vistrel_diag.\n"
+
+
+def test_one_report_of_each_input_is_replied_to_and_compared(tmp_path):
+    two = tmp_path / "two.txt"
+    two.write_bytes((RULES / GUIDED).read_bytes() * 2)
+    for wrong in [["--reply", two], ["--compare", two, GUIDED], ["--compare", GUIDED, two]]:
+        text, complaint = run(*wrong, status=2)
+        assert text == ""
+        assert complaint == f"vistrel_report: {wrong[0]} takes one report of each input; {two} holds 2.\n"
+    text, complaint = run("--compare", two, tmp_path / "missing.txt", status=2)
+    assert text == "" and "missing.txt could not be opened" in complaint
+    text, _ = run("--compare", GUIDED, tmp_path / "missing.txt", status=1)
+    assert text == ""
+    # A folder with one report is as good as the report.
+    (tmp_path / "one").mkdir()
+    (tmp_path / "one" / "r.txt").write_bytes((RULES / GUIDED).read_bytes())
+    assert run("--reply", tmp_path / "one")[0] == run("--reply", GUIDED)[0]
+    assert run("--compare", tmp_path / "one", GUIDED)[0].startswith("Old: ")
+    (tmp_path / "one" / "s.txt").write_bytes((RULES / GUIDED).read_bytes())
+    assert run("--reply", tmp_path / "one", status=2)[0] == ""
+
+
+def test_only_goes_with_findings():
+    for task in [["--json"], ["--csv"], ["--html", "-"], ["--reply"]]:
+        text, complaint = run("--only", "explains", *task, GUIDED, status=2)
+        assert text == "" and complaint.startswith("--only goes with findings in plain text.\n")
+    _, complaint = run("--only", "explains", "--compare", GUIDED, GUIDED, status=2)
+    assert complaint.startswith("--only goes with findings in plain text.\n")
 
 
 def test_two_reports_in_one_mail():

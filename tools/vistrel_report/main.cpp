@@ -39,6 +39,8 @@ struct Flags {
     bool csv = false;
     bool list_rules = false;
     bool compare = false;
+    bool to_page = false;
+    bool explain = false;
     std::string page;
     std::string rule;
     std::string only;
@@ -70,7 +72,7 @@ Task TaskOf(const Flags& flags) {
     if (flags.list_rules) {
         return Task::ListRules;
     }
-    if (!flags.rule.empty()) {
+    if (flags.explain) {
         return Task::Explain;
     }
     if (flags.compare) {
@@ -82,7 +84,7 @@ Task TaskOf(const Flags& flags) {
     if (flags.reply) {
         return Task::Reply;
     }
-    return flags.page.empty() ? Task::Findings : Task::Page;
+    return flags.to_page ? Task::Page : Task::Findings;
 }
 
 /// Empty when the options go together.
@@ -99,6 +101,12 @@ std::string Complaint(const ReportOptions& options) {
     }
     if (options.task == Task::Reply && options.inputs.size() != 1) {
         return "--reply takes one report.";
+    }
+    if (options.task == Task::Page && options.page.empty()) {
+        return "Which page? --html takes the name of the file or folder to write.";
+    }
+    if (options.only && options.task != Task::Findings) {
+        return "--only goes with findings in plain text.";
     }
     if (options.task == Task::Explain && FindRule(options.rule) == nullptr) {
         return "There is no rule \"" + options.rule + "\"; --list-rules names them.";
@@ -130,6 +138,8 @@ ParsedOptions ParseReportOptions(std::vector<std::string> arguments) {
         const bool asked = app.exit(error, out, complaint) == 0;
         return {{}, out.str() + complaint.str(), asked ? ExitStatus::kRead : ExitStatus::kUsage};
     }
+    flags.to_page = app.count("--html") > 0;  // The name can be empty, which is an error of its own.
+    flags.explain = app.count("--explain") > 0;
     options.task = TaskOf(flags);
     options.page = flags.page;
     options.rule = flags.rule;

@@ -22,7 +22,7 @@ void WriteHead(Markup& page, const std::string& title) {
 
 std::string PageDocument(const std::string& title, const std::function<void(Markup&)>& write) {
     Markup page;
-    page.Verbatim("<!DOCTYPE html>\n");
+    page.Verbatim("<!DOCTYPE html>\n");  // Begins with kPageStart.
     {
         const Markup::Element html = page.Open("html", {{"lang", "en"}});
         WriteHead(page, title);

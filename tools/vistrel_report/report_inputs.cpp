@@ -58,16 +58,28 @@ bool IsFolder(const std::string& path) {
     return fs::is_directory(PathOf(path), error);
 }
 
+bool HoldsOtherThan(std::string_view start, const std::string& path) {
+    std::error_code error;
+    if (!fs::is_regular_file(PathOf(path), error) || fs::file_size(PathOf(path), error) == 0) {
+        return false;
+    }
+    std::ifstream file = OpenFileForReading(path);
+    std::string found(start.size(), '\0');
+    file.read(found.data(), static_cast<std::streamsize>(found.size()));
+    return !file || found != start;
+}
+
 std::vector<Input> ExpandFolders(const std::vector<std::string>& names) {
     std::vector<Input> inputs;
-    for (const std::string& name : names) {
+    for (std::size_t argument = 0; argument < names.size(); ++argument) {
+        const std::string& name = names[argument];
         const bool folder = name != "-" && IsFolder(name);
         const std::vector<std::string> files = folder ? FilesIn(PathOf(name)) : std::vector<std::string>();
         if (files.empty()) {
-            inputs.push_back({name, false});
+            inputs.push_back({name, argument, false});
         }
         for (const std::string& file : files) {
-            inputs.push_back({file, true});
+            inputs.push_back({file, argument, true});
         }
     }
     return inputs;

@@ -5,6 +5,7 @@
 #include <functional>
 #include <istream>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// The size in bytes above which a file is not read; no report is that long.
@@ -19,6 +20,7 @@ struct InputBytes {
 /// One thing to read.
 struct Input {
     std::string name;          ///< UTF-8; "-" is standard input
+    std::size_t argument = 0;  ///< the place in the list of names that it comes from
     bool of_a_folder = false;  ///< found in a folder, so it need not be a report
 };
 
@@ -33,6 +35,9 @@ InputBytes ReadInput(const Input& input, std::istream& standard_input);
 bool MakeFolder(const std::string& path);
 
 bool IsFolder(const std::string& path);
+
+/// Whether there is a file with content that does not begin with `start`, or that cannot be read.
+bool HoldsOtherThan(std::string_view start, const std::string& path);
 
 /// Replaces the file. False when it could not be written completely.
 bool WriteWholeFile(const std::string& path, const std::string& text);

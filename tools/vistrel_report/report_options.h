@@ -12,7 +12,7 @@ enum class Task { Findings, Reply, Page, Compare, Json, Csv, ListRules, Explain 
 struct ReportOptions {
     Task task = Task::Findings;
     std::vector<std::string> inputs;  ///< files, folders, or "-" for standard input; UTF-8
-    std::string page;                 ///< the file or folder to write, of Task::Page
+    std::string page;                 ///< the file or folder to write, of Task::Page; "-": standard output
     std::string rule;                 ///< of Task::Explain
     std::optional<Level> only;
     bool with_personal_data = false;
