@@ -119,7 +119,7 @@ def test_fifty_reports_in_full_and_more_as_a_table():
     assert page.count("The report as written") == 50
     page = page_of(*["memory-low.report.txt"] * 51)
     assert "The report as written" not in page
-    assert "Of 1 machines" in page
+    assert "Of 1 machine, told apart" in page and "do not tell" not in page
     assert re.search(r"<td>Less than 2 GB of memory was free</td>\s*<td>Explains the trouble</td>\s*<td>51</td>\s*<td>1</td>", page)
     structure(page)
 
@@ -138,10 +138,32 @@ def test_many_reports_as_distributions():
     assert page.count('role="img"') == page.count("<figcaption") == page.count("Figures as a table") >= 3
     assert "What the warp costs" in page and "What the depth models cost" in page
     assert "New images of the idle desktop" in page
-    assert "Without 1 reports whose figures cannot be trusted." in page
+    assert "Without 1 report whose figures cannot be trusted." in page
     # Least, quarter, median, three quarters and most of thirty machines that are all alike.
     row = r"<td>NVIDIA GeForce RTX 3070</td>\s*<td>1920x1080</td>\s*<td>30</td>(\s*<td>\d+\.\d\d</td>){5}"
     assert re.search(row, page)
+
+
+def without_machine(name):
+    """The report without the sections that the machine key is made of."""
+    text = (RULES / name).read_bytes().decode("utf-8")
+    shorter = re.sub(r"(?ms)^== MACHINE .*?(?=^== DISPLAYS )", "", text)
+    assert shorter != text
+    return shorter.encode("utf-8")
+
+
+def test_reports_that_do_not_tell_their_machine_are_not_counted_as_one():
+    one = (RULES / "part-two-missing.report.txt").read_bytes()
+    page = page_of("-", stdin=one * 50 + without_machine("part-two-missing.report.txt"))
+    assert "Of 1 machine, told apart" in page
+    assert "1 report does not tell its machine. It is left out of the counts of machines and of the charts." in page
+    assert re.search(r"<td>51</td>\s*<td>1</td>\s*<td>part-two-missing</td>", page)
+    assert re.search(r"<td>1920x1080</td>\s*<td>1</td>", page)
+    page = page_of("-", stdin=without_machine("part-two-missing.report.txt") * 51)
+    assert "Of 0 machines, told apart" in page
+    assert "51 reports do not tell their machine. They are left out" in page
+    assert "What the warp costs" not in page
+    structure(page)
 
 
 def test_a_folder_gets_an_index_and_a_page_each(tmp_path):

@@ -144,7 +144,7 @@ std::vector<std::string> TableRowOf(const Spread& spread, bool with_of) {
 
 void Distribution::Add(const std::string& gpu, const std::string& of, const std::string& machine,
                        double value) {
-    if (std::isfinite(value) && value >= 0.0) {
+    if (!machine.empty() && std::isfinite(value) && value >= 0.0) {
         machines_[{gpu, of}][machine].push_back(value);
     }
 }

@@ -28,7 +28,8 @@ struct DistributionTexts {
 /// median of its reports.
 class Distribution {
   public:
-    /// `value` is left out unless it is finite and not negative.
+    /// `value` is left out unless it is finite and not negative, and where `machine` is empty: reports of
+    /// unknown machines would count as one.
     void Add(const std::string& gpu, const std::string& of, const std::string& machine, double value);
 
     bool IsEmpty() const { return machines_.empty(); }

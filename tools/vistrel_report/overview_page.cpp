@@ -2,10 +2,11 @@
 
 #include <algorithm>
 #include <array>
-#include <map>
+#include <set>
 
 #include "platform/format.h"
 #include "tools/vistrel_report/charts.h"
+#include "tools/vistrel_report/count_text.h"
 #include "tools/vistrel_report/distributions.h"
 #include "tools/vistrel_report/markup.h"
 #include "tools/vistrel_report/page_document.h"
@@ -17,13 +18,14 @@ void WriteFindingSpread(Markup& page, const std::vector<ReportSummary>& reports)
     std::vector<std::vector<std::string>> rows;
     for (const Rule& rule : RuleTable()) {
         std::size_t count = 0;
-        std::map<std::string, std::size_t> machines;
+        std::set<std::string> machines;
         for (const ReportSummary& report : reports) {
             if (std::find(report.found.begin(), report.found.end(), &rule) != report.found.end()) {
                 ++count;
-                ++machines[report.machine_key];
+                machines.insert(report.machine_key);
             }
         }
+        machines.erase("");
         if (count > 0) {
             rows.push_back({std::string(rule.title), std::string(LevelTitle(rule.level)),
                             std::to_string(count), std::to_string(machines.size()), std::string(rule.id)});
@@ -96,8 +98,9 @@ void WriteDistributions(Markup& page, const std::vector<ReportSummary>& reports)
     const auto left_out = std::count_if(reports.begin(), reports.end(),
                                         [](const ReportSummary& report) { return !report.trusted; });
     if (left_out > 0) {
-        page.TextElement("p", FormatText("Without %zu reports whose figures cannot be trusted.",
-                                         static_cast<std::size_t>(left_out)));
+        page.TextElement("p", "Without " + CountText(static_cast<std::size_t>(left_out),
+                                                     "report whose figures cannot be trusted.",
+                                                     "reports whose figures cannot be trusted."));
     }
     const Markup::Element grid = page.Open("div", {{"class", "charts"}});
     std::size_t number = 0;
@@ -166,15 +169,24 @@ ReportSummary SummaryOf(const JudgedReport& report) {
 }
 
 std::string OverviewPage(const std::vector<ReportSummary>& reports) {
-    std::map<std::string, std::size_t> machines;
+    std::set<std::string> machines;
+    std::size_t without_machine = 0;
     for (const ReportSummary& report : reports) {
-        ++machines[report.machine_key];
+        if (report.machine_key.empty()) {
+            ++without_machine;
+        } else {
+            machines.insert(report.machine_key);
+        }
     }
     return PageDocument(FormatText("%zu Vistrel diagnostic reports", reports.size()), [&](Markup& page) {
-        page.TextElement(
-            "p", FormatText("Of %zu machines, told apart by processor, memory and graphics cards. Two "
-                            "machines of one make count as one.",
-                            machines.size()));
+        page.TextElement("p", "Of " + CountText(machines.size(), "machine", "machines") +
+                                  ", told apart by processor, memory and graphics cards. Two machines of the "
+                                  "same configuration count as one.");
+        if (without_machine > 0) {
+            page.TextElement("p", CountText(without_machine, "report does not tell its machine. It is",
+                                            "reports do not tell their machine. They are") +
+                                      " left out of the counts of machines and of the charts.");
+        }
         WriteFindingSpread(page, reports);
         WriteDistributions(page, reports);
         WriteReportTable(page, reports);

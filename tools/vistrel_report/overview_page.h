@@ -14,9 +14,9 @@
 /// distributions.
 struct ReportSummary {
     std::string name;
-    std::string link;  ///< relative link to the report's own page; empty when there is none
-    std::string machine_key;
-    std::string gpu;  ///< the GPU that was measured; empty when unknown
+    std::string link;         ///< relative link to the report's own page; empty when there is none
+    std::string machine_key;  ///< empty when the report does not tell the machine
+    std::string gpu;          ///< the GPU that was measured; empty when unknown
     std::string sentence;
     std::vector<const Rule*> found;
     bool trusted = true;  ///< nothing says that its figures are not to be trusted

@@ -32,6 +32,12 @@ TEST(Distributions, AMachineCountsOnceWithTheMedianOfItsReports) {
     EXPECT_EQ(chart.table_head.size(), chart.table_rows[0].size());
 }
 
+TEST(Distributions, ReportsOfUnknownMachinesAreLeftOut) {
+    Distribution distribution;
+    distribution.Add("A", "1x1", "", 1.0);
+    EXPECT_TRUE(distribution.IsEmpty());
+}
+
 TEST(Distributions, TheRowWithTheMostMachinesIsFirst) {
     Distribution distribution;
     distribution.Add("A", "1x1", "first", 1.0);
