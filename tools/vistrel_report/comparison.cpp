@@ -6,6 +6,7 @@
 #include <string_view>
 
 #include "platform/format.h"
+#include "tools/vistrel_report/count_text.h"
 #include "tools/vistrel_report/visible_text.h"
 
 namespace {
@@ -277,8 +278,9 @@ std::string ComparisonText(const std::string& old_name, const std::string& new_n
     text += RowsText("Not comparable", comparison, RowState::NotComparable);
     text += RowsText("Only in the old report", comparison, RowState::OnlyInOld);
     text += RowsText("Only in the new report", comparison, RowState::OnlyInNew);
-    return text +
-           FormatText("\nHidden: %zu rows that are the same, %zu within the %.0f%% that runs differ by.\n",
-                      CountRows(comparison, RowState::Same), CountRows(comparison, RowState::WithinTolerance),
-                      kRunTolerance * 100.0);
+    return text + "\nHidden: " +
+           CountText(CountRows(comparison, RowState::Same), "row that is the same",
+                     "rows that are the same") +
+           FormatText(", %zu within the %.0f%% that runs differ by.\n",
+                      CountRows(comparison, RowState::WithinTolerance), kRunTolerance * 100.0);
 }

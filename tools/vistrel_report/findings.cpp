@@ -71,11 +71,14 @@ std::string Summary(const Facts& facts, const Findings& findings) {
         return "What explains the trouble: " + WithinSentence(cause->rule->title) + doubt +
                (more == 0 ? "." : ", and " + std::to_string(more) + " more.");
     }
+    if (facts.verdict.not_measured_line != 0) {
+        return "The warp could not be measured, so there is no verdict to judge.";
+    }
     if (const Finding* part = FirstFound(findings, Level::Contributes)) {
         return "Nothing explains the trouble by itself; what contributes: " +
                WithinSentence(part->rule->title) + ".";
     }
-    return "Nothing in this report explains a trouble.";
+    return "Nothing in this report explains the trouble.";
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 
 #include "platform/format.h"
 #include "tools/vistrel_report/charts.h"
+#include "tools/vistrel_report/count_text.h"
 #include "tools/vistrel_report/markup.h"
 #include "tools/vistrel_report/page_document.h"
 
@@ -184,7 +185,8 @@ class ReportWriter {
         }
         if (!facts_.not_understood.empty()) {
             const Markup::Element item = page_.Open("li");
-            page_.TextOf(FormatText("%zu lines were not understood", facts_.not_understood.size()));
+            page_.TextOf(CountText(facts_.not_understood.size(), "line was not understood",
+                                   "lines were not understood"));
             for (const LineNumber line : facts_.not_understood) {
                 LinkToLine(line);
             }

@@ -9,6 +9,7 @@
 
 #include "platform/format.h"
 #include "tools/vistrel_report/comparison.h"
+#include "tools/vistrel_report/count_text.h"
 #include "tools/vistrel_report/exit_status.h"
 #include "tools/vistrel_report/facts_from_reading.h"
 #include "tools/vistrel_report/findings.h"
@@ -116,9 +117,8 @@ class Program {
             }
         }
         if (passed_over_ > 0) {
-            Complain(passed_over_ == 1
-                         ? "1 file of the folders is no report."
-                         : FormatText("%zu files of the folders are no reports.", passed_over_));
+            Complain(CountText(passed_over_, "file of the folders is no report.",
+                               "files of the folders are no reports."));
         }
         for (std::size_t argument = 0; argument < taken.size(); ++argument) {
             if (taken[argument] == 0 && folder_with_files[argument]) {

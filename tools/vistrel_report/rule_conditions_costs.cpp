@@ -1,6 +1,7 @@
 // Capture, and what the warp and the depth model cost.
 #include <algorithm>
 #include <array>
+#include <iterator>
 
 #include "platform/format.h"
 #include "tools/vistrel_report/judgements.h"
@@ -15,7 +16,7 @@ constexpr double kSignificantShare = 25.0;
 constexpr double kClearlyDearer = 1.10;  // Runs differ by a tenth.
 constexpr double kUnevenRatio = 3.0;     // A longest run of so many medians.
 constexpr double kUnevenFloorMs = 1.0;   // What is shorter than this is noise of the clock.
-constexpr double kSlowGameShare = 0.5;   // Of the display's refresh rate.
+constexpr double kSlowGameShare = 0.5;   // Of what display and headset show.
 
 constexpr std::string_view kTaken = "already being duplicated";
 constexpr std::string_view kDenied = "Screen capture was denied";
@@ -53,6 +54,10 @@ bool IsKnownFailure(const std::string& text) {
                        [&text](std::string_view words) { return Contains(text, words); });
 }
 
+bool SaysTaken(const CaptureFacts& capture) {
+    return capture.failure && Contains(capture.failure->text, kTaken);
+}
+
 std::string HolderOfCapture(const Facts& facts) {
     if (facts.software.product_running_line != 0 || facts.software_in_two.product_running_line != 0) {
         return " Vistrel itself was running.";
@@ -64,6 +69,12 @@ std::string HolderOfCapture(const Facts& facts) {
                 return " " + program.text + " was running.";
             }
         }
+    }
+    // Each part lists what ran in it.
+    const bool one_unknown = SaysTaken(facts.capture) && !facts.Has(Part::RunningSoftware);
+    const bool two_unknown = SaysTaken(facts.game) && !facts.Has(Part::RunningSoftwareTwo);
+    if (one_unknown || two_unknown) {
+        return " The report does not tell which programs were running.";
     }
     return " None of the programs that the tool knows was running, so it is another one.";
 }
@@ -162,7 +173,9 @@ Judgement GameSlow(const Facts& facts) {
     if (!facts.game.fps || display == nullptr || display->refresh_hz < 2) {
         return DoesNotApply();  // Some drivers say 0 or 1 Hz for "default".
     }
-    if (*facts.game.fps >= kSlowGameShare * static_cast<double>(display->refresh_hz)) {
+    // A game need not be as fast as a fast monitor: the headset shows no more images than it can.
+    const double shown = std::min(static_cast<double>(display->refresh_hz), kAssumedRefreshHz);
+    if (*facts.game.fps >= kSlowGameShare * shown) {
         return NotFound();
     }
     return Found(
@@ -179,8 +192,10 @@ Judgement WarpNotMeasured(const Facts& facts) {
     if (facts.verdict.not_measured_line == 0) {
         return NotFound();
     }
-    return Found("The warp could not be measured, so there is no verdict.",
-                 {facts.verdict.not_measured_line, facts.warp.shader_failure_line});
+    std::vector<LineNumber> lines = {facts.verdict.not_measured_line, facts.warp.shader_failure_line};
+    std::transform(facts.warp.failures.begin(), facts.warp.failures.end(), std::back_inserter(lines),
+                   [](const TextFact& failure) { return failure.line; });
+    return Found("The warp could not be measured, so there is no verdict.", lines);
 }
 
 Judgement WarpTooDear(const Facts& facts) {
@@ -306,10 +321,8 @@ Judgement PartTwoMissing(const Facts& facts) {
     if (facts.Has(Part::PartTwo) && facts.part_two_skipped_line == 0) {
         return NotFound();
     }
-    return Found(
-        "Part 2 was not run, so the video memory under load, the headset's GPU and the game's frame rate "
-        "are unknown.",
-        {facts.part_two_skipped_line});
+    return Found("Part 2 was not run, so the video memory under load and the game's frame rate are unknown.",
+                 {facts.part_two_skipped_line});
 }
 
 }  // namespace RuleConditions

@@ -56,7 +56,7 @@ Judgement GpuListFailed(const Facts& facts) {
 
 Judgement NoHardwareGpu(const Facts& facts) {
     if (facts.gpu_list_failure_line != 0) {
-        return NotJudged({Part::Gpus});
+        return DoesNotApply();  // Another rule tells that they could not be listed.
     }
     if (HardwareGpuCount(facts) > 0) {
         return NotFound();

@@ -221,7 +221,7 @@ Judgement VrSoftwareRunning(const Facts& facts) {
     if (running.empty()) {
         return NotFound();
     }
-    return Found("During the baseline ran " + NamesOf(running) + "; what they draw is in the timings.",
+    return Found(NamesOf(running) + " ran during the baseline, so the timings can be too high.",
                  LinesOf(running));
 }
 
@@ -236,7 +236,9 @@ Judgement CaptureSoftwareRunning(const Facts& facts) {
     if (running.empty()) {
         return NotFound();
     }
-    return Found("With " + NamesOf(running) + " a failing capture is to be expected.", LinesOf(running));
+    return Found("Running: " + NamesOf(running) +
+                     ". A program that captures the screen can make the capture of another one fail.",
+                 LinesOf(running));
 }
 
 }  // namespace RuleConditions

@@ -38,7 +38,8 @@ std::vector<Rule> ContributingRules() {
          "The game itself is slow",
          {Part::GameFrameRate, Part::Displays},
          GameSlow,
-         "In part 2 less than half as many images arrive as the primary display shows.",
+         "In part 2 less than half as many images arrive as the primary display shows, or fewer than 45 a "
+         "second where it shows more than 90.",
          "Please tell us the game's frame rate without Vistrel, with the same settings.",
          "part-2",
          Topic::kCapture},
@@ -67,7 +68,8 @@ std::vector<Rule> ContributingRules() {
          {Part::Verdict},
          WarpNotMeasured,
          "The verdict says so; a section above says why.",
-         kInstallFolder,
+         "Please make sure that vistrel_diag.exe lies in the folder where Vistrel is installed (the one with "
+         "Vistrel.exe), restart the computer, run it again and send the new report.",
          "warp-cost"},
         {"gpu-choice-other",
          Level::Contributes,

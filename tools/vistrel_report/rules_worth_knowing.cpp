@@ -19,7 +19,7 @@ std::vector<Rule> WorthKnowingRules() {
          "Part 2 was not run",
          {Part::Verdict},
          PartTwoMissing,
-         "The report has no part 2, so video memory pressure and the headset's GPU are unknown.",
+         "The report has no part 2, so video memory pressure and the game's frame rate are unknown.",
          kPartTwo,
          "part-2"},
         {"log-missing",

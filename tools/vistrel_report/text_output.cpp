@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/format.h"
+#include "tools/vistrel_report/count_text.h"
 #include "tools/vistrel_report/visible_text.h"
 
 namespace {
@@ -65,6 +66,18 @@ std::string NotJudgedText(const Findings& findings) {
     return text;
 }
 
+/// At most so many bytes of `text`, without a part of a character at the end.
+std::string BeginningOf(const std::string& text, std::size_t longest) {
+    constexpr std::size_t kMostFollowingBytes = 3;
+    const auto follows = [](char byte) { return (static_cast<unsigned char>(byte) & 0xC0U) == 0x80U; };
+    std::size_t end = std::min(text.size(), longest);
+    for (std::size_t i = 0; i < kMostFollowingBytes && end > 0 && end < text.size() && follows(text[end]);
+         ++i) {
+        --end;
+    }
+    return text.substr(0, end);
+}
+
 std::string NotesText(const Facts& facts) {
     std::string text;
     for (const NoteFact& note : facts.notes) {
@@ -72,11 +85,14 @@ std::string NotesText(const Facts& facts) {
         text += "  " + Wrapped(VisibleText(note.text) + place, kColumns - 2, "  ") + "\n";
     }
     if (!facts.not_understood.empty()) {
-        text += FormatText("  %zu lines were not understood:\n", facts.not_understood.size());
+        text +=
+            "  " +
+            CountText(facts.not_understood.size(), "line was not understood", "lines were not understood") +
+            ":\n";
         for (std::size_t i = 0; i < facts.not_understood.size() && i < kMostLinesTold; ++i) {
             const LineNumber number = facts.not_understood[i];
             const TextFact* const found = FindLine(facts, number);
-            const std::string line = found != nullptr ? found->text.substr(0, kLongestShownLine) : "";
+            const std::string line = found != nullptr ? BeginningOf(found->text, kLongestShownLine) : "";
             text += FormatText("    %6zu  %s\n", number, VisibleText(line).c_str());
         }
         if (facts.not_understood.size() > kMostLinesTold) {
@@ -126,9 +142,9 @@ std::string FindingsText(const Facts& facts, const Findings& findings, std::opti
         text += NotJudgedText(findings);
         text += NotesText(facts);
     }
-    text += FormatText("\n%zu found, %zu not found, %zu not judged, %zu do not apply.\n",
-                       CountOf(findings, Answer::Found), CountOf(findings, Answer::NotFound),
-                       CountOf(findings, Answer::NotJudged), CountOf(findings, Answer::DoesNotApply));
+    text += FormatText("\n%zu found, %zu not found, %zu not judged, ", CountOf(findings, Answer::Found),
+                       CountOf(findings, Answer::NotFound), CountOf(findings, Answer::NotJudged)) +
+            CountText(CountOf(findings, Answer::DoesNotApply), "does not apply", "do not apply") + ".\n";
     return text;
 }
 

@@ -15,19 +15,26 @@ struct Range {
 };
 
 constexpr std::array kUnseen = {
-    Range{0x00, 0x1F},
-    Range{0x7F, 0x9F},  // Control characters.
-    Range{0xAD, 0xAD},
-    Range{0x061C, 0x061C},  // Soft hyphen; Arabic letter mark.
-    Range{0x180E, 0x180E},
-    Range{0x200B, 0x200B},  // Without width.
-    Range{0x200E, 0x200F},
-    Range{0x2028, 0x202E},  // Marks of direction; line ends, embeddings, overrides.
-    Range{0x2060, 0x206F},
-    Range{0xFE00, 0xFE0E},  // Joiners and isolates; variants of the character before.
-    Range{0xFEFF, 0xFEFF},
-    Range{0xFFF9, 0xFFFB},    // Byte order mark; annotations.
-    Range{0xE0000, 0xE0FFF},  // Tags.
+    Range{0x00, 0x1F},        // Control characters.
+    Range{0x7F, 0x9F},        // Control characters.
+    Range{0xAD, 0xAD},        // Soft hyphen.
+    Range{0x034F, 0x034F},    // Combining grapheme joiner.
+    Range{0x061C, 0x061C},    // Arabic letter mark.
+    Range{0x115F, 0x1160},    // Fillers of Hangul.
+    Range{0x17B4, 0x17B5},    // Khmer vowels that are not written.
+    Range{0x180B, 0x180F},    // Mongolian variants and vowel separator.
+    Range{0x200B, 0x200B},    // Blank without width.
+    Range{0x200E, 0x200F},    // Marks of direction.
+    Range{0x2028, 0x202E},    // Line ends, embeddings, overrides.
+    Range{0x2060, 0x206F},    // Word joiner, isolates.
+    Range{0x3164, 0x3164},    // Filler of Hangul.
+    Range{0xFE00, 0xFE0E},    // Variants of the character before.
+    Range{0xFEFF, 0xFEFF},    // Byte order mark.
+    Range{0xFFA0, 0xFFA0},    // Filler of Hangul.
+    Range{0xFFF0, 0xFFFB},    // Unassigned and without width; annotations.
+    Range{0x1BCA0, 0x1BCA3},  // Marks of shorthand.
+    Range{0x1D173, 0x1D17A},  // Marks of music.
+    Range{0xE0000, 0xE0FFF},  // Tags, variants.
 };
 
 bool IsContinuation(char byte) {

@@ -17,10 +17,10 @@ struct DecodedCharacter {
 DecodedCharacter DecodeUtf8(std::string_view text);
 
 /// Whether the character is invisible or changes how the text around it is shown: control characters (tab and
-/// line feed included), characters that change the direction of writing, and zero-width characters that are
-/// not joiners.
+/// line feed included), characters that change the direction of writing, fillers, and characters without
+/// width. Blanks are not, nor what scripts and emoji are joined with: U+200C, U+200D and U+FE0F.
 bool IsUnseen(char32_t code);
 
-/// `text` as UTF-8 in which every character is visible: an invisible character becomes a code such as
+/// `text` as UTF-8 in which no character is unseen (IsUnseen): such a character becomes a code such as
 /// "[U+202E]", bytes that are not UTF-8 become the replacement character. A tab becomes a blank.
 std::string VisibleText(std::string_view text);

@@ -4,6 +4,8 @@
 
 #include <algorithm>
 #include <set>
+#include <string>
+#include <utility>
 
 #include "tools/vistrel_report/charts.h"
 #include "tools/vistrel_report/text_output.h"
@@ -31,7 +33,7 @@ const Finding& Of(const Findings& findings, std::string_view id) {
 
 TEST(Findings, NothingFound) {
     const Findings findings = JudgeReport(QuietReport());
-    EXPECT_EQ(findings.summary, "Nothing in this report explains a trouble.");
+    EXPECT_EQ(findings.summary, "Nothing in this report explains the trouble.");
     EXPECT_TRUE(findings.verdict_judged);
     EXPECT_EQ(CountOf(findings, Answer::Found), 0U);
     EXPECT_EQ(CountOf(findings, Answer::NotJudged), 0U);
@@ -125,6 +127,98 @@ TEST(Findings, ComparesTheGameRateWithTheDisplay) {
     EXPECT_EQ(Of(JudgeReport(facts), "game-slow").judgement.answer, Answer::Found);
     facts.displays.front().refresh_hz = 1;  // How some drivers say "default".
     EXPECT_EQ(Of(JudgeReport(facts), "game-slow").judgement.answer, Answer::DoesNotApply);
+}
+
+TEST(Findings, AGameNeedNotBeAsFastAsAFastDisplay) {
+    Facts facts = QuietReport();
+    facts.displays = {{"D", 1920, 1080, 240, true, 0, "Card", 15}};
+    facts.game.fps = 45.0;  // Half of what the headset is assumed to show.
+    EXPECT_EQ(Of(JudgeReport(facts), "game-slow").judgement.answer, Answer::NotFound);
+    facts.game.fps = 44.9;
+    EXPECT_EQ(Of(JudgeReport(facts), "game-slow").judgement.answer, Answer::Found);
+}
+
+TEST(Findings, WithoutAMeasuredWarpThereIsNoVerdict) {
+    Facts facts = QuietReport();
+    facts.verdict.share.reset();
+    facts.verdict.not_measured_line = 30;
+    facts.warp.shader_failure_line = 19;
+    facts.warp.failures = {{"a", 21}, {"b", 22}};
+    const Findings findings = JudgeReport(facts);
+    EXPECT_EQ(findings.summary, "The warp could not be measured, so there is no verdict to judge.");
+    EXPECT_FALSE(findings.verdict_judged);
+    const Finding& finding = Of(findings, "warp-not-measured");
+    EXPECT_EQ(finding.judgement.lines, (std::vector<LineNumber>{19, 21, 22, 30}));
+    EXPECT_EQ(finding.rule->request.find("copy"), std::string_view::npos);
+    facts.settings.stereo_off_line = 12;  // What explains the trouble is told first.
+    EXPECT_TRUE(JudgeReport(facts).summary.starts_with("What explains the trouble"));
+}
+
+TEST(Findings, TheHolderOfTheCaptureIsNamedWhenKnown) {
+    constexpr const char* kTaken = "The display is already being duplicated by another application.";
+    Facts facts = QuietReport();
+    const auto says = [&facts] { return Of(JudgeReport(facts), "capture-taken").judgement.says; };
+    const std::string begin = "Another program is already duplicating the display.";
+    const std::string other = " None of the programs that the tool knows was running, so it is another one.";
+    const std::string unknown = " The report does not tell which programs were running.";
+    facts.capture.failure = TextFact{kTaken, 17};
+    EXPECT_EQ(says(), begin + other);
+    facts.present[static_cast<std::size_t>(Part::RunningSoftwareTwo)] = false;
+    EXPECT_EQ(says(), begin + other);
+    facts.present[static_cast<std::size_t>(Part::RunningSoftware)] = false;
+    EXPECT_EQ(says(), begin + unknown);
+    facts.software_in_two.programs = {{"obs64.exe", 27}};
+    EXPECT_EQ(says(), begin + " obs64.exe was running.");
+    facts.software_in_two.programs.clear();
+    std::swap(facts.capture.failure, facts.game.failure);
+    facts.present[static_cast<std::size_t>(Part::RunningSoftware)] = true;
+    EXPECT_EQ(says(), begin + unknown);
+}
+
+TEST(Findings, WhereGpusCouldNotBeListedTheirKindIsNoQuestion) {
+    Facts facts = QuietReport();
+    facts.gpus.clear();
+    EXPECT_EQ(Of(JudgeReport(facts), "no-hardware-gpu").judgement.answer, Answer::Found);
+    facts.gpu_list_failure_line = 9;
+    EXPECT_EQ(Of(JudgeReport(facts), "no-hardware-gpu").judgement.answer, Answer::DoesNotApply);
+}
+
+TEST(Findings, CaptureSoftwareDoesNotMeanThatTheCaptureFailed) {
+    Facts facts = QuietReport();
+    facts.capture.fps = 60.0;
+    facts.software.programs = {{"obs64.exe", 7}, {"Parsec.exe", 8}};
+    EXPECT_EQ(Of(JudgeReport(facts), "capture-software-running").judgement.says,
+              "Running: obs64.exe, Parsec.exe. A program that captures the screen can make the capture of "
+              "another one fail.");
+}
+
+TEST(FindingsText, CountsInSingularAndPlural) {
+    Facts facts = QuietReport();
+    facts.not_understood = {3};
+    const auto text = [&facts] { return FindingsText(facts, JudgeReport(facts), {}); };
+    EXPECT_NE(text().find("\n  1 line was not understood:\n"), std::string::npos) << text();
+    facts.not_understood = {3, 4};
+    EXPECT_NE(text().find("\n  2 lines were not understood:\n"), std::string::npos) << text();
+}
+
+TEST(FindingsText, ALongLineIsNotCutWithinACharacter) {
+    Facts facts = QuietReport();
+    facts.not_understood = {1};
+    const auto shown = [&facts](const std::string& line) {
+        facts.lines = {{line, 1}};
+        const std::string text = FindingsText(facts, JudgeReport(facts), {});
+        const std::size_t begin = text.find("         1  ") + 12;
+        return text.substr(begin, text.find('\n', begin) - begin);
+    };
+    EXPECT_EQ(shown(std::string(101, 'a')), std::string(100, 'a'));
+    EXPECT_EQ(shown(std::string(98, 'a') + "\xC3\xA4"
+                                           "b"),
+              std::string(98, 'a') + "\xC3\xA4");
+    EXPECT_EQ(shown(std::string(99, 'a') + "\xC3\xA4"), std::string(99, 'a'));
+    EXPECT_EQ(shown(std::string(97, 'a') + "\xF0\x9F\x98\x80"), std::string(97, 'a'));
+    // What is no UTF-8 is cut all the same.
+    EXPECT_LT(shown(std::string(200, '\x80')).size(), 400U);
+    EXPECT_GE(shown(std::string(200, '\x80')).size(), 97U);
 }
 
 TEST(RuleTable, IdsAreUniqueAndTextsComplete) {

@@ -19,6 +19,20 @@ TEST(VisibleText, InvisibleCharactersAreSpelledOut) {
     EXPECT_EQ(VisibleText(std::string_view("\0", 1)), "[U+0000]");
 }
 
+TEST(VisibleText, FillersAndCharactersWithoutWidthAreSpelledOut) {
+    for (const char32_t code : {0x034F, 0x115F, 0x1160, 0x17B4, 0x17B5, 0x180B, 0x180E, 0x180F, 0x3164,
+                                0xFFA0, 0xFFF0, 0x1BCA0, 0x1BCA3, 0x1D173, 0x1D17A, 0xE0001}) {
+        EXPECT_TRUE(IsUnseen(code)) << std::hex << static_cast<unsigned>(code);
+    }
+    // Their neighbours, which are seen.
+    for (const char32_t code : {0x034E, 0x0350, 0x115E, 0x1161, 0x17B3, 0x17B6, 0x180A, 0x1810, 0x3163,
+                                0x3165, 0xFF9F, 0xFFA1, 0xFFFC, 0xFFFD, 0x1BC9F, 0x1D172, 0x1D17B}) {
+        EXPECT_FALSE(IsUnseen(code)) << std::hex << static_cast<unsigned>(code);
+    }
+    EXPECT_EQ(VisibleText("a\xE3\x85\xA4z"), "a[U+3164]z");
+    EXPECT_EQ(VisibleText("a\xCD\x8Fz"), "a[U+034F]z");
+}
+
 TEST(VisibleText, InvalidUtf8IsReplaced) {
     EXPECT_EQ(VisibleText("\xFF!"), "\xEF\xBF\xBD!");
     EXPECT_EQ(VisibleText("\xC0\x80"), "\xEF\xBF\xBD\xEF\xBF\xBD");  // Longer than need be.
