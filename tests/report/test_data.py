@@ -113,6 +113,30 @@ def test_machine_key_identifies_a_machine():
     assert key((RULES / "only-the-opening.report.txt").read_bytes()) is None
 
 
+def test_the_desktops_row_only_where_it_was_timed():
+    def warp_and_row(report):
+        row = next(csv.DictReader(io.StringIO(run("--csv", "-", stdin=report)[0], newline="")))
+        return json.loads(run("--json", "-", stdin=report)[0])["warp"], row
+
+    warp, row = warp_and_row((RULES / "game-slow.report.txt").read_bytes())
+    assert [size["desktop"] for size in warp] == [True] + [False] * (len(warp) - 1)
+    assert row["desktop_width"] == str(warp[0]["width"]) and float(row["desktop_warp_ms"]) == warp[0]["gpu_ms"]
+    without = edited("game-slow.report.txt", rb"\d+x\d+  your desktop.*", b"!! GPU timing produced nothing usable at 1920x1080")
+    warp, row = warp_and_row(without)
+    assert warp and not any(size["desktop"] for size in warp)
+    assert row["desktop_width"] == row["desktop_height"] == row["desktop_warp_ms"] == ""
+
+
+def test_a_headset_asleep_in_part_two_keeps_what_part_one_knew():
+    report = edited("headset-asleep.report.txt", rb"== HEADSET / OPENXR =+\n[^=]*?\n\n",
+                    b"== HEADSET / OPENXR ==============================================\n"
+                    b"Runtime         : SteamVR/OpenXR 2.9.6\nEye resolution  : 2016x2240 per eye (runtime recommendation)\n"
+                    b"Required GPU    : LUID 00000000:0000B3C7 -> GPU 0 (NVIDIA GeForce RTX 3070)\n\n")
+    headset = json.loads(run("--json", "-", stdin=report)[0])["headset"]
+    assert (headset["eye_width"], headset["eye_height"], headset["required_gpu"]) == (2016, 2240, 0)
+    assert next(csv.DictReader(io.StringIO(run("--csv", "-", stdin=report)[0], newline="")))["required_gpu"] == "0"
+
+
 def test_the_queries_of_the_manual(tmp_path):
     names = ["run-crashed.report.txt", "run-crashed.report.txt", "section-crashed.report.txt", "run-stopped.report.txt",
              "share-fatal.report.txt", "memory-low.report.txt", "warp-sizes-inverted.report.txt"]

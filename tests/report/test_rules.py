@@ -118,3 +118,59 @@ def test_reply_asks_at_most_three_things():
         assert max(map(len, text.splitlines())) <= 72
     text, _ = run("--reply", "product-running.report.txt")
     assert re.search(r"^1\. Please close Vistrel and the program that hosts it", text, re.MULTILINE)
+
+
+ONE_MODEL = ("Model           : Distill Fast (518x294) (518x294)\n"
+             "Inference       : 9.14 ms median (9.14 min, 9.14 max) over 15 runs\n\n"
+             "Re-run without --no-models to time every preset and see what the cheaper ones would cost here.\n")
+
+
+def findings_with_table(row, name="part-two-missing.report.txt"):
+    """The findings of a report whose models are a table, with `row` for the model that the settings name."""
+    text = (RULES / name).read_text(encoding="utf-8")
+    assert ONE_MODEL in text
+    table = ("MODEL                         median ms        min        max\n"
+             "Square Fast (256)                  1.00       1.00       1.00\n"
+             f"{row}\n"
+             "Distill High (798x448)             9.00       9.00       9.00\n")
+    report = json.loads(run("--json", "-", stdin=text.replace(ONE_MODEL, table).encode())[0])
+    assert report["lines_not_understood"] == 0
+    return {finding["rule"]: finding for finding in report["findings"]}, report
+
+
+def test_the_configured_model_in_a_table():
+    findings, report = findings_with_table("Distill Fast (518x294)             9.14       9.14       9.14   <- YOURS")
+    assert findings["model-not-timed"]["answer"] == "not_found"
+    error = "onnxruntime: Run was aborted by the device, which crashed"
+    findings, report = findings_with_table(f"Distill Fast (518x294)                -  ({error})")
+    assert findings["model-not-timed"]["answer"] == "found"
+    assert "Distill Fast (518x294)" in findings["model-not-timed"]["says"]
+    assert [model["configured"] for model in report["models"]] == [False, True, False]
+    # What the runtime says of itself is no end of a process.
+    assert findings["section-crashed"]["answer"] == "not_found"
+    assert report["broken_sections"] == []
+    findings, _ = findings_with_table("Distill Fast (518x294)                -  (model file not found)")
+    assert findings["model-not-timed"]["answer"] == "not_found"
+
+
+def test_ways_in_which_a_model_ends_its_process():
+    for end in ["crashed in nvwgf2umx.dll (access violation, 0xC0000005)", "aborted", "ended its process (exit code 3)",
+                "gave no sign of life for 120 seconds and was ended", "could not be waited for and was ended"]:
+        findings, report = findings_with_table(f"Distill Fast (518x294)                -  ({end})")
+        assert findings["section-crashed"]["answer"] == "found"
+        assert report["broken_sections"][0]["cause"] == f'"Distill Fast (518x294)" {end}'
+
+
+def test_a_settings_file_that_cannot_be_parsed_was_found(findings):
+    assert findings["settings-unreadable.report.txt"]["defaults-measured"]["answer"] == "not_found"
+    assert findings["settings-unreadable.report.txt"]["wrong-folder"]["answer"] == "not_found"
+
+
+def test_the_reply_to_a_report_of_which_a_part_is_missing():
+    text = (RULES / "headset-awake.report.txt").read_bytes()
+    whole, _ = run("--reply", "-", stdin=text)
+    assert "whole file" not in whole
+    for part in [text[:text.index(b"NOT measured by this tool:")], text[text.index(b"== MACHINE"):]]:
+        reply, _ = run("--reply", "-", stdin=part)
+        assert "Please send us the whole file vistrel_diag_report.txt" in reply
+        assert "It is complete" not in reply

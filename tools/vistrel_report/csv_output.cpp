@@ -35,11 +35,12 @@ void AddMachine(const Facts& facts, Columns& columns) {
     columns.emplace_back("benchmark_gpu_name", CsvCell(facts.benchmark.gpu_name));
     const HeadsetFacts& headset = facts.headset_in_two.runtime ? facts.headset_in_two : facts.headset;
     columns.emplace_back("runtime", TextCell(headset.runtime));
-    columns.emplace_back("required_gpu", Number(headset.required_gpu));
+    const HeadsetFacts* const with_gpu = HeadsetWithGpu(facts);
+    columns.emplace_back("required_gpu", with_gpu != nullptr ? Number(with_gpu->required_gpu) : "");
 }
 
 void AddMeasurements(const Facts& facts, Columns& columns) {
-    const WarpRow* const desktop = facts.warp.rows.empty() ? nullptr : &facts.warp.rows.front();
+    const WarpRow* const desktop = DesktopWarp(facts);
     const ModelRow* const model = ConfiguredModel(facts);
     columns.emplace_back("desktop_width", desktop != nullptr ? std::to_string(desktop->width) : "");
     columns.emplace_back("desktop_height", desktop != nullptr ? std::to_string(desktop->height) : "");

@@ -73,15 +73,37 @@ const GpuFacts* FindGpu(const Facts& facts, std::int64_t number) {
     return found == facts.gpus.end() ? nullptr : &*found;
 }
 
+const HeadsetFacts* LastHeadset(const Facts& facts) {
+    if (facts.Has(Part::HeadsetTwo)) {
+        return &facts.headset_in_two;
+    }
+    return facts.Has(Part::Headset) ? &facts.headset : nullptr;
+}
+
+const HeadsetFacts* HeadsetWithGpu(const Facts& facts) {
+    const bool only_in_one = !facts.headset_in_two.required_gpu && facts.headset.required_gpu;
+    return only_in_one ? &facts.headset : LastHeadset(facts);
+}
+
 const DisplayFacts* PrimaryDisplay(const Facts& facts) {
     const auto found = std::find_if(facts.displays.rbegin(), facts.displays.rend(),
                                     [](const DisplayFacts& display) { return display.primary; });
     return found == facts.displays.rend() ? nullptr : &*found;
 }
 
+bool DepthIsFromReShade(const Facts& facts) {
+    const std::optional<TextFact>& source = facts.settings.depth_source;
+    return source ? source->text == "ReShade" : facts.verdict.reshade_mode;
+}
+
 std::size_t HardwareGpuCount(const Facts& facts) {
     return static_cast<std::size_t>(std::count_if(facts.gpus.begin(), facts.gpus.end(),
                                                   [](const GpuFacts& gpu) { return !gpu.software; }));
+}
+
+const WarpRow* DesktopWarp(const Facts& facts) {
+    const std::vector<WarpRow>& rows = facts.warp.rows;
+    return !rows.empty() && rows.front().label.starts_with("your desktop") ? &rows.front() : nullptr;
 }
 
 const ModelRow* ConfiguredModel(const Facts& facts) {

@@ -106,9 +106,9 @@ struct OverrideFacts {
 
 struct SettingsFacts {
     std::optional<TextFact> product_version;
-    std::optional<TextFact> file;             ///< as printed; may be "(not found)"
-    LineNumber defaults_line = 0;             ///< of the warning that the defaults are measured
-    LineNumber parse_error_line = 0;          ///< the file could not be parsed
+    std::optional<TextFact> file;     ///< as printed; may be "(not found)"
+    LineNumber defaults_line = 0;     ///< of the warning that the defaults are measured: no file was found
+    LineNumber parse_error_line = 0;  ///< the file could not be parsed
     std::optional<TextFact> unreadable_file;  ///< its path then, on the same line
     std::optional<TextFact> depth_source;
     std::optional<TextFact> depth_model;
@@ -280,11 +280,24 @@ TextFact* FindLine(Facts& facts, LineNumber number);
 /// The GPU with that number, or null.
 const GpuFacts* FindGpu(const Facts& facts, std::int64_t number);
 
+/// The last part that asked about the headset, or null.
+const HeadsetFacts* LastHeadset(const Facts& facts);
+
+/// The last part in which the runtime named the GPU that the headset requires; without one the last part that
+/// asked, or null.
+const HeadsetFacts* HeadsetWithGpu(const Facts& facts);
+
 /// The primary display (the last one when there are several), or null.
 const DisplayFacts* PrimaryDisplay(const Facts& facts);
 
+/// Whether the settings take depth from ReShade, so that the product runs no model.
+bool DepthIsFromReShade(const Facts& facts);
+
 /// How many GPUs are hardware.
 std::size_t HardwareGpuCount(const Facts& facts);
+
+/// The row of the desktop's size, or null when that was not timed: it comes first if it is there.
+const WarpRow* DesktopWarp(const Facts& facts);
 
 /// The model that the settings name, or null when the report has no row for it.
 const ModelRow* ConfiguredModel(const Facts& facts);

@@ -7,6 +7,7 @@
 
 #include "depth/depth_model_presets.h"
 #include "platform/format.h"
+#include "tools/vistrel_diag/worker/worker_end_reading.h"
 #include "tools/vistrel_report/facts_of_sections.h"
 #include "tools/vistrel_report/reading.h"
 #include "tools/vistrel_report/report_document.h"
@@ -112,14 +113,6 @@ void AddCutShort(const std::optional<CutShortReading>& reading, const ReportDocu
     facts.cut_short = end;
 }
 
-/// Whether a predicate tells of an end that nobody asked for.
-bool TellsOfAnEnd(std::string_view predicate) {
-    return predicate.find("crashed") != std::string_view::npos ||
-           predicate.find("aborted") != std::string_view::npos ||
-           predicate.find("no sign of life") != std::string_view::npos ||
-           predicate.find("ended its process") != std::string_view::npos;
-}
-
 /// What was asked in a process of its own that died or hung, while the run went on.
 void AddBrokenSections(const ReportDocument& document, Facts& facts) {
     for (const SectionText& section : document.sections) {
@@ -131,15 +124,15 @@ void AddBrokenSections(const ReportDocument& document, Facts& facts) {
             const bool told =
                 LineScan(line.text).Text("!! The OpenXR query ").Rest(predicate).Matches() ||
                 LineScan(line.text).Text("!! Loading onnxruntime.dll ").Rest(predicate).Matches();
-            if (told && TellsOfAnEnd(predicate)) {
-                predicate.erase(predicate.find_last_not_of('.') + 1);
+            predicate.erase(predicate.find_last_not_of(". ") + 1);
+            if (told && ReadWorkerEnd(predicate)) {
                 facts.broken_sections.push_back(
                     {std::string(SectionTitle(section.id)), predicate, line.number});
             }
         }
     }
     for (const ModelRow& model : facts.models.rows) {
-        if (TellsOfAnEnd(model.error)) {
+        if (ReadWorkerEnd(model.error)) {  // Not what the runtime says of itself.
             facts.broken_sections.push_back({std::string(SectionTitle(SectionId::DepthModel)),
                                              "\"" + model.name + "\" " + model.error, model.line});
         }
@@ -194,10 +187,24 @@ void AddSettings(const PartOneReading& reading, Facts& facts) {
         settings.separation_mm = Rounded(read.separation_mm);
         settings.depth_strength = Rounded(read.settings.f3d_depth_strength);
     }
-    settings.defaults_line = read.defaults_line;
+    // After a file that could not be parsed the report says "(not found)" as well.
+    settings.defaults_line = reading.settings_file ? 0 : read.defaults_line;
     settings.stereo_off_line = read.no_stereo_line;
     settings.separation_line = read.near_zero_separation_line;
     settings.depth_strength_line = read.near_zero_strength_line;
+}
+
+/// The table marks the configured model only in a row with times. Its name is in the settings as well.
+void MarkConfiguredModel(Facts& facts) {
+    if (ConfiguredModel(facts) != nullptr || !facts.settings.depth_model) {
+        return;
+    }
+    const auto row = std::find_if(
+        facts.models.rows.begin(), facts.models.rows.end(),
+        [&facts](const ModelRow& candidate) { return candidate.name == facts.settings.depth_model->text; });
+    if (row != facts.models.rows.end() && !row->median_ms) {
+        row->configured = true;
+    }
 }
 
 void AddQuotedFiles(const PartOneReading& reading, Facts& facts) {
@@ -287,6 +294,7 @@ Facts FactsOf(const ReportDocument& document, const std::string& name) {
     AddCapture(two.game_frame_rate, facts.game);
     AddWarp(one.warp, facts.warp);
     AddModels(one.depth_model, facts.models);
+    MarkConfiguredModel(facts);
     AddHands(two.hand_tracking, facts.hands);
     AddVerdict(reading.verdict, facts.verdict);
     AddCutShort(reading.cut_short, document, facts);

@@ -69,10 +69,12 @@ Json SettingsJson(const SettingsFacts& settings) {
 
 Json HeadsetJson(const Facts& facts) {
     const HeadsetFacts& headset = facts.headset_in_two.runtime ? facts.headset_in_two : facts.headset;
+    const HeadsetFacts& seen = facts.headset_in_two.eye_width ? facts.headset_in_two : facts.headset;
+    const HeadsetFacts* const with_gpu = HeadsetWithGpu(facts);
     return {{"runtime", TextOrNull(headset.runtime)},
-            {"eye_width", ValueOrNull(headset.eye_width)},
-            {"eye_height", ValueOrNull(headset.eye_height)},
-            {"required_gpu", ValueOrNull(headset.required_gpu)}};
+            {"eye_width", ValueOrNull(seen.eye_width)},
+            {"eye_height", ValueOrNull(seen.eye_height)},
+            {"required_gpu", with_gpu != nullptr ? ValueOrNull(with_gpu->required_gpu) : Json()}};
 }
 
 Json CaptureJson(const CaptureFacts& capture) {
@@ -82,12 +84,13 @@ Json CaptureJson(const CaptureFacts& capture) {
             {"failed", capture.failure.has_value()}};
 }
 
-Json WarpJson(const WarpFacts& warp) {
+Json WarpJson(const Facts& facts) {
+    const WarpRow* const desktop = DesktopWarp(facts);
     Json list = Json::array();
-    for (const WarpRow& row : warp.rows) {
+    for (const WarpRow& row : facts.warp.rows) {
         list.push_back({{"width", row.width},
                         {"height", row.height},
-                        {"desktop", &row == &warp.rows.front()},
+                        {"desktop", &row == desktop},
                         {"gpu_ms", row.milliseconds},
                         {"vram_mb", row.vram_mb}});
     }
@@ -206,7 +209,7 @@ Json ReportJson(const Facts& facts, const Findings& findings, bool with_personal
             {"benchmark_gpu_name", facts.benchmark.gpu ? Json(facts.benchmark.gpu_name) : Json()},
             {"capture", facts.Has(Part::Capture) ? CaptureJson(facts.capture) : Json()},
             {"game_capture", facts.Has(Part::GameFrameRate) ? CaptureJson(facts.game) : Json()},
-            {"warp", WarpJson(facts.warp)},
+            {"warp", WarpJson(facts)},
             {"models", ModelsJson(facts.models)},
             {"verdict", facts.Has(Part::Verdict) ? VerdictJson(facts.verdict) : Json()},
             {"cut_short", CutShortJson(facts.cut_short)},

@@ -153,7 +153,7 @@ class Program {
 
     void WriteReply() {
         for (const JudgedReport& report : OneReportOfEach("--reply")) {
-            out_ << ReplyText(report.findings);
+            out_ << ReplyText(report.facts, report.findings);
         }
     }
 

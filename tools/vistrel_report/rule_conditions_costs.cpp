@@ -13,10 +13,11 @@ namespace {
 constexpr double kAssumedRefreshHz = 90.0;  // As the verdict takes it.
 constexpr double kFatalShare = 50.0;        // Percent of the GPU, as the verdict judges.
 constexpr double kSignificantShare = 25.0;
-constexpr double kClearlyDearer = 1.10;  // Runs differ by a tenth.
-constexpr double kUnevenRatio = 3.0;     // A longest run of so many medians.
-constexpr double kUnevenFloorMs = 1.0;   // What is shorter than this is noise of the clock.
-constexpr double kSlowGameShare = 0.5;   // Of what display and headset show.
+constexpr double kClearlyDearer = 1.10;   // Runs differ by a tenth.
+constexpr double kDearerFloorMs = 0.025;  // What is printed has two decimals; a difference of 0.02 is noise.
+constexpr double kUnevenRatio = 3.0;      // A longest run of so many medians.
+constexpr double kUnevenFloorMs = 1.0;    // What is shorter than this is noise of the clock.
+constexpr double kSlowGameShare = 0.5;    // Of what display and headset show.
 
 constexpr std::string_view kTaken = "already being duplicated";
 constexpr std::string_view kDenied = "Screen capture was denied";
@@ -202,7 +203,7 @@ Judgement WarpTooDear(const Facts& facts) {
     if (facts.warp.rows.empty()) {
         return DoesNotApply();
     }
-    const WarpRow& desktop = facts.warp.rows.front();
+    const WarpRow& desktop = facts.warp.rows.front();  // As the verdict takes it.
     const double share = ShareAtAssumedRate(desktop.milliseconds);
     if (share <= kFatalShare) {
         return NotFound();
@@ -223,7 +224,8 @@ Judgement WarpSizesInverted(const Facts& facts) {
     }
     for (const WarpRow& small : facts.warp.rows) {
         for (const WarpRow& large : facts.warp.rows) {
-            const bool dearer = small.milliseconds > large.milliseconds * kClearlyDearer;
+            const bool dearer = small.milliseconds > large.milliseconds * kClearlyDearer &&
+                                small.milliseconds - large.milliseconds > kDearerFloorMs;
             if (Pixels(small) < Pixels(large) && dearer) {
                 return Found(
                     FormatText("The warp at %s takes %.2f ms and at %s only %.2f ms. Something else used the "
@@ -263,13 +265,16 @@ Judgement ShareSignificant(const Facts& facts) {
 }
 
 Judgement ModelTooSlow(const Facts& facts) {
+    if (DepthIsFromReShade(facts)) {
+        return DoesNotApply();  // No model runs.
+    }
     return FoundAt(facts.verdict.model_too_slow_line,
                    "The depth model is slower than the picture it is asked for, so depth lags behind.");
 }
 
 Judgement ModelNotTimed(const Facts& facts) {
     const ModelRow* const configured = ConfiguredModel(facts);
-    if (configured == nullptr) {
+    if (configured == nullptr || DepthIsFromReShade(facts)) {
         return DoesNotApply();
     }
     if (configured->median_ms || Contains(configured->error, "model file not found")) {

@@ -12,16 +12,27 @@ namespace {
 constexpr double kLowMemoryGb = 2.0;  // Less than this explains stutter by itself.
 constexpr std::int64_t kFirstBuildWithGpuChoices = 17134;
 
-bool SaysIntegrated(const OverrideFacts& choice) {
-    return choice.choice.find("GpuPreference=1") != std::string::npos;
+/// The value behind "GpuPreference="; empty without one, for Windows keeps other choices at the same place.
+std::string_view GpuPreferenceOf(const OverrideFacts& choice) {
+    constexpr std::string_view kName = "GpuPreference=";
+    std::string_view text(choice.choice);
+    const std::size_t name = text.find(kName);
+    if (name == std::string_view::npos) {
+        return {};
+    }
+    text.remove_prefix(name + kName.size());
+    return text.substr(0, text.find_first_not_of("0123456789"));
 }
 
-/// The last part that asked about the headset.
-const HeadsetFacts* LastHeadset(const Facts& facts) {
-    if (facts.Has(Part::HeadsetTwo)) {
-        return &facts.headset_in_two;
-    }
-    return facts.Has(Part::Headset) ? &facts.headset : nullptr;
+/// Windows 11 writes larger numbers for one certain GPU; they are not this one.
+bool SaysIntegrated(const OverrideFacts& choice) {
+    return GpuPreferenceOf(choice) == "1";
+}
+
+/// The value 0 leaves the GPU to Windows.
+bool SaysOtherGpu(const OverrideFacts& choice) {
+    const std::string_view value = GpuPreferenceOf(choice);
+    return !value.empty() && value != "0" && value != "1";
 }
 
 /// Found when the message of the last part that asked has `words` in it.
@@ -166,7 +177,7 @@ Judgement GpuChoiceIntegrated(const Facts& facts) {
     if (lines.empty()) {
         return NotFound();
     }
-    const HeadsetFacts* const headset = LastHeadset(facts);
+    const HeadsetFacts* const headset = HeadsetWithGpu(facts);
     const GpuFacts* const integrated = SmallestHardwareGpu(facts);
     const bool required_known = headset != nullptr && headset->required_gpu && *headset->required_gpu >= 0;
     if (required_known && integrated != nullptr && *headset->required_gpu == integrated->number) {
@@ -184,9 +195,12 @@ Judgement GpuChoiceIntegrated(const Facts& facts) {
 }
 
 Judgement GpuChoiceOther(const Facts& facts) {
+    if (facts.Has(Part::Gpus) && HardwareGpuCount(facts) < 2) {
+        return DoesNotApply();  // There is only one to choose.
+    }
     std::vector<LineNumber> lines;
     for (const OverrideFacts& choice : facts.overrides) {
-        if (!SaysIntegrated(choice)) {
+        if (SaysOtherGpu(choice)) {
             lines.push_back(choice.line);
         }
     }
@@ -209,7 +223,7 @@ Judgement LogNamesAdapter(const Facts& facts) {
     if (line == facts.log_lines.rend()) {
         return NotFound();
     }
-    const HeadsetFacts* const headset = LastHeadset(facts);
+    const HeadsetFacts* const headset = HeadsetWithGpu(facts);
     if (headset == nullptr || !headset->required_gpu || *headset->required_gpu < 0) {
         return Found("The log tells which graphics card Vistrel rendered on in its last run.", {line->line});
     }
@@ -240,7 +254,7 @@ Judgement HeadsetAsleep(const Facts& facts) {
 }
 
 Judgement HeadsetGpuUnknown(const Facts& facts) {
-    const HeadsetFacts* const headset = LastHeadset(facts);
+    const HeadsetFacts* const headset = HeadsetWithGpu(facts);
     if (headset == nullptr) {
         return NotJudged({Part::Headset});
     }

@@ -78,8 +78,9 @@ Judgement WrongFolder(const Facts& facts) {
     }
     const LineNumber shader = facts.warp.shader_failure_line;
     const LineNumber settings = facts.settings.defaults_line;
-    if (!(no_model || no_runtime) || (shader == 0 && settings == 0)) {
-        return NotFound();
+    const bool shader_found = !facts.warp.rows.empty() || !facts.warp.failures.empty();
+    if (!(no_model || no_runtime) || shader_found || (shader == 0 && settings == 0)) {
+        return NotFound();  // The shader lies in the folder of the models and the AI runtime.
     }
     std::vector<LineNumber> lines = {facts.folder ? facts.folder->line : 0, settings, shader,
                                      facts.models.runtime_missing_line};
@@ -87,10 +88,12 @@ Judgement WrongFolder(const Facts& facts) {
         lines.push_back(facts.models.rows.front().line);
     }
     return Found(
-        FormatText("%s%s. What follows is about built-in defaults, not about this user's set-up.",
+        FormatText("%s%s.",
                    no_runtime ? "The AI runtime is not beside the tool"
                               : "Not one depth model was found beside the tool",
-                   settings != 0 ? ", and neither is a settings file" : ", and neither is the shader"),
+                   settings != 0 ? ", and neither is a settings file. What follows is about built-in "
+                                   "defaults, not about this user's set-up"
+                                 : ", and the shader could not be used either"),
         lines);
 }
 
@@ -100,6 +103,9 @@ Judgement AiRuntimeMissing(const Facts& facts) {
     }
     if (WrongFolder(facts).answer == Answer::Found) {
         return DoesNotApply();  // That says why.
+    }
+    if (DepthIsFromReShade(facts)) {
+        return DoesNotApply();  // Nothing needs it.
     }
     return Found(
         "onnxruntime.dll is not beside the tool, or could not be loaded: it needs the Visual C++ runtime "
@@ -184,10 +190,13 @@ Judgement DefaultsMeasured(const Facts& facts) {
 }
 
 Judgement CustomModelMissing(const Facts& facts) {
-    return FoundAt(
-        facts.models.no_custom_model_line,
-        "The quality is set to a custom model and no path of one is stored, so there is no model to "
-        "run.");
+    if (DepthIsFromReShade(facts)) {
+        return DoesNotApply();  // No model runs.
+    }
+    // The line says that no path is stored, but the tool never reads one.
+    return FoundAt(facts.models.no_custom_model_line,
+                   "The quality is set to a custom model. The tool does not read where its file is, so what "
+                   "it costs is unknown, and so is whether it is there.");
 }
 
 Judgement FileNotReadWhole(const Facts& facts) {

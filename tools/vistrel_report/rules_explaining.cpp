@@ -156,9 +156,8 @@ std::vector<Rule> CostAndSettingRules() {
          {Part::Verdict},
          ShareFatal,
          "The verdict's share at 90 Hz in the configured mode is above 50 %.",
-         "Please choose a smaller depth model in Vistrel, or the next smaller desktop resolution, and tell "
-         "us "
-         "whether it helps.",
+         "Please choose the next smaller desktop resolution or, where Vistrel takes depth from an AI model, "
+         "a smaller model, and tell us whether it helps.",
          "verdict",
          Topic::kTimings},
         {"warp-too-dear",
@@ -166,7 +165,8 @@ std::vector<Rule> CostAndSettingRules() {
          "The warp alone takes more than half of a headset frame",
          {Part::Warp},
          WarpTooDear,
-         "The warp at the desktop's size takes more than half of the 11.1 ms that a frame lasts at 90 Hz.",
+         "The warp at the first size that was timed, the desktop's if it is known, takes more than half of "
+         "the 11.1 ms that a frame lasts at 90 Hz.",
          "Please set the desktop to a smaller resolution while you play, and tell us whether it helps.",
          "warp-cost",
          Topic::kTimings},
@@ -202,27 +202,20 @@ std::vector<Rule> CostAndSettingRules() {
          "The AI runtime could not be loaded",
          {Part::DepthModel},
          AiRuntimeMissing,
-         "onnxruntime.dll is not beside the tool or cannot be loaded, and the folder is the right one.",
+         "onnxruntime.dll is not beside the tool or cannot be loaded, the folder is the right one, and depth "
+         "is not from ReShade.",
          "Please install the current Visual C++ runtime of Microsoft (2015-2022, x64) and run vistrel_diag "
          "again. "
          "If the report still says the same, reinstall Vistrel.",
          "depth-model",
          Topic::kBehaviour},
-        {"custom-model-missing",
-         Level::Explains,
-         "No model is chosen",
-         {Part::DepthModel},
-         CustomModelMissing,
-         "The quality is set to a custom model, and no path of one is stored.",
-         "Please choose one of the depth models in Vistrel's settings.",
-         "depth-model",
-         Topic::kSettings},
         {"model-not-timed",
          Level::Explains,
          "The configured depth model does not run",
          {Part::DepthModel},
          ModelNotTimed,
-         "The model that the settings name could not be timed, though the AI runtime is there.",
+         "The model that the settings name could not be timed, though the AI runtime and the model's file "
+         "are there, and depth is not from ReShade.",
          "Please update the graphics driver. If the report still says the same, reinstall Vistrel, which "
          "puts "
          "its model files and DirectML.dll back.",

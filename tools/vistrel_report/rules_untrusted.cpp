@@ -22,7 +22,7 @@ std::vector<Rule> UntrustedRules() {
          {Part::DepthModel},
          WrongFolder,
          "No model file was found, or the AI runtime is not beside the tool, and the settings file or the "
-         "shader was not found either.",
+         "shader was not found either. A warp that was timed shows that the folder is the right one.",
          kInstallFolder,
          "opening-lines",
          Topic::kNone,
@@ -43,8 +43,8 @@ std::vector<Rule> UntrustedRules() {
          "A smaller size costs more than a larger one",
          {Part::Warp},
          WarpSizesInverted,
-         "A row of the warp's table is dearer by more than a tenth than one with more pixels: something else "
-         "used the GPU, or it saved power.",
+         "A row of the warp's table is dearer by more than a tenth, and by more than 0.02 ms, than one with "
+         "more pixels: something else used the GPU, or it saved power.",
          "Please connect the power supply, close other programs and run vistrel_diag once more.",
          "warp-cost",
          Topic::kNone,
@@ -56,7 +56,7 @@ std::vector<Rule> UntrustedRules() {
          SettingsUnreadable,
          "The settings file was found and is no valid JSON; keys before the error count, all others are at "
          "their defaults.",
-         "Please send us the file settings.json as it is.",
+         "Please send us the settings file that the report names under \"could not be parsed\", as it is.",
          "settings",
          Topic::kNone,
          Topic::kSettings},

@@ -148,8 +148,17 @@ std::string FindingsText(const Facts& facts, const Findings& findings, std::opti
     return text;
 }
 
-std::string ReplyText(const Findings& findings) {
+std::string ReplyText(const Facts& facts, const Findings& findings) {
     std::vector<std::string> requests;
+    const bool incomplete = std::any_of(facts.notes.begin(), facts.notes.end(), [](const NoteFact& note) {
+        return note.kind == "cut_off" || note.kind == "no_opening";
+    });
+    if (incomplete) {
+        requests.emplace_back(
+            "Please send us the whole file vistrel_diag_report.txt as an attachment: a part of it did not "
+            "reach "
+            "us.");
+    }
     for (const Finding* finding : FoundOnes(findings)) {
         const std::string request(finding->rule->request);
         const bool asked = std::find(requests.begin(), requests.end(), request) != requests.end();

@@ -10,8 +10,9 @@
 /// The findings of one report; with `only`, just those of that level.
 std::string FindingsText(const Facts& facts, const Findings& findings, std::optional<Level> only);
 
-/// A short reply to send to the user, with at most three requests.
-std::string ReplyText(const Findings& findings);
+/// A short reply to send to the user, with at most three requests. The first one is for the whole file when
+/// its beginning or its end is missing and the report does not say why.
+std::string ReplyText(const Facts& facts, const Findings& findings);
 
 /// One line per rule: level, id, title.
 std::string RuleListText();

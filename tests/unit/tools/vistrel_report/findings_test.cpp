@@ -103,6 +103,107 @@ TEST(Findings, ASmallerSizeMayCostTenPercentMore) {
     EXPECT_EQ(Of(JudgeReport(facts), "warp-sizes-inverted").judgement.answer, Answer::Found);
 }
 
+TEST(Findings, ASmallerSizeMayCostTwoHundredthsMore) {
+    Facts facts = QuietReport();
+    const auto answer = [&facts](double small, double large) {
+        facts.warp.rows = {{1920, 1080, "", small, 0.0, 20}, {2560, 1440, "", large, 0.0, 21}};
+        return Of(JudgeReport(facts), "warp-sizes-inverted").judgement.answer;
+    };
+    EXPECT_EQ(answer(0.02, 0.01), Answer::NotFound);
+    EXPECT_EQ(answer(0.05, 0.03), Answer::NotFound);
+    EXPECT_EQ(answer(0.04, 0.01), Answer::Found);
+}
+
+TEST(Findings, AWarpThatWasTimedShowsThatTheFolderIsTheRightOne) {
+    Facts facts = QuietReport();
+    facts.models.runtime_missing_line = 80;
+    facts.settings.defaults_line = 50;
+    EXPECT_EQ(Of(JudgeReport(facts), "wrong-folder").judgement.answer, Answer::NotFound);
+    EXPECT_EQ(Of(JudgeReport(facts), "ai-runtime-missing").judgement.answer, Answer::Found);
+    facts.warp.rows.clear();
+    facts.warp.failures = {{"GPU timing produced nothing usable at 1920x1080", 60}};
+    EXPECT_EQ(Of(JudgeReport(facts), "wrong-folder").judgement.answer, Answer::NotFound);
+    facts.warp.failures.clear();
+    facts.warp.shader_failure_line = 60;
+    EXPECT_EQ(Of(JudgeReport(facts), "ai-runtime-missing").judgement.answer, Answer::DoesNotApply);
+    EXPECT_EQ(Of(JudgeReport(facts), "wrong-folder").judgement.says,
+              "The AI runtime is not beside the tool, and neither is a settings file. What follows is about "
+              "built-in defaults, not about this user's set-up.");
+    facts.settings.defaults_line = 0;  // The product may keep its settings in the user's folder.
+    EXPECT_EQ(Of(JudgeReport(facts), "wrong-folder").judgement.says,
+              "The AI runtime is not beside the tool, and the shader could not be used either.");
+}
+
+TEST(Findings, OnlyAChoiceOfAGpuIsOne) {
+    Facts facts = QuietReport();
+    facts.gpus.push_back(facts.gpus.front());
+    facts.gpus.back().number = 1;
+    const auto answers = [&facts](const char* choice) {
+        facts.overrides = {{"C:\\Vistrel.exe", choice, 40}};
+        const Findings findings = JudgeReport(facts);
+        return std::pair(Of(findings, "gpu-choice-integrated").judgement.answer,
+                         Of(findings, "gpu-choice-other").judgement.answer);
+    };
+    const std::pair neither(Answer::NotFound, Answer::NotFound);
+    EXPECT_EQ(answers("SwapEffectUpgradeEnable=1;"), neither);
+    EXPECT_EQ(answers("GpuPreference=0;"), neither);
+    EXPECT_EQ(answers("AutoHDREnable=1;GpuPreference=0;"), neither);
+    EXPECT_EQ(answers("GpuPreference="), neither);
+    EXPECT_EQ(answers("GpuPreference=1;"), std::pair(Answer::Found, Answer::NotFound));
+    EXPECT_EQ(answers("GpuPreference=2;"), std::pair(Answer::NotFound, Answer::Found));
+    EXPECT_EQ(answers("SpecificAdapter=4318&9348;GpuPreference=1073741824;"),
+              std::pair(Answer::NotFound, Answer::Found));
+    facts.gpus.pop_back();
+    EXPECT_EQ(answers("GpuPreference=2;"), std::pair(Answer::DoesNotApply, Answer::DoesNotApply));
+}
+
+TEST(Findings, AHeadsetAsleepInPartTwoKeepsTheGpuOfPartOne) {
+    Facts facts = QuietReport();
+    GpuFacts other;
+    other.number = 1;
+    other.dedicated_mb = 8000.0;
+    facts.gpus.front().dedicated_mb = 128.0;
+    facts.gpus.push_back(other);
+    facts.overrides = {{"C:\\Vistrel.exe", "GpuPreference=1;", 40}};
+    facts.log_lines = {{"Match found: adapter 0", 45}};
+    facts.headset.required_gpu = 0;
+    facts.headset.required_gpu_name = "Card";
+    facts.headset.required_gpu_line = 50;
+    facts.headset_in_two.message = TextFact{"A runtime is installed but reports no headset right now.", 90};
+    const auto judgement = [&facts](const char* rule) { return Of(JudgeReport(facts), rule).judgement; };
+    EXPECT_EQ(judgement("gpu-choice-integrated").answer, Answer::NotFound);
+    EXPECT_EQ(judgement("log-names-adapter").lines, (std::vector<LineNumber>{45, 50}));
+    EXPECT_EQ(judgement("headset-gpu-unknown").answer, Answer::NotFound);
+    facts.headset.required_gpu = -1;
+    EXPECT_EQ(judgement("headset-gpu-unknown").answer, Answer::Found);
+    facts.headset_in_two.required_gpu = 0;
+    EXPECT_EQ(judgement("headset-gpu-unknown").answer, Answer::NotFound);
+    EXPECT_EQ(judgement("headset-asleep").answer, Answer::Found);
+}
+
+TEST(Findings, WithDepthFromReShadeNoModelMatters) {
+    Facts facts = QuietReport();
+    facts.models.rows = {{"Model", std::nullopt, 0.0, 0.0, "no DirectML", true, 25}};
+    facts.models.no_custom_model_line = 26;
+    facts.models.runtime_missing_line = 27;
+    facts.verdict.model_too_slow_line = 31;
+    const auto expect = [&facts](Answer answer) {
+        const Findings findings = JudgeReport(facts);
+        for (const char* rule :
+             {"model-not-timed", "custom-model-missing", "ai-runtime-missing", "model-too-slow"}) {
+            EXPECT_EQ(Of(findings, rule).judgement.answer, answer) << rule;
+        }
+    };
+    expect(Answer::Found);
+    facts.settings.depth_source = TextFact{"AI", 15};
+    expect(Answer::Found);
+    facts.settings.depth_source->text = "ReShade";
+    expect(Answer::DoesNotApply);
+    facts.settings.depth_source.reset();
+    facts.verdict.reshade_mode = true;
+    expect(Answer::DoesNotApply);
+}
+
 TEST(Findings, ChoosingTheHeadsetsOwnGpuIsNoFinding) {
     Facts facts = QuietReport();
     GpuFacts integrated;
