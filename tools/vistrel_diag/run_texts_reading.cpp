@@ -38,7 +38,6 @@ bool ReadCause(std::string_view text, CutShortReading& reading) {
     if (LineScan(text)
             .OneOf(end, {"the program aborted", "the user stopped it with Ctrl-C",
                          "the console window was closed", "the user logged off or the system shut down",
-                         "an installer or an update closed the program",
                          "an installer or an update closed the program"})
             .IsWhole()) {
         reading.end = kEnds.at(end);

@@ -9,8 +9,6 @@
 
 namespace {
 
-constexpr double kBytesPerMegabyte = 1048576.0;
-constexpr double kHeadroomPercent = 90.0;
 constexpr std::string_view kOutOfHeadroom = "<<< OUT OF HEADROOM";
 
 /// Megabytes and percent as they are printed, without decimals.
@@ -26,15 +24,9 @@ std::uint64_t BytesOf(double bytes) {
     return static_cast<std::uint64_t>(std::fmin(std::fmax(std::nearbyint(bytes), 0.0), kMostBytes));
 }
 
-double PercentOf(const VideoMemoryUse& memory) {
-    return memory.budget == 0
-               ? 0.0
-               : static_cast<double>(memory.usage) * 100.0 / static_cast<double>(memory.budget);
-}
-
 /// Below 0 when the percentage of `memory` is smaller than what was printed, above 0 when it is larger.
 int Compare(const VideoMemoryUse& memory, const PrintedMemory& printed) {
-    const double percent = PercentOf(memory);
+    const double percent = BudgetPercent(memory);
     const double rounded = std::nearbyint(percent);
     if (rounded != printed.percent) {
         return rounded < printed.percent ? -1 : 1;
@@ -249,7 +241,7 @@ bool ReadVramLine(std::string_view line, ProbedGpu& probed) {
 
 bool GameVideoMemoryReading::OutOfHeadroom(std::size_t position) const {
     const std::optional<VideoMemoryUse>& memory = gpus.at(position).memory;
-    return memory && PercentOf(*memory) > kHeadroomPercent;
+    return memory && BudgetPercent(*memory) > kHeadroomPercent;
 }
 
 std::optional<GpuReading> ReadGpuSection(SourceLines lines, UnreadLines& unread) {

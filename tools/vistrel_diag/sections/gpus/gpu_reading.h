@@ -42,7 +42,7 @@ struct GameVideoMemoryReading {
     std::uint32_t heading_line = 0;
     std::vector<std::uint32_t> lines;  ///< one for each of gpus
 
-    /// Whether the GPU at that position has used up more than 90 % of its budget.
+    /// Whether the GPU at that position has used up more than kHeadroomPercent of its budget.
     bool OutOfHeadroom(std::size_t position) const;
 };
 

@@ -7,9 +7,6 @@
 
 namespace {
 
-constexpr double kBytesPerMegabyte = 1048576.0;
-constexpr double kHeadroomPercent = 90.0;  // Percentage of the budget above which a GPU is nearly full.
-
 std::vector<GpuInfo>& MutableGpuList() {
     static std::vector<GpuInfo> gpus;
     return gpus;
@@ -17,13 +14,6 @@ std::vector<GpuInfo>& MutableGpuList() {
 
 double Megabytes(std::uint64_t bytes) {
     return static_cast<double>(bytes) / kBytesPerMegabyte;
-}
-
-double BudgetPercent(const VideoMemoryUse& memory) {
-    if (memory.budget == 0) {
-        return 0.0;
-    }
-    return static_cast<double>(memory.usage) * 100.0 / static_cast<double>(memory.budget);
 }
 
 std::string Joined(const std::vector<std::string>& names) {
@@ -35,6 +25,13 @@ std::string Joined(const std::vector<std::string>& names) {
 }
 
 }  // namespace
+
+double BudgetPercent(const VideoMemoryUse& memory) {
+    if (memory.budget == 0) {
+        return 0.0;
+    }
+    return static_cast<double>(memory.usage) * 100.0 / static_cast<double>(memory.budget);
+}
 
 const char* VendorName(std::uint32_t vendor_id) {
     switch (vendor_id) {

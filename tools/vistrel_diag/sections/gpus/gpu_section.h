@@ -54,6 +54,15 @@ GpuInventory ProbeGpus(const GpuVisitor& visitor = {});
 /// The vendor's name as it is printed, "?" for an unknown PCI vendor id. Static storage.
 const char* VendorName(std::uint32_t vendor_id);
 
+/// In the report a megabyte is 1024 kilobytes of 1024 bytes.
+inline constexpr double kBytesPerMegabyte = 1048576.0;
+
+/// The percentage of the budget above which a GPU is nearly full.
+inline constexpr double kHeadroomPercent = 90.0;
+
+/// The memory in use in percent of the budget; 0 without a budget.
+double BudgetPercent(const VideoMemoryUse& memory);
+
 /// Print one adapter, and its memory where Windows reports it.
 void PrintGpu(const GpuInfo& gpu);
 void PrintGpuMemory(const VideoMemoryUse& memory);

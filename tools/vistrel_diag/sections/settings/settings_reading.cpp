@@ -8,6 +8,7 @@
 
 #include "depth/depth_model_presets.h"
 #include "platform/format.h"
+#include "tools/vistrel_diag/sections/settings/settings_section.h"
 
 namespace {
 
@@ -277,19 +278,17 @@ void SetSeparation(DiagSettings& settings, float millimetres) {
 /// What prints as near zero is below the limit of the warning, or not, as the warning tells. With 3D off the
 /// warning is not printed, so what was printed is all that is known.
 void SetDepth(const PrintedDepth& depth, SettingsInEffectReading& reading) {
-    constexpr float kNearZeroSeparation = 1.0F;
-    constexpr float kNearZeroStrength = 0.05F;
     constexpr float kBelow = 0.96F;  // Of the limit: it prints as the limit and is less.
     constexpr float kAbove = 1.02F;
     DiagSettings& settings = reading.settings;
     reading.separation_mm = depth.separation_mm;
     float separation = depth.separation_mm;
-    if (settings.pseudo_3d && separation == kNearZeroSeparation) {
+    if (settings.pseudo_3d && separation == kNearZeroSeparationMm) {
         separation *= reading.near_zero_separation_line != 0 ? kBelow : kAbove;
     }
     SetSeparation(settings, separation);
     settings.f3d_depth_strength = depth.strength;
-    if (settings.pseudo_3d && depth.strength == kNearZeroStrength) {
+    if (settings.pseudo_3d && depth.strength == kNearZeroDepthStrength) {
         settings.f3d_depth_strength *= reading.near_zero_strength_line != 0 ? kBelow : kAbove;
     }
 }

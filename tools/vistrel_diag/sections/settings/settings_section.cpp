@@ -14,8 +14,6 @@
 namespace {
 
 constexpr const char* kVistrelVersion = "1.74";  // The release this tool was written for.
-constexpr float kNearZeroSeparationMm = 1.0F;
-constexpr float kNearZeroDepthStrength = 0.05F;
 
 const char* OnOff(bool on) {
     return on ? "on" : "off";

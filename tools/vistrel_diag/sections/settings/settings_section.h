@@ -6,6 +6,10 @@
 
 #include "settings/diag_settings.h"
 
+/// Below these the report warns that the picture has no depth.
+inline constexpr float kNearZeroSeparationMm = 1.0F;
+inline constexpr float kNearZeroDepthStrength = 0.05F;
+
 /// Reports what the settings mean, in plain words, with a warning when they alone make depth invisible.
 void ReportSettingsInEffect();
 
