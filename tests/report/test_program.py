@@ -188,6 +188,12 @@ def test_masks_hide_a_heading_in_a_title(tmp_path):
     assert "This heading is not the report's own: \"MACHINE\"." in shown
 
 
+def test_masks_hide_the_folder_of_a_report_without_its_first_lines(tmp_path):
+    text = changed("model-not-timed.report.txt", ("C:\\Program Files\\Vistrel", "C:\\Erika\\Vistrel"))
+    shown = masked(tmp_path, text[text.index("== DEPTH MODEL"):])
+    assert "Path tried      : &lt;folder 1&gt;/distill_any" in shown and "Erika" not in shown
+
+
 def test_masks_where_line_ends_are_lost(tmp_path):
     text = changed("part-two-missing.report.txt", ("None set.", "C:\\Tools\\Erika\\Vistrel.exe = GpuPreference=2;\n"
                                                     "C:\\Tools\\Muster\\vrserver.exe = GpuPreference=2;"))

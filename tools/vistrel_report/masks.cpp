@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstddef>
 
+#include "tools/vistrel_diag/report/line_reading.h"
 #include "tools/vistrel_report/headings.h"
 
 namespace {
@@ -90,6 +91,14 @@ void Masks::Collect(const Facts& facts) {
          {facts.settings.file, facts.settings.unreadable_file, facts.log_path}) {
         if (path) {
             CollectPath(path->text);
+        }
+    }
+    if (!facts.folder) {  // The first lines are missing; a model's path is within that folder.
+        for (const TextFact& line : facts.lines) {
+            std::string path;
+            if (LineScan(line.text).Text("Path tried      : ").Rest(path).Matches()) {
+                CollectPath(path);
+            }
         }
     }
     for (const OverrideFacts& choice : facts.overrides) {
