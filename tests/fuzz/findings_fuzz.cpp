@@ -111,7 +111,7 @@ void CheckOutput(Facts facts, const Findings& findings, std::size_t kind) {
     }
     if (kind == 1) {
         Require(CsvRow(facts, findings, true).ends_with("\r\n"));
-        Require(!ReplyText(findings).empty());
+        Require(!ReplyText(facts, findings).empty());
         return;
     }
     if (kind == 2) {
