@@ -174,7 +174,7 @@ Judgement GameSlow(const Facts& facts) {
     if (!facts.game.fps || display == nullptr || display->refresh_hz < 2) {
         return DoesNotApply();  // Some drivers say 0 or 1 Hz for "default".
     }
-    // A game need not be as fast as a fast monitor: the headset shows no more images than it can.
+    // A game need not be as fast as a fast monitor, for the headset shows fewer images.
     const double shown = std::min(static_cast<double>(display->refresh_hz), kAssumedRefreshHz);
     if (*facts.game.fps >= kSlowGameShare * shown) {
         return NotFound();
