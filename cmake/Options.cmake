@@ -51,6 +51,8 @@ if(VISTREL_SANITIZE AND NOT WIN32)
     endif()
   endforeach()
   target_compile_options(vistrel_options INTERFACE -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  # The sanitizers see neither an empty optional that is read nor an index beyond a vector's size but within its memory.
+  target_compile_definitions(vistrel_options INTERFACE _GLIBCXX_ASSERTIONS)
   target_link_options(vistrel_options INTERFACE -fsanitize=${VISTREL_SANITIZE})
   if(VISTREL_SANITIZE MATCHES thread)
     # GCC warns that it does not follow fences; the exchange behind the one in question is followed.

@@ -13,7 +13,7 @@
 /// filling caches.
 inline constexpr int kWarmUpRuns = 3;
 
-/// The most pixels an input picture may have: 8192 x 8192, some sixty times what the largest model of the
+/// The most pixels an input picture may have: 8192 x 8192, some 140 times what the largest model of the
 /// product takes. A damaged model file may declare any size, and its picture is allocated.
 inline constexpr std::int64_t kMostInputPixels = std::int64_t{8192} * 8192;
 

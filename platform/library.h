@@ -18,9 +18,9 @@ using UniqueLibrary = UniqueHandle<LibraryTraits>;
 void NeverLoadFromCurrentDirectory();
 
 /// LoadLibraryW without message boxes: by default Windows shows one for a file that is not a DLL. The
-/// executable's own folder is searched first. Null when the library cannot be loaded; GetLastError then
-/// returns the reason.
-HMODULE LoadLibraryQuietly(const wchar_t* name);
+/// executable's own folder is searched first. `flags`: those of LoadLibraryExW. Null when the library cannot
+/// be loaded; GetLastError then returns the reason.
+HMODULE LoadLibraryQuietly(const wchar_t* name, DWORD flags = 0);
 
 /// A function of a DLL, or why there is none.
 struct LibraryFunction {

@@ -30,8 +30,8 @@ void NeverLoadFromCurrentDirectory() {
     SetDllDirectoryW(system_folder.data());
 }
 
-HMODULE LoadLibraryQuietly(const wchar_t* name) {
-    return LoadQuietly(name, 0);
+HMODULE LoadLibraryQuietly(const wchar_t* name, DWORD flags) {
+    return LoadQuietly(name, flags);
 }
 
 LibraryFunction FindSystemFunction(const wchar_t* library, const char* name) {

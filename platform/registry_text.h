@@ -7,6 +7,6 @@
 #include <string>
 
 /// The UTF-16 text (little-endian) at the start of `data`, as UTF-8. It ends at the first zero unit or where
-/// the data ends: a stored string need not be terminated. Half a unit at the end is ignored. Empty when the
-/// text is not well formed.
+/// the data ends: a stored string need not be terminated. Half a unit at the end is ignored. An
+/// unpaired surrogate becomes U+FFFD.
 std::string TextFromRegistryData(std::span<const std::uint8_t> data);

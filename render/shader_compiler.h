@@ -1,4 +1,4 @@
-// Compiles HLSL at run time with the shader compiler that is part of Windows.
+// Compiles HLSL at run time with d3dcompiler_47.dll: the copy beside the executable, otherwise Windows' own.
 #pragma once
 
 #include <d3dcommon.h>

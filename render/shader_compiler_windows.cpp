@@ -2,6 +2,7 @@
 
 #include <d3dcompiler.h>
 
+#include "platform/library.h"
 #include "platform/utf8.h"
 
 namespace {
@@ -9,7 +10,7 @@ namespace {
 /// Windows has included the compiler since 8.1, but it is loaded only here, so that a system without it can
 /// still run every measurement that needs no shader.
 pD3DCompile FindCompiler() {
-    const HMODULE module = LoadLibraryExW(L"d3dcompiler_47.dll", nullptr, LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
+    const HMODULE module = LoadLibraryQuietly(L"d3dcompiler_47.dll", LOAD_LIBRARY_SEARCH_DEFAULT_DIRS);
     return module == nullptr ? nullptr : reinterpret_cast<pD3DCompile>(GetProcAddress(module, "D3DCompile"));
 }
 

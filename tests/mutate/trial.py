@@ -62,23 +62,25 @@ def stem_of(path):
     return re.sub(r"(_windows)?\.(cpp|h)$", "", path)
 
 
-def tests_of(path, windows):
-    """The test files that see a source, by its name and by what they include; nearest first."""
+def tests_of(path, windows, root=None):
+    """The test files below `root` that see a source, by its name and by what they include; nearest first."""
+    root = root or ROOT
     ending = "_windows_test.cpp" if windows else "_test.cpp"
-    tests = [str(file.relative_to(ROOT)) for file in sorted((ROOT / UNIT).rglob("*" + ending))]
+    tests = [str(file.relative_to(root)) for file in sorted((root / UNIT).rglob("*" + ending))]
     tests = [test for test in tests if windows or not test.endswith("_windows_test.cpp")]
     name = str(UNIT / stem_of(path))
     namesakes = [test for test in tests if test == name + ending or windows and test.startswith(name + "_")]
     header = f'#include "{stem_of(path)}.h"'
-    others = [test for test in tests if test not in namesakes and header in (ROOT / test).read_text(encoding="utf-8")]
+    others = [test for test in tests if test not in namesakes and header in (root / test).read_text(encoding="utf-8")]
     found = namesakes + others
     beside = [test for test in tests if pathlib.PurePosixPath(test).parent == pathlib.PurePosixPath(name).parent]
     return found or beside
 
 
-def test_filter(tests):
-    """GoogleTest's filter for all suites of these test files."""
-    suites = sorted({suite for test in tests for suite in SUITE.findall((ROOT / test).read_text(encoding="utf-8"))})
+def test_filter(tests, root=None):
+    """GoogleTest's filter for all suites of these test files below `root`."""
+    root = root or ROOT
+    suites = sorted({suite for test in tests for suite in SUITE.findall((root / test).read_text(encoding="utf-8"))})
     return ":".join(pattern for suite in suites for pattern in (f"{suite}.*", f"*/{suite}.*", f"{suite}/*", f"*/{suite}/*"))
 
 
@@ -155,7 +157,8 @@ class Tree:
         if calls_windows(path):
             return
         tests = self.folder / build / "tests" / "unit"
-        own = test_filter(tests_of(path, windows=False))
+        # Of the copy: the working tree may change during a run.
+        own = test_filter(tests_of(path, windows=False, root=self.source), self.source)
         if own:
             yield lambda: self._build_and_run(build, ["portable_tests"], [tests / "portable_tests"], own, measure)
         yield lambda: self._build_and_run(build, ["portable_tests"], [tests / "portable_tests"], "*", measure)
@@ -169,6 +172,9 @@ class Tree:
         if calls_windows(path) or not (within("tools/vistrel_report", path) or "_reading." in path):
             return
         program = self.folder / "native" / "vistrel_report"
+        driver = self.folder / "native" / "tests" / "unit" / "wordings_driver"
+        wordings = ["/usr/bin/python3", "-B", self.source / "tests" / "report_wordings.py", driver]
+        yield lambda: self._build_and_run("native", ["wordings_driver"], wordings, None, measure)
         for name in ("rules", "data", "program", "page"):
             test = self.source / "tests" / "report" / f"test_{name}.py"
             environment = {"VISTREL_REPORT": str(program)}
@@ -178,7 +184,7 @@ class Tree:
 
     def windows(self, path, measure=False):
         """The Windows test programs that see the source."""
-        for test in tests_of(path, windows=True):
+        for test in tests_of(path, windows=True, root=self.source):
             name = pathlib.PurePosixPath(test).stem
             yield lambda name=name: self._build_and_run("windows", [name], None, "*", measure, program=f"{name}.exe")
 

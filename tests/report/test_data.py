@@ -41,6 +41,21 @@ def test_json_fields_and_documentation_match():
     assert leaves == documented()
 
 
+@pytest.mark.parametrize("written, source", [("AI model", "AI"), ("ReShade native depth", "ReShade")])
+def test_the_depth_source(written, source):
+    report = (RULES / "share-fatal.report.txt").read_text(encoding="utf-8").replace("Depth source    : AI model", f"Depth source    : {written}")
+    settings = json.loads(run("--json", "-", stdin=report.encode("utf-8"))[0])["settings"]
+    assert settings["depth_source"] == source
+
+
+def test_a_gpu_that_only_part_two_names():
+    report = (RULES / "game-slow.report.txt").read_text(encoding="utf-8")
+    begin, end = (report.index(f"\n== {title} ") for title in ("GPUs", "DISPLAYS"))
+    report = report[:begin] + report[end:].replace("  GPU 0 NVIDIA GeForce RTX 3070    ", "  GPU 3 NVIDIA GeForce RTX 3070    ")
+    (gpu,) = json.loads(run("--json", "-", stdin=report.encode("utf-8"))[0])["gpus"]
+    assert (gpu["number"], gpu["name"]) == (3, "NVIDIA GeForce RTX 3070")
+
+
 def test_schema_number():
     assert {report["schema"] for report in all_reports()} == {1}
     assert "| `schema` | number | 1 |" in PAGE

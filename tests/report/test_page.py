@@ -66,6 +66,26 @@ def test_structure(name):
     assert page.count('role="img"') == page.count("<figcaption") == page.count("Figures as a table")
 
 
+def test_labels_stay_within_the_drawing():
+    report = (RULES / "game-slow.report.txt").read_bytes()
+    page = page_of("-", stdin=report.replace(b"181 in 3.00 s  ->  60.3 fps", b"18109 in 3.00 s  ->  6036.3 fps"))
+    width = max(float(number) for number in re.findall(r'viewBox="0 0 ([0-9.]+) ', page))
+    labels = re.findall(r'<text class="mark-label" x="([0-9.]+)" y="[0-9.]+" text-anchor="(\w+)"', page)
+    expected = {"start": lambda x: x < 30, "end": lambda x: x > width - 30, "middle": lambda x: 30 <= x <= width - 30}
+    assert {anchor for _, anchor in labels} == set(expected)
+    for x, anchor in labels:
+        assert expected[anchor](float(x)), (x, anchor)
+
+
+def test_memory_of_both_parts():
+    report = (RULES / "game-slow.report.txt").read_text(encoding="utf-8")
+    part_two = "903 MB of 7250 MB  (12%)"
+    assert part_two in report
+    page = page_of("-", stdin=report.replace(part_two, "2103 MB of 7250 MB  (29%)").encode("utf-8"))
+    rows = re.findall(r"<td>(part 1|game running)</td>\s*<td>(\d+)</td>\s*<td>(\d+)</td>", page)
+    assert rows == [("part 1", "903", "7250"), ("game running", "2103", "7250")]
+
+
 def test_the_policy_allows_only_the_style():
     page = page_of("share-fatal.report.txt")
     style = re.search(r"<style>(.*?)</style>", page, re.DOTALL)[1]

@@ -133,6 +133,7 @@ def test_rows_that_cannot_be_compared_give_a_reason(tmp_path):
     text, _ = run("--compare", GUIDED, new)
     assert "Only in the old report:\n  Warp at 2560x1440" in text
     assert "Only in the new report:\n  Warp at 3840x2160" in text
+    assert text.index("Only in the old report:") < text.index("Only in the new report:")
 
 
 def test_masks_hide_personal_data(tmp_path):

@@ -241,7 +241,7 @@ def test_a_missing_file_without_a_replacement_is_an_error(world):
     world.lose("npm", "npm", "gl")
     code, _, errors = world.setup()
     assert code == 1
-    assert "gl 8.1.6 is not to be had from the registry" in errors
+    assert "gl 8.1.6 is not available from the registry" in errors
     assert "This step failed: Fetching gl 8.1.6\n" in errors
 
 

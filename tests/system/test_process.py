@@ -8,6 +8,7 @@ import pytest
 
 import lab
 import programs
+from test_rescue import steady
 
 USAGE = (
     "vistrel_diag [--quick] [--no-models] [--refresh HZ] [--capture-seconds N]\n"
@@ -20,6 +21,13 @@ def test_help_prints_the_usage_and_nothing_else(run_tool):
     run = run_tool("--quick", "--refresh", "90", "--help")
     assert (run.console_text, run.errors, run.exit_code) == (USAGE, b"", 0)
     assert run.report is None
+
+
+@pytest.mark.parametrize("arguments", [["--worker"], ["--worker", "1", "2", "3"], ["--worker", "0", "0", "0"]], ids=" ".join)
+def test_the_option_of_a_worker_is_ignored_without_a_parent(run_tool, arguments):
+    plain, typed = (run_tool(*more, *lab.CHEAP, scenario=ONE_GPU) for more in ([], arguments))
+    assert typed.exit_code == 0
+    assert steady(typed.report) == steady(plain.report)
 
 
 def test_console_and_file_hold_the_same_lines(run_tool):

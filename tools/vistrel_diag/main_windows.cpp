@@ -23,7 +23,7 @@ constexpr std::array kWorkerTasks = {WorkerTask{kHeadsetTask, CarryOutHeadsetTas
 
 }  // namespace
 
-/// The exit code is always 0: errors are in the report.
+/// The exit code of a run is always 0: errors are in the report.
 int wmain(int argument_count, wchar_t** argument_values) {
     NeverLoadFromCurrentDirectory();
     LoadSystemGraphics();
@@ -31,9 +31,7 @@ int wmain(int argument_count, wchar_t** argument_values) {
     for (int i = 1; i < argument_count; ++i) {
         arguments.push_back(Utf8FromWide(argument_values[i]));
     }
-    if (IsWorkerCommandLine(arguments)) {
-        return RunAsWorker(arguments, kWorkerTasks);
-    }
+    RunIfWorker(arguments, kWorkerTasks);
     const CommandLine command_line = ParseCommandLine(arguments);
     if (command_line.help) {
         PrintUsage();

@@ -19,7 +19,7 @@ constexpr UINT kLeftAlone = 98;  // The exit code when the program waits for a p
 constexpr DWORD kControlCExit = 0xC000013A;
 
 /// Windows ends a program this long after an event that it cannot cancel.
-constexpr DWORD kLongestGoodbyeMs = 5000;
+constexpr DWORD kLongestThreadEndMs = 5000;
 
 struct Handlers {
     std::mutex mutex;
@@ -144,7 +144,7 @@ BOOL WINAPI ConsoleWriteFile(HANDLE handle, LPCVOID bytes, DWORD size, LPDWORD w
 /// No more input will come, so the program would wait forever. Handlers that are running may end it.
 void EndLeftAlone() {
     if (TheHandlers().called) {
-        Sleep(kLongestGoodbyeMs);
+        Sleep(kLongestThreadEndMs);
     }
     TerminateProcess(GetCurrentProcess(), kLeftAlone);
 }
@@ -312,7 +312,7 @@ void SetUpConsole(const ConsoleScript& script, const std::wstring& record_path) 
     record_file = CreateFileW(record_path.c_str(), GENERIC_WRITE, FILE_SHARE_READ, nullptr, CREATE_ALWAYS,
                               FILE_ATTRIBUTE_NORMAL, nullptr);
     TheHandlers().delay_ms =
-        std::min<DWORD>(static_cast<DWORD>(script.handlers_after_milliseconds), kLongestGoodbyeMs);
+        std::min<DWORD>(static_cast<DWORD>(script.handlers_after_milliseconds), kLongestThreadEndMs);
     TheHost() = new ConsoleHost(script, {Record, Raise, MachineTime});
 }
 

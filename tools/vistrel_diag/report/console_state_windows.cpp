@@ -22,6 +22,9 @@ struct Found {
     DWORD input_mode = 0;
     std::atomic<bool> title_changed = false;
     std::array<wchar_t, 1024> title = {};  ///< longer ones are truncated
+    bool title_known = false;
+    DWORD output_mode = 0;
+    bool output_mode_known = false;
     std::atomic<bool> taskbar_changed = false;
     std::atomic<bool> own_console = false;
     std::atomic<bool> shows_progress = false;
@@ -47,17 +50,19 @@ bool IsConsole(HANDLE handle) {
 }
 
 /// Enables escape sequences on the console for its lifetime only: text that other code writes to the standard
-/// error stream is not checked for sequences.
+/// error stream is not checked for sequences. Then restores the mode of the beginning, not that of just
+/// before: the thread of Ctrl-C may do the same at this moment.
 class SequencesObeyed {
   public:
     SequencesObeyed() {
-        obeyed_ = GetConsoleMode(Output(), &mode_) != FALSE &&
-                  SetConsoleMode(Output(), mode_ | ENABLE_PROCESSED_OUTPUT |
+        const Found& found = WhatWasFound();
+        obeyed_ = found.output_mode_known &&
+                  SetConsoleMode(Output(), found.output_mode | ENABLE_PROCESSED_OUTPUT |
                                                ENABLE_VIRTUAL_TERMINAL_PROCESSING) != FALSE;
     }
     ~SequencesObeyed() {
         if (obeyed_) {
-            SetConsoleMode(Output(), mode_);
+            SetConsoleMode(Output(), WhatWasFound().output_mode);
         }
     }
     SequencesObeyed(const SequencesObeyed&) = delete;
@@ -65,7 +70,6 @@ class SequencesObeyed {
     explicit operator bool() const { return obeyed_; }
 
   private:
-    DWORD mode_ = 0;
     bool obeyed_ = false;
 };
 
@@ -138,9 +142,10 @@ void BeginWithOutput() {
         return;
     }
     Found& found = WhatWasFound();
+    found.output_mode_known = GetConsoleMode(Output(), &found.output_mode) != FALSE;
     found.knows_sequences = static_cast<bool>(SequencesObeyed());
     found.title = {};
-    GetConsoleTitleW(found.title.data(), static_cast<DWORD>(found.title.size()));
+    found.title_known = GetConsoleTitleW(found.title.data(), static_cast<DWORD>(found.title.size())) != 0;
     found.shows_progress = true;
     SetConsoleWriter(WriteToConsole);
     Progress::SetDisplay(&kDisplay);
@@ -177,7 +182,7 @@ void PutConsoleBack() {
     if (found.taskbar_changed.exchange(false)) {
         WriteTaskbarSequence(0, 0);
     }
-    if (found.title_changed.exchange(false)) {
+    if (found.title_changed.exchange(false) && found.title_known) {
         SetConsoleTitleW(found.title.data());
     }
     if (found.input_changed.exchange(false)) {

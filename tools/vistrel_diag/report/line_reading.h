@@ -22,8 +22,7 @@ using UnreadLines = std::vector<SourceLine>;
 
 /// Matches one line against what a print function writes, from left to right:
 ///
-///     LineScan("GPU 3           : Name [AMD]").Text("GPU ").Whole(index).Text("           :
-///     ").UpToLast(name, " [")
+///     LineScan("GPU 3 : Name [AMD]").Text("GPU ").Whole(index).Text(" : ").UpToLast(name, " [")
 ///
 /// The first part that does not match makes the scan fail, and later parts are skipped. Values read before
 /// the failure keep what was read: a caller that must not see them reads into a temporary record. Numbers

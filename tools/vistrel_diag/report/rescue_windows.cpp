@@ -114,7 +114,7 @@ __attribute__((noinline)) void WriteReportCutShort(const Death& death) {
 }
 
 /// A user who double-clicked the tool needs time to read its window before it closes.
-void LetThePersonRead() {
+void WaitForEnterInOwnConsole() {
     if (!HasConsoleOfItsOwn()) {
         return;
     }
@@ -137,7 +137,7 @@ DWORD WINAPI WaitForOverflow(void* /*unused*/) {
     if (state.load().stage == Stage::Rescuing) {
         WriteReportCutShort({RunEnd::Crash, EXCEPTION_STACK_OVERFLOW, overflow_address});
         state = State{Stage::Rescued};
-        LetThePersonRead();
+        WaitForEnterInOwnConsole();
     }
     return 0;
 }
@@ -217,13 +217,13 @@ bool RescueReport(const Death& death) {
     WriteReportCutShort(death);
     state = State{Stage::Rescued};
     if (death.end == RunEnd::Crash || death.end == RunEnd::Abort) {
-        LetThePersonRead();
+        WaitForEnterInOwnConsole();
     }
     return true;
 }
 
 /// The report is on the disk and only the cleanup is left. If a driver crashes in it, nothing is lost.
-void EndWellOnceWritten() {
+void EndIfReportIsWritten() {
     if (state.load().stage == Stage::Written) {
         EndProcess(0);
     }
@@ -233,7 +233,7 @@ LONG WINAPI OnUnhandledException(EXCEPTION_POINTERS* exception) {
     const DWORD code = exception->ExceptionRecord->ExceptionCode;
     const bool rescued = RescueReport({RunEnd::Crash, code, FaultAddress(*exception->ExceptionRecord)});
     PutConsoleBack();
-    EndWellOnceWritten();
+    EndIfReportIsWritten();
     if (rescued) {
         // Ends the process at once with the exception's code, as Windows would. No more code runs in a broken
         // process, and no system dialog blocks the console.
@@ -245,7 +245,7 @@ LONG WINAPI OnUnhandledException(EXCEPTION_POINTERS* exception) {
 void OnAbort(int /*signal*/) {
     RescueReport({RunEnd::Abort});
     PutConsoleBack();
-    EndWellOnceWritten();
+    EndIfReportIsWritten();
 }
 
 BOOL WINAPI OnConsoleEvent(DWORD event) {
@@ -263,11 +263,13 @@ void OnSessionEnd(SessionEnd end) {
     // The Restart Manager waits for the end of the process.
     RescueReport({RunEnd::ClosedByInstaller});
     PutConsoleBack();
-    ExitProcess(0);
+    // Not ExitProcess: it ends the run's thread first, which may hold a lock that the DLLs need for their
+    // end.
+    TerminateProcess(GetCurrentProcess(), 0);
 }
 
 /// A runtime or a driver may have replaced the crash handlers; then the next crash would leave no report.
-void TakePlacesBack() {
+void ReinstallHandlers() {
     SetUnhandledExceptionFilter(OnUnhandledException);
     HandleAbort(OnAbort);
 }
@@ -319,7 +321,7 @@ Rescue::Rescue(const std::string& report_path) {
     BeginToWaitForOverflow();
     filter_found = SetUnhandledExceptionFilter(OnUnhandledException);
     HandleAbort(OnAbort);
-    Report::SetSectionListener(TakePlacesBack);
+    Report::SetSectionListener(ReinstallHandlers);
     SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
     WatchForSessionEnd(OnSessionEnd);
 }

@@ -5,7 +5,7 @@
 namespace {
 
 constexpr const wchar_t* kWindowClass = L"vistrel_diag session end";
-constexpr DWORD kLongestGoodbyeMs = 2000;
+constexpr DWORD kLongestThreadEndMs = 2000;
 
 void (*session_end_callback)(SessionEnd end) = nullptr;
 HANDLE watching_thread = nullptr;
@@ -54,7 +54,7 @@ void StopWatchingForSessionEnd() {
         return;
     }
     // Fails until the thread has a message queue; the thread is still starting then, and a retry succeeds.
-    for (DWORD waited = 0; waited < kLongestGoodbyeMs; waited += 10) {
+    for (DWORD waited = 0; waited < kLongestThreadEndMs; waited += 10) {
         PostThreadMessageW(watching_thread_id, WM_QUIT, 0, 0);
         if (WaitForSingleObject(watching_thread, 10) == WAIT_OBJECT_0) {
             break;

@@ -49,15 +49,15 @@ class Worker {
     bool StartProcess();
     std::optional<std::string> NextLine();
     void ReadPipe();
-    void NoteDeath();
+    void RecordEnd();
     void NoteEnd(WorkerEnd::Kind kind);
 
     std::chrono::seconds longest_silence_;
     KernelHandle memory_;
     MappedBlock block_;
-    KernelHandle pipe_;        ///< messages from the child
-    KernelHandle child_pipe_;  ///< the child's end of that pipe
-    KernelHandle spoke_;       ///< an event: the child has written
+    KernelHandle pipe_;          ///< messages from the child
+    KernelHandle child_pipe_;    ///< the child's end of that pipe
+    KernelHandle message_sent_;  ///< an event: the child has written
     KernelHandle job_;
     KernelHandle process_;
     std::string unread_;  ///< taken from the pipe, not yet returned by Next

@@ -27,9 +27,7 @@ struct WorkerTask {
 /// only the parent process can prepare.
 inline constexpr std::string_view kWorkerOption = "--worker";
 
-/// Whether the arguments after the program's name ask for a worker.
-bool IsWorkerCommandLine(std::span<const std::string> arguments);
-
-/// Runs the one of `tasks` that the parent asks for. When the task is finished, ends the process itself;
-/// returns an exit code only when that point is not reached.
-int RunAsWorker(std::span<const std::string> arguments, std::span<const WorkerTask> tasks);
+/// If the arguments after the program's name are those that a parent gives its worker, runs the one of
+/// `tasks` that it asks for and ends the process. Otherwise returns: a person may have typed the option, and
+/// an unknown argument is ignored.
+void RunIfWorker(std::span<const std::string> arguments, std::span<const WorkerTask> tasks);

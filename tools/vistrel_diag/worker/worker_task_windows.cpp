@@ -8,11 +8,11 @@
 #include "platform/end_process.h"
 #include "platform/own_thread.h"
 #include "tools/vistrel_diag/worker/worker.h"
-#include "tools/vistrel_diag/worker/worker_death.h"
+#include "tools/vistrel_diag/worker/worker_crash_record.h"
 
 namespace {
 
-constexpr int kNotAWorker = 2;            // The exit code when the task could not start.
+constexpr UINT kNoSuchTask = 2;           // The exit code when the task is unknown.
 constexpr UINT kCannotTell = 4;           // The exit code when the pipe is broken.
 constexpr ULONGLONG kSignEveryMs = 1000;  // Too seldom to disturb a measurement.
 
@@ -20,7 +20,7 @@ constexpr ULONGLONG kSignEveryMs = 1000;  // Too seldom to disturb a measurement
 struct Inherited {
     HANDLE memory;
     HANDLE pipe;
-    HANDLE spoke;
+    HANDLE message_sent;
 };
 
 HANDLE HandleOf(const std::string& number) {
@@ -29,7 +29,7 @@ HANDLE HandleOf(const std::string& number) {
 
 class PipeChannel : public WorkerChannel {
   public:
-    PipeChannel(HANDLE pipe, HANDLE spoke) : pipe_(pipe), spoke_(spoke) {}
+    PipeChannel(HANDLE pipe, HANDLE message_sent) : pipe_(pipe), message_sent_(message_sent) {}
 
     void Tell(const WorkerMessage& message) override {
         const std::string line = message.ToLine();
@@ -39,7 +39,7 @@ class PipeChannel : public WorkerChannel {
             // Later results would be lost without anyone noticing.
             TerminateProcess(GetCurrentProcess(), kCannotTell);
         }
-        SetEvent(spoke_);
+        SetEvent(message_sent_);
     }
 
     void GiveSign() override {
@@ -51,14 +51,15 @@ class PipeChannel : public WorkerChannel {
 
   private:
     HANDLE pipe_;
-    HANDLE spoke_;
+    HANDLE message_sent_;
     ULONGLONG last_sign_ = GetTickCount64();
 };
 
 /// Programs that a runtime starts inherit the inheritable handles and would keep them open after this process
 /// ends.
-void KeepToOneself(const Inherited& inherited) {
-    for (HANDLE handle : {inherited.memory, inherited.pipe, inherited.spoke}) {
+void StopInheritance(const Inherited& inherited) {
+    for (HANDLE handle : {inherited.memory, inherited.pipe, inherited.message_sent,
+                          GetStdHandle(STD_OUTPUT_HANDLE), GetStdHandle(STD_ERROR_HANDLE)}) {
         SetHandleInformation(handle, HANDLE_FLAG_INHERIT, 0);
     }
 }
@@ -74,7 +75,7 @@ MappedBlock MapBlock(HANDLE memory) {
 void CarryOut(const WorkerTask& task, const WorkerMessage& request, WorkerBlock& block,
               WorkerChannel& channel) {
     RunOnOwnThread([&] {
-        NoteDeathIn(block);
+        RecordCrashesIn(block);
         channel.Tell(WorkerMessage().SetTruth("begun", true));
         task.carry_out(request, channel);
         channel.Tell(WorkerMessage().SetTruth("done", true));
@@ -83,30 +84,26 @@ void CarryOut(const WorkerTask& task, const WorkerMessage& request, WorkerBlock&
 
 }  // namespace
 
-bool IsWorkerCommandLine(std::span<const std::string> arguments) {
-    return !arguments.empty() && arguments.front() == kWorkerOption;
-}
-
-int RunAsWorker(std::span<const std::string> arguments, std::span<const WorkerTask> tasks) {
-    if (arguments.size() != 4) {
-        return kNotAWorker;
+void RunIfWorker(std::span<const std::string> arguments, std::span<const WorkerTask> tasks) {
+    if (arguments.size() != 4 || arguments.front() != kWorkerOption) {
+        return;
     }
     const Inherited inherited = {HandleOf(arguments[1]), HandleOf(arguments[2]), HandleOf(arguments[3])};
     MappedBlock block = MapBlock(inherited.memory);
     if (!block) {
-        return kNotAWorker;
+        return;
     }
-    KeepToOneself(inherited);
+    StopInheritance(inherited);
     const std::optional<WorkerMessage> request = WorkerMessage::FromLine(block->request.data());
     const auto task = std::find_if(tasks.begin(), tasks.end(), [&block](const WorkerTask& candidate) {
         return candidate.name == block->task.data();
     });
     if (!request || task == tasks.end()) {
-        return kNotAWorker;
+        EndProcess(kNoSuchTask);
     }
-    PipeChannel channel(inherited.pipe, inherited.spoke);
+    PipeChannel channel(inherited.pipe, inherited.message_sent);
     CarryOut(*task, *request, *block, channel);
-    StopNotingDeath();
+    StopRecordingCrashes();
     block.reset();
     EndProcess(0);
 }

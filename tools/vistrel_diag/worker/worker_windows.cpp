@@ -174,9 +174,9 @@ bool Worker::Prepare(std::string_view task, const WorkerMessage& request) {
     }
     pipe_ = KernelHandle(reading);
     child_pipe_ = KernelHandle(writing);
-    spoke_ = KernelHandle(CreateEventW(&inherited, /*manual reset*/ FALSE, FALSE, nullptr));
+    message_sent_ = KernelHandle(CreateEventW(&inherited, /*manual reset*/ FALSE, FALSE, nullptr));
     job_ = KillingJob();
-    return spoke_ && job_;
+    return message_sent_ && job_;
 }
 
 bool Worker::StartProcess() {
@@ -186,11 +186,11 @@ bool Worker::StartProcess() {
     }
     std::wstring command_line =
         L"\"" + program + L"\" " + std::wstring(kWorkerOption.begin(), kWorkerOption.end()) +
-        NumberOf(memory_.get()) + NumberOf(child_pipe_.get()) + NumberOf(spoke_.get());
+        NumberOf(memory_.get()) + NumberOf(child_pipe_.get()) + NumberOf(message_sent_.get());
     const InheritedStreams streams;
-    const StartAttributes attributes(
-        job_.get(), WithoutRepetition(
-                        {memory_.get(), child_pipe_.get(), spoke_.get(), streams.Output(), streams.Error()}));
+    const StartAttributes attributes(job_.get(),
+                                     WithoutRepetition({memory_.get(), child_pipe_.get(), message_sent_.get(),
+                                                        streams.Output(), streams.Error()}));
     STARTUPINFOEXW startup = {};
     startup.StartupInfo.cb = sizeof(startup);
     startup.StartupInfo.dwFlags = STARTF_USESTDHANDLES;  // No standard input: typed text is for this process.
@@ -252,12 +252,12 @@ std::optional<std::string> Worker::NextLine() {
             return line;
         }
         if (ended) {
-            NoteDeath();
+            RecordEnd();
             return std::nullopt;
         }
         // Waits for the process, not for the end of the pipe: programs that the child started may keep the
         // pipe open for days.
-        const std::array<HANDLE, 2> awaited = {spoke_.get(), process_.get()};
+        const std::array<HANDLE, 2> awaited = {message_sent_.get(), process_.get()};
         const auto longest = std::chrono::duration_cast<std::chrono::milliseconds>(longest_silence_);
         const DWORD what = WaitForMultipleObjects(static_cast<DWORD>(awaited.size()), awaited.data(), FALSE,
                                                   static_cast<DWORD>(longest.count()));
@@ -284,7 +284,7 @@ void Worker::ReadPipe() {
     }
 }
 
-void Worker::NoteDeath() {
+void Worker::RecordEnd() {
     DWORD exit_code = 0;
     GetExitCodeProcess(process_.get(), &exit_code);
     if (exit_code == static_cast<DWORD>(STATUS_CONTROL_C_EXIT)) {

@@ -67,7 +67,7 @@ RC_GTEST_PROP(RoundTrip, RunningSoftware, ()) {
     RC_ASSERT(print(reading.software) == text);
     RC_ASSERT(reading.software.notable == software.notable);
     RC_ASSERT(reading.software.foreground.has_value() == software.foreground.has_value());
-    RC_ASSERT(!software.foreground || reading.software.foreground->title == software.foreground->title);
+    RC_ASSERT((!software.foreground || reading.software.foreground->title == software.foreground->title));
     RC_ASSERT(reading.VistrelWasRunning() ==
               std::any_of(software.notable.begin(), software.notable.end(), IsVistrelExecutable));
 }
@@ -193,6 +193,10 @@ RC_GTEST_PROP(RoundTrip, Displays, ()) {
             (display.display.gpu < 0 ? "UNKNOWN" : gpus[static_cast<std::size_t>(display.display.gpu)].name));
     }
     RC_ASSERT(print(read) == text);
+    RC_ASSERT(read.size() == displays.size());
+    for (std::size_t i = 0; i < read.size(); ++i) {
+        RC_ASSERT(read[i].name == displays[i].name);
+    }
 }
 
 RC_GTEST_PROP(RoundTrip, GpuOverrides, ()) {
@@ -225,6 +229,6 @@ RC_GTEST_PROP(RoundTrip, Injection, ()) {
     const InjectionReading reading = ReadBack(text, ReadInjectionSection);
     RC_ASSERT(print(reading.found) == text);
     RC_ASSERT(reading.found.has_value() == found.has_value());
-    RC_ASSERT(!found || reading.found->proxy_dlls == found->proxy_dlls);
-    RC_ASSERT(!found || reading.found->reshade_files == found->reshade_files);
+    RC_ASSERT((!found || reading.found->proxy_dlls == found->proxy_dlls));
+    RC_ASSERT((!found || reading.found->reshade_files == found->reshade_files));
 }

@@ -65,8 +65,8 @@ ModelReading& OnlyModel(DepthModelReading& reading) {
     return reading.models.front();
 }
 
-/// "NAME (WIDTHxHEIGHT)", or the name alone when it could not be timed: which of them it is, the next line
-/// tells.
+/// "NAME (WIDTHxHEIGHT)", or the name alone when it could not be timed: the next line shows
+/// which.
 bool ReadModel(const SourceLine& line, DepthModelReading& reading) {
     std::string name;
     if (reading.model_line != 0 || reading.table_line != 0 ||
@@ -186,7 +186,7 @@ bool ReadRow(const SourceLine& line, DepthModelReading& reading, std::string*& o
     return true;
 }
 
-/// An error in the table stands in brackets; it ends with the line that ends with one.
+/// An error in the table is in parentheses: it ends with the line that ends with the closing one.
 void CloseError(std::string& error, std::string*& open_error) {
     std::string_view text(error);
     while (text.ends_with(' ')) {

@@ -25,7 +25,7 @@ struct DepthModelTimers {
 /// Prints the section's lines when onnxruntime.dll cannot be loaded.
 void PrintOnnxRuntimeMissing();
 
-/// Prints the section's line when the process that loaded onnxruntime.dll died of it.
+/// Prints the section's line when the process crashed or hung while it loaded onnxruntime.dll.
 void PrintOnnxRuntimeLoadingEnded(const WorkerEnd& end);
 
 /// Prints the section's lines up to the models: where depth comes from on this setup, and the GPU measured

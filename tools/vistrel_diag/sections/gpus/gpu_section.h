@@ -46,7 +46,7 @@ struct GpuInventory {
 /// Functions that are called with each part of the inventory as soon as it is found. Each may be empty.
 struct GpuVisitor {
     std::function<void(const GpuInfo& gpu)> described;
-    std::function<void(const VideoMemoryUse& memory)> memory_told;  ///< for the adapter described last
+    std::function<void(const VideoMemoryUse& memory)> memory_found;  ///< for the adapter described last
 };
 
 GpuInventory ProbeGpus(const GpuVisitor& visitor = {});

@@ -45,8 +45,8 @@ ProbedGpu ProbeGpu(GpuInfo gpu, const GpuVisitor& visitor) {
     }
     ProbedGpu probed = {std::move(gpu), {}};
     probed.memory = QueryLocalVideoMemory(probed.gpu.adapter.get());
-    if (probed.memory && visitor.memory_told) {
-        visitor.memory_told(*probed.memory);
+    if (probed.memory && visitor.memory_found) {
+        visitor.memory_found(*probed.memory);
     }
     return probed;
 }

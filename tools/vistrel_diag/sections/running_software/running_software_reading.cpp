@@ -51,7 +51,7 @@ std::size_t ReadForeground(SourceLines lines, RunningSoftwareInfo& software) {
 constexpr std::string_view kWarning = "!! Vistrel IS RUNNING. That changes how to read everything below:";
 
 /// Adds the warning to `unread`.
-void TellWarning(SourceLines lines, UnreadLines& unread) {
+void AddWarning(SourceLines lines, UnreadLines& unread) {
     std::copy_if(lines.begin(), lines.end(), std::back_inserter(unread),
                  [](const SourceLine& line) { return IsLine(line.text, kWarning); });
 }
@@ -133,9 +133,9 @@ std::optional<RunningSoftwareReading> ReadRunningSoftwareSection(SourceLines lin
     const bool lists_product =
         std::any_of(reading.software.notable.begin(), reading.software.notable.end(), IsVistrelExecutable);
     if (reading.warning_line != 0 && !lists_product && unread.size() == unread_before) {
-        // All programs are known, and the product is none of them. This warning is somebody else's.
+        // All programs are known, and the product is none of them. The warning is not the report's own.
         reading.warning_line = 0;
-        TellWarning(lines, unread);
+        AddWarning(lines, unread);
     }
     return any ? std::optional(std::move(reading)) : std::nullopt;
 }

@@ -22,8 +22,8 @@ constexpr UINT kStripVertices = 4;
 constexpr float kWarpThreshold = 0.063F;
 
 /// Makes all of `target` the render target of the next draw.
-void AimAt(ID3D11DeviceContext& context, const WarpResources& resources,
-           const ComPtr<ID3D11RenderTargetView>& target) {
+void SetTarget(ID3D11DeviceContext& context, const WarpResources& resources,
+               const ComPtr<ID3D11RenderTargetView>& target) {
     context.OMSetRenderTargets(1, target.GetAddressOf(), nullptr);
     context.RSSetViewports(1, &resources.viewport);
     context.IASetPrimitiveTopology(D3D11_PRIMITIVE_TOPOLOGY_TRIANGLESTRIP);
@@ -52,7 +52,7 @@ std::optional<DepthMapFailure> DrawDepthMap(ID3D11Device& device, ID3D11DeviceCo
     if (std::optional<DepthMapFailure> failure = CreateLuminanceShader(device, luminance)) {
         return failure;
     }
-    AimAt(context, resources, resources.depth_target);
+    SetTarget(context, resources, resources.depth_target);
     context.PSSetShader(luminance.Get(), nullptr, 0);
     context.PSSetShaderResources(0, 1, resources.colour_view.GetAddressOf());
     context.PSSetSamplers(0, 1, resources.sampler.GetAddressOf());
@@ -69,7 +69,7 @@ void DrawWarpFrame(ID3D11DeviceContext& context, const WarpResources& resources,
     arguments.threshold = kWarpThreshold;
     for (std::size_t eye = 0; eye < resources.eyes.size(); ++eye) {
         // The target is set first: the depth map cannot be read while it is still bound as the target.
-        AimAt(context, resources, resources.eyes[eye].view);
+        SetTarget(context, resources, resources.eyes[eye].view);
         context.PSSetShaderResources(0, static_cast<UINT>(views.size()), views.data());
         context.PSSetSamplers(0, 1, resources.sampler.GetAddressOf());
         arguments.eye = static_cast<std::uint32_t>(eye);

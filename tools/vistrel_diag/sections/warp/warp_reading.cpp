@@ -47,7 +47,7 @@ bool ReadSizeProblem(std::string_view text) {
            size(timing.Text("GPU timing produced nothing usable at ")).IsWhole();
 }
 
-/// What a size was not timed for.
+/// Why a size was not timed.
 bool ReadProblem(const SourceLine& line, WarpReading& reading) {
     std::string text;
     if (!LineScan(line.text).Text("!! ").Rest(text).Matches() ||

@@ -6,7 +6,7 @@
 
 namespace {
 
-/// Covers the target with a strip of four vertices, two of which lie outside.
+/// Covers the target with a strip of four vertices, of which all but the first lie outside.
 constexpr const char* kFullScreenShader = R"(
 void VSMain(uint id : SV_VertexID, out float4 Pos : SV_Position, out float2 Tex : TEXCOORD0)
 {

@@ -55,7 +55,7 @@ class WarpFrames {
 
 /// Bound objects stay alive, and released ones exist until the next flush: both would count as memory in use
 /// when the next size is measured.
-void LetGo(ID3D11DeviceContext& context) {
+void UnbindAndFlush(ID3D11DeviceContext& context) {
     context.ClearState();
     context.Flush();
 }
@@ -126,7 +126,7 @@ void WarmUpInOwnResources(ID3D11Device& device, ID3D11DeviceContext& context, co
 void WarmUpWarp(ID3D11Device* device, ID3D11DeviceContext* context, const StereoWarpShader& shader,
                 std::int32_t width, std::int32_t height, const FrameView& frame, LongWait* long_wait) {
     WarmUpInOwnResources(*device, *context, shader, width, height, frame, long_wait);
-    LetGo(*context);
+    UnbindAndFlush(*context);
 }
 
 WarpTiming TimeStereoWarp(ID3D11Device* device, ID3D11DeviceContext* context, IDXGIAdapter1* adapter,
@@ -134,6 +134,6 @@ WarpTiming TimeStereoWarp(ID3D11Device* device, ID3D11DeviceContext* context, ID
                           const FrameView& frame, LongWait* long_wait) {
     WarpTiming timing =
         TimeInOwnResources(*device, *context, adapter, shader, width, height, frame, long_wait);
-    LetGo(*context);
+    UnbindAndFlush(*context);
     return timing;
 }

@@ -5,7 +5,7 @@ struct WorkerBlock;
 
 /// From now on the process crashes without a dialog, and `block` receives the cause as far as Windows reports
 /// it to the process. `block` must stay mapped. A stack overflow is covered for the calling thread only.
-void NoteDeathIn(WorkerBlock& block);
+void RecordCrashesIn(WorkerBlock& block);
 
 /// Ends the recording; the block may then be unmapped.
-void StopNotingDeath();
+void StopRecordingCrashes();

@@ -1,4 +1,4 @@
-#include "tools/vistrel_diag/worker/worker_death.h"
+#include "tools/vistrel_diag/worker/worker_crash_record.h"
 
 #include <windows.h>
 
@@ -61,7 +61,7 @@ BOOL WINAPI OnConsoleEvent(DWORD /*event*/) {
 
 }  // namespace
 
-void NoteDeathIn(WorkerBlock& block) {
+void RecordCrashesIn(WorkerBlock& block) {
     noted_block = &block;
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
     KeepErrorReportingQuiet();
@@ -73,6 +73,6 @@ void NoteDeathIn(WorkerBlock& block) {
     SetConsoleCtrlHandler(OnConsoleEvent, TRUE);
 }
 
-void StopNotingDeath() {
+void StopRecordingCrashes() {
     noted_block = nullptr;
 }
