@@ -23,7 +23,7 @@ def test_help_prints_the_usage_and_nothing_else(run_tool):
     assert run.report is None
 
 
-@pytest.mark.parametrize("arguments", [["--worker"], ["--worker", "1", "2", "3"], ["--worker", "0", "0", "0"]], ids=" ".join)
+@pytest.mark.parametrize("arguments", [["--worker"], ["--worker", "1", "2"], ["--worker", "1", "2", "x"]], ids=" ".join)
 def test_the_option_of_a_worker_is_ignored_without_a_parent(run_tool, arguments):
     plain, typed = (run_tool(*more, *lab.CHEAP, scenario=ONE_GPU) for more in ([], arguments))
     assert typed.exit_code == 0

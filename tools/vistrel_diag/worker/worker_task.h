@@ -27,7 +27,7 @@ struct WorkerTask {
 /// only the parent process can prepare.
 inline constexpr std::string_view kWorkerOption = "--worker";
 
-/// If the arguments after the program's name are those that a parent gives its worker, runs the one of
-/// `tasks` that it asks for and ends the process. Otherwise returns: a person may have typed the option, and
-/// an unknown argument is ignored.
+/// If the arguments after the program's name have the form of those that a parent gives its worker, runs the
+/// one of `tasks` that it asks for and ends the process. Otherwise returns: a person may have typed the
+/// option, and an unknown argument is ignored.
 void RunIfWorker(std::span<const std::string> arguments, std::span<const WorkerTask> tasks);

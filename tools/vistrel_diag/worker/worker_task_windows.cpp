@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr UINT kNoSuchTask = 2;           // The exit code when the task is unknown.
+constexpr UINT kNotStarted = 2;           // The exit code when the task could not start.
 constexpr UINT kCannotTell = 4;           // The exit code when the pipe is broken.
 constexpr ULONGLONG kSignEveryMs = 1000;  // Too seldom to disturb a measurement.
 
@@ -22,6 +22,10 @@ struct Inherited {
     HANDLE pipe;
     HANDLE message_sent;
 };
+
+bool IsNumber(const std::string& text) {
+    return !text.empty() && text.find_first_not_of("0123456789") == std::string::npos;
+}
 
 HANDLE HandleOf(const std::string& number) {
     return reinterpret_cast<HANDLE>(static_cast<std::uintptr_t>(std::strtoull(number.c_str(), nullptr, 10)));
@@ -85,13 +89,14 @@ void CarryOut(const WorkerTask& task, const WorkerMessage& request, WorkerBlock&
 }  // namespace
 
 void RunIfWorker(std::span<const std::string> arguments, std::span<const WorkerTask> tasks) {
-    if (arguments.size() != 4 || arguments.front() != kWorkerOption) {
+    if (arguments.size() != 4 || arguments.front() != kWorkerOption ||
+        !std::all_of(arguments.begin() + 1, arguments.end(), IsNumber)) {
         return;
     }
     const Inherited inherited = {HandleOf(arguments[1]), HandleOf(arguments[2]), HandleOf(arguments[3])};
     MappedBlock block = MapBlock(inherited.memory);
     if (!block) {
-        return;
+        EndProcess(kNotStarted);
     }
     StopInheritance(inherited);
     const std::optional<WorkerMessage> request = WorkerMessage::FromLine(block->request.data());
@@ -99,7 +104,7 @@ void RunIfWorker(std::span<const std::string> arguments, std::span<const WorkerT
         return candidate.name == block->task.data();
     });
     if (!request || task == tasks.end()) {
-        EndProcess(kNoSuchTask);
+        EndProcess(kNotStarted);
     }
     PipeChannel channel(inherited.pipe, inherited.message_sent);
     CarryOut(*task, *request, *block, channel);
