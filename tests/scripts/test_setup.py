@@ -179,7 +179,7 @@ def test_the_archive_replaces_files_missing_from_the_mirror_with_a_message(world
     code, shown, _ = world.setup()
     version = world.pins[kind, name][2]
     assert code == 0
-    assert f"NOTE: this machine's mirror has {name} {version} no longer" in shown
+    assert f"NOTE: this machine's mirror no longer has {name} {version}" in shown
     assert f"Fetching {name} {version} from snapshot.debian.org ... done" in shown
     asked = world.asked()
     assert [line for line in asked if line.startswith("snapshot")] == [
@@ -194,7 +194,7 @@ def test_a_mirror_that_does_not_respond_is_tried_once(world):
     (world.folder / "mirror" / "down").touch()
     code, shown, _ = world.setup()
     assert code == 0
-    assert shown.count("NOTE: this machine's mirror has ") == 5
+    assert shown.count("NOTE: this machine's mirror no longer has ") == 5
     # Without experimental, once more.
     assert [line for line in world.asked() if line.startswith("mirror")] == ["mirror update", "mirror update"]
 
